@@ -8,23 +8,21 @@ function(vantor_module NAME)
     target_link_libraries(${NAME} PUBLIC ${ARG_LIBS})
 endfunction()
 
-# vantor_test(NAME SOURCES files... LIBS libs... LABELS labels... [ENVIRONMENT VAR=value...])
+# vantor_test(NAME SOURCES files... LIBS libs... LABELS labels...)
 # A GoogleTest program; each of its tests is one CTest test. LABELS are `unit`, `e2e` or
 # `conformance`, and the name of the folder under test.
 function(vantor_test NAME)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;LABELS;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;LABELS" ${ARGN})
     add_executable(${NAME} ${ARG_SOURCES})
     target_include_directories(${NAME} PRIVATE ${PROJECT_SOURCE_DIR})
     target_link_libraries(${NAME} PRIVATE ${ARG_LIBS} GTest::gmock GTest::gtest_main)
     set_target_properties(${NAME} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
-    set(env ${ARG_ENVIRONMENT} "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp"
-        "ASAN_OPTIONS=detect_stack_use_after_return=1"
-        "UBSAN_OPTIONS=print_stacktrace=1")
+    list(JOIN ARG_LABELS "\\;" labels)
     gtest_discover_tests(${NAME}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 60
-        PROPERTIES LABELS "${ARG_LABELS}" ENVIRONMENT "${env}" TIMEOUT 120)
+        PROPERTIES LABELS "${labels}" TIMEOUT 120)
 endfunction()
 
 # vantor_fuzzer(NAME SOURCES files... LIBS libs...)
