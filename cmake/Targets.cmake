@@ -18,11 +18,18 @@ function(vantor_test NAME)
     target_link_libraries(${NAME} PRIVATE ${ARG_LIBS} GTest::gmock GTest::gtest_main)
     set_target_properties(${NAME} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
-    list(JOIN ARG_LABELS "\\;" labels)
     gtest_discover_tests(${NAME}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 60
-        PROPERTIES LABELS "${labels}" TIMEOUT 120)
+        TEST_LIST ${NAME}_tests
+        PROPERTIES TIMEOUT 120)
+    # gtest_discover_tests takes no property whose value is a list; this file runs after it.
+    set(labels_file ${CMAKE_CURRENT_BINARY_DIR}/${NAME}_labels.cmake)
+    file(WRITE ${labels_file}
+        "foreach(test IN LISTS ${NAME}_tests)\n"
+        "    set_tests_properties(\"\${test}\" PROPERTIES LABELS \"${ARG_LABELS}\")\n"
+        "endforeach()\n")
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${labels_file})
 endfunction()
 
 # vantor_fuzzer(NAME SOURCES files... LIBS libs...)

@@ -10,8 +10,7 @@ PropertyListDictionary::PropertyListDictionary(std::initializer_list<Entry> entr
     : entries_(entries) {}
 PropertyListDictionary::PropertyListDictionary(const PropertyListDictionary&) = default;
 PropertyListDictionary::PropertyListDictionary(PropertyListDictionary&&) noexcept = default;
-PropertyListDictionary&
-PropertyListDictionary::operator=(const PropertyListDictionary&) = default;
+PropertyListDictionary& PropertyListDictionary::operator=(const PropertyListDictionary&) = default;
 PropertyListDictionary&
 PropertyListDictionary::operator=(PropertyListDictionary&&) noexcept = default;
 PropertyListDictionary::~PropertyListDictionary() = default;
