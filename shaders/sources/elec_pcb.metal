@@ -149,11 +149,11 @@ float lettering(float2 p, float count, int first, float seed, float dots) {
 // ---- what stands where ----
 
 bool isHorizontal(float2 tile) {
-    return hash(tile + float2(3.0, 11.0)) < 0.5;
+    return hash(tile + float2(4.0, 55.0)) < 0.5;
 }
 
 bool hasChip(float2 tile) {
-    return hash(tile + float2(23.0, 5.0)) < 0.6;
+    return hash(tile + float2(8.0, 18.0)) < 0.6;
 }
 
 // Half the length of a tile's chip.
@@ -279,7 +279,7 @@ void addBus(float2 p, float2 tile, float row, float band, bool horizontal, float
         }
 
         float glow = signalAt(here * kTile + p.x, row + (horizontal ? 0.0 : 500.0), trace, t,
-                              0.62 + u.params.w);
+                              0.72 + u.params.w);
         float pick = hash(float2(trace + 16.0 * row, 89.0));
         float3 hue = pick < 0.25 ? u.color1.rgb : (pick < 0.75 ? u.color2.rgb : u.color3.rgb);
         float core = exp(-max(d + 0.10, 0.0) * 16.0);
@@ -428,7 +428,7 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float2 q = abs(middle) - poured;
     float chamfer = 2.0 + 3.0 * hash(tile + float2(4.0, 59.0));
     float pour = max(max(q.x, q.y), (q.x + q.y + chamfer) * 0.70710678);
-    bool hasPour = hash(tile + float2(19.0, 53.0)) < 0.5;
+    bool hasPour = hash(tile + float2(1.0, 11.0)) < 0.5;
 
     if (live) {
         addBus(float2(p.x, p.y - (band + 0.5) * kBand), tile, row, band, horizontal, t, u, l);
@@ -445,9 +445,9 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         float2 cellSize = float2(4.0, kBand / 4.0);
         float2 cell = floor(p / cellSize);
         float2 inCell = p - (cell + 0.5) * cellSize;
-        float2 id = cell + tile * float2(7.0, 12.0);
+        float2 id = cell + (tile - 4.0 * floor(tile / 4.0)) * float2(7.0, 12.0) + tile * 0.0625;
         float chance = hash(id + float2(0.5, 0.25));
-        bool part = chance < 0.34;
+        bool part = chance < 0.42;
         float2 cellMiddle = (cell + 0.5) * cellSize - 14.0;
         if (chip) {
             // Decoupling capacitors, in the first row of cells clear of the fan-out.
@@ -457,7 +457,7 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
             part = inRow && abs(cellMiddle.x) < chipLength(tile) + 1.0 && chance < 0.7;
         }
         if (part) {
-            addPassive(inCell, dot(id, float2(1.0, 3.0)), toShadow, pixel, l);
+            addPassive(inCell, floor(chance * 997.0) + hash(id), toShadow, pixel, l);
         } else if (hasPour && chance > 0.72) {
             // A stitching via ties the pour to the plane below; it stands in the copper.
             float2 r = abs(cellMiddle) - poured;
@@ -478,7 +478,7 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float3 colour = kLaminate * mask * (1.0 + 0.05 * weave * saturate(1.0 - 3.0 * pixel));
     if (hasPour) {
         float edge = max(max(pour, kClear - l.copper), -keepOut);
-        colour = mix(colour, kCopper * mask * 0.62, coverage(edge, pixel));
+        colour = mix(colour, kCopper * mask * 0.70, coverage(edge, pixel));
     }
     // Traces stand proud of the board: the mask over them is a little brighter along their middle.
     float ridge = saturate(-l.masked / kTrace);
