@@ -50,6 +50,7 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 
 constant float kTile = 28.0;
 constant float kBand = 28.0 / 3.0;
+constant float2 kCell = float2(4.0, 7.0 / 3.0);   // of the grid that passives stand on
 constant float kTan = 0.41421356;      // tan 22.5 degrees: how far a 45 degree bend shifts per pitch
 constant float kTrace = 0.22;          // half the width of a trace
 constant float kPad = 0.41;            // radius of a via's ring
@@ -58,6 +59,7 @@ constant float kClear = 0.42;          // clearance that the pour keeps
 constant float kMargin = 1.3;          // from a tile's edge to the first via of a bus that ends
 constant float kStagger = 1.3;         // between the two rows of a staggered row of vias
 constant float kPin = 1.1;             // length of a chip's pin
+constant float2 kFanOut = float2(1.58, -0.55);   // from a passive's middle to one of its vias
 
 constant float3 kLaminate = float3(0.035, 0.165, 0.078);
 constant float3 kCopper = float3(0.13, 0.45, 0.19);
@@ -189,6 +191,27 @@ float jogAt(float row, float station, float room) {
     return floor(sum * (room + 0.5)) - room;
 }
 
+// The number that decides what a cell of a free band's grid holds.
+float cellChance(float2 cell, float2 tile) {
+    float2 corner = tile - 4.0 * floor(tile / 4.0);
+    return hash(cell + corner * float2(7.0, 12.0) + tile * 0.0625 + float2(0.5, 0.25));
+}
+
+// Whether a cell holds a passive. In a chip's tile only the first row clear of the fan-out does: the
+// chip's decoupling capacitors. No part reaches over the edge of the tile.
+bool holdsPassive(float2 cell, float2 tile, bool chip, float chipSize) {
+    float chance = cellChance(cell, tile);
+    if (cell.x < 0.0 || cell.x > 6.0) {
+        return false;
+    }
+    if (!chip) {
+        return chance < 0.42;
+    }
+    float2 home = abs((cell + 0.5) * kCell - 14.0);
+    float beyond = home.y - (0.5 * (chipSize - 1.0) + 1.2 + 2.25 + kStagger + kPad + 1.15);
+    return beyond > 0.0 && beyond < kCell.y && home.x < chipLength(tile) + 1.0 && chance < 0.7;
+}
+
 // ---- a bus ----
 
 // The light of a trace's signal at `along`: comets that run at a rate of their own.
@@ -294,12 +317,20 @@ void addBus(float2 p, float2 tile, float row, float band, bool horizontal, float
 
 // ---- parts ----
 
-// A passive of the 0603 size and its fan-out, p from its middle. The two ends are each other's
-// image turned by half a turn.
+// Distance to the copper of a passive, p from its middle: two pads, each fanned out to a via. The
+// two ends are each other's image turned by half a turn.
+float passiveCopper(float2 p) {
+    float2 q = p.x < 0.0 ? -p : p;
+    float d = capsule(q, float2(1.0, 0.0), kFanOut, 0.17);
+    d = min(d, length(q - kFanOut) - kPad);
+    return min(d, box(q - float2(0.96, 0.0), float2(0.34, 0.62)));
+}
+
+// A passive of the 0603 size and its fan-out, p from its middle.
 void addPassive(float2 p, float seed, float2 toShadow, float pixel, thread Layers& l) {
     float2 q = p.x < 0.0 ? -p : p;
-    addTrace(capsule(q, float2(1.0, 0.0), float2(1.58, -0.55), 0.17), l);
-    addVia(q, float2(1.58, -0.55), l);
+    addTrace(capsule(q, float2(1.0, 0.0), kFanOut, 0.17), l);
+    addVia(q, kFanOut, l);
     addPad(box(q - float2(0.96, 0.0), float2(0.34, 0.62)), l);
 
     bool resistor = hash(float2(seed, 97.0)) < 0.5;
@@ -442,32 +473,33 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
 
     // The free bands are laid out on a grid of 4 by 2.33.
     if (!live) {
-        float2 cellSize = float2(4.0, kBand / 4.0);
-        float2 cell = floor(p / cellSize);
-        float2 inCell = p - (cell + 0.5) * cellSize;
-        float2 id = cell + (tile - 4.0 * floor(tile / 4.0)) * float2(7.0, 12.0) + tile * 0.0625;
-        float chance = hash(id + float2(0.5, 0.25));
-        bool part = chance < 0.42;
-        float2 cellMiddle = (cell + 0.5) * cellSize - 14.0;
-        if (chip) {
-            // Decoupling capacitors, in the first row of cells clear of the fan-out.
-            float outermost = 0.5 * (chipSize - 1.0) + 1.2 + 2.25 + kStagger + kPad + 1.15;
-            float beyond = abs(cellMiddle.y) - outermost;
-            bool inRow = beyond > 0.0 && beyond < cellSize.y;
-            part = inRow && abs(cellMiddle.x) < chipLength(tile) + 1.0 && chance < 0.7;
-        }
-        if (part) {
-            addPassive(inCell, floor(chance * 997.0) + hash(id), toShadow, pixel, l);
+        float2 cell = floor(p / kCell);
+        float2 inCell = p - (cell + 0.5) * kCell;
+        float chance = cellChance(cell, tile);
+        if (holdsPassive(cell, tile, chip, chipSize)) {
+            addPassive(inCell, floor(chance * 997.0), toShadow, pixel, l);
         } else if (hasPour && chance > 0.72) {
             // A stitching via ties the pour to the plane below; it stands in the copper.
-            float2 r = abs(cellMiddle) - poured;
+            float2 home = (cell + 0.5) * kCell - 14.0;
+            float2 r = abs(home) - poured;
             float depth = max(max(r.x, r.y), (r.x + r.y + chamfer) * 0.70710678);
-            bool free = !chip || abs(cellMiddle.y) > 0.5 * (chipSize - 1.0) + 6.6 ||
-                        abs(cellMiddle.x) > chipLength(tile) + 2.5;
-            if (depth < -0.9 && free) {
+            bool clear = !chip || abs(home.y) > 0.5 * (chipSize - 1.0) + 6.6 ||
+                         abs(home.x) > chipLength(tile) + 2.5;
+            if (depth < -0.9 && clear) {
                 float d = length(inCell);
                 l.gold = min(l.gold, d - kPad);
                 l.hole = min(l.hole, d - kDrill);
+            }
+        }
+        // A passive's vias nearly fill its cell, so the pour must clear those of the next cells too.
+        if (hasPour) {
+            float2 toward = float2(inCell.x < 0.0 ? -1.0 : 1.0, inCell.y < 0.0 ? -1.0 : 1.0);
+            for (int j = 1; j < 4; ++j) {
+                float2 next = toward * float2(float(j & 1), float(j >> 1));
+                bool sameBand = floor((cell.y + next.y) * 0.25) == band;
+                if (sameBand && holdsPassive(cell + next, tile, chip, chipSize)) {
+                    l.copper = min(l.copper, passiveCopper(inCell - next * kCell));
+                }
             }
         }
     }
