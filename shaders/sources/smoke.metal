@@ -33,99 +33,126 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
     return o;
 }
 
-// Smoke that curls and drifts, in two sheets, lit from the upper left.
+// Smoke that curls and drifts through two lights: a key from the upper left, a fill from the right.
 //
 // slot        what it does                                   useful range   default
-// color1      tints the smoke where the light falls on it    any            violet
-// color2      tints the thin smoke that the light shines through  any       cyan
-// color3      tints the shaded side and the far sheet        any            blue
+// color1      colour of the key light                        any            violet
+// color2      colour of the fill light                       any            cyan
+// color3      colour of the shadows inside the smoke         any            blue
 // background  colour of the dark behind the smoke            dark           near black
 // params.x    size of the billows                            0.5 .. 2       1
 // params.y    more smoke (above 0) or less (below)           -0.5 .. 0.5    0
-// params.z    depth of the tints: -1 is grey smoke           -1 .. 1        0
-// params.w    strength of the light                          -0.5 .. 1      0
+// params.z    colour of the lights: -1 is white light        -1 .. 1        0
+// params.w    strength of the lights                         -0.5 .. 1      0
 
 constant float kTwoPi = 6.2831853;
+constant int kSheets = 4;            // depth of the volume, nearest first
 
-// Arguments are wrapped lattice points, so that the sine's argument stays small.
 float hash(float2 p) {
     return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453);
 }
 
-float noise(float2 p) {
+// Value noise with its gradient: (value, d/dx, d/dy). The lattice wraps every 64 cells, which keeps
+// the sine's argument small.
+float3 noise(float2 p) {
     float2 i = floor(p);
     float2 f = p - i;
-    f = f * f * (3.0 - 2.0 * f);
-    float2 a = i - 64.0 * floor(i / 64.0);
-    float2 b = a + 1.0;
-    b -= 64.0 * floor(b / 64.0);
-    return mix(mix(hash(a), hash(float2(b.x, a.y)), f.x),
-               mix(hash(float2(a.x, b.y)), hash(b), f.x), f.y);
+    float2 w = f * f * f * (f * (f * 6.0 - 15.0) + 10.0);
+    float2 dw = 30.0 * f * f * (f * (f - 2.0) + 1.0);
+    float2 lo = i - 64.0 * floor(i / 64.0);
+    float2 hi = lo + 1.0;
+    hi -= 64.0 * floor(hi / 64.0);
+    float a = hash(lo);
+    float b = hash(float2(hi.x, lo.y));
+    float c = hash(float2(lo.x, hi.y));
+    float d = hash(hi);
+    float2 slope = float2(mix(b - a, d - c, w.y), mix(c - a, d - b, w.x));
+    return float3(mix(mix(a, b, w.x), mix(c, d, w.x), w.y), dw * slope);
 }
 
-// Four octaves, each turned against the last so that the lattice cannot be seen.
-float billows(float2 p) {
-    float sum = 0.0;
-    float weight = 0.52;
-    for (int i = 0; i < 4; ++i) {
-        sum += weight * noise(p);
-        p = float2(1.62 * p.x + 1.21 * p.y, 1.62 * p.y - 1.21 * p.x) + 7.3;
-        weight *= 0.48;
+// A fractal sum about 0 with its gradient; each octave is turned so that the lattice cannot be seen.
+float3 billows(float2 p, int octaves, float gain) {
+    float3 sum = float3(0.0);
+    float weight = 0.5;
+    float c = 1.0;
+    float s = 0.0;
+    for (int i = 0; i < octaves; ++i) {
+        float n = float(i);
+        float3 v = noise(float2(c * p.x + s * p.y, c * p.y - s * p.x) + 7.3 * n);
+        sum += weight * float3(v.x - 0.5, c * v.y - s * v.z, s * v.y + c * v.z);
+        float turned = 1.58 * c - 1.22 * s;
+        s = 1.22 * c + 1.58 * s;
+        c = turned;
+        weight *= gain;
     }
     return sum;
 }
 
-// Bends the plane into itself as rising air does; each turn is finer and quicker than the last.
-float2 curl(float2 p, float t, float seed) {
-    float size = 0.62;
-    float pitch = 1.35;
-    for (int i = 0; i < 4; ++i) {
-        float n = float(i);
-        float a = kTwoPi * fract(t * (0.011 + 0.006 * n) + seed);
-        p += size * float2(sin(p.y * pitch + a + n), cos(p.x * pitch - a + 2.1 * n));
-        size *= 0.56;
-        pitch *= 1.85;
-    }
-    return p;
+// A point that circles slowly about its start; motion that never runs away.
+float2 orbit(float t, float rate, float start, float size) {
+    float a = kTwoPi * (fract(t * rate) + start);
+    return size * float2(cos(a), sin(a));
 }
 
 fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {
-    float2 p = (in.position.xy - 0.5 * u.resolution) / u.resolution.y;
-    float2 screen = p;
-    p *= 2.1 / max(u.params.x, 0.05);
+    float2 screen = (in.position.xy - 0.5 * u.resolution) / u.resolution.y;
     float t = u.time * u.speed;
 
-    // The air travels on a circle so wide that it reads as a straight drift, and never leaves it.
-    float drift = kTwoPi * fract(t * 0.00045);
-    float2 wind = 9.0 * float2(cos(drift), sin(drift));
-    float more = u.params.y;
+    // The air travels on a circle so wide that it reads as a straight drift upwards.
+    float2 p = screen * (1.5 / max(u.params.x, 0.05)) + orbit(t, 0.0006, 0.0, 11.0);
 
-    float2 far = curl(p * 0.8 + wind * 0.6 + 3.7, t * 0.7, 0.4);
-    float farSmoke = smoothstep(0.30 - more, 0.85 - more, billows(far * 0.9));
+    // Smoke is folded by the air that carries it: the plane is bent by a field that was itself bent.
+    // Beside each bent point go its two derivatives (how its x and its y follow p), so that the
+    // smoke's slope towards the lights is exact.
+    float3 foldX = billows(p * 0.9 + orbit(t, 0.011, 0.1, 0.5), 3, 0.5);
+    float3 foldY = billows(p * 0.9 + 19.7 + orbit(t, 0.009, 0.6, 0.5), 3, 0.5);
+    float2 fold = float2(foldX.x, foldY.x);
+    float2 dx = float2(1.0, 0.0) + 0.9 * 1.1 * foldX.yz;
+    float2 dy = float2(0.0, 1.0) + 0.9 * 1.1 * foldY.yz;
+    float2 bent = p + 1.1 * fold;
+    float3 curlX = billows(bent * 1.9 + 41.3 + orbit(t, 0.014, 0.3, 0.45), 3, 0.5);
+    float3 curlY = billows(bent * 1.9 + 7.9 + orbit(t, 0.012, 0.8, 0.45), 3, 0.5);
+    float2 curl = float2(curlX.x, curlY.x);
+    float2 dCurlX = 1.9 * (curlX.y * dx + curlX.z * dy);
+    float2 dCurlY = 1.9 * (curlY.y * dx + curlY.z * dy);
 
-    float2 near = curl(p + wind, t, 0.0);
-    float2 toLight = float2(-0.16, -0.22);
-    float body = billows(near * 1.1);
-    float shade = billows(near * 1.1 + toLight);
-    float smoke = smoothstep(0.34 - more, 0.92 - more, body);
-    // Where the smoke thins towards the light it is lit, where it thickens it stands in shadow.
-    float light = saturate(0.46 + (body - shade) * 2.6);
-    float rim = smoke * (1.0 - smoke) * 4.0;
+    float3 key = mix(float3(0.95, 0.93, 0.98), u.color1.rgb, saturate(0.45 + 0.45 * u.params.z));
+    float3 fill = mix(float3(0.80, 0.90, 1.00), u.color2.rgb, saturate(0.55 + 0.55 * u.params.z));
+    float3 ambient = mix(float3(0.5), u.color3.rgb, saturate(0.60 + 0.6 * u.params.z)) * 0.10;
+    float strength = 1.0 + u.params.w;
+    float keyReach = exp(-1.15 * length(screen - float2(-0.55, -0.50)));
+    float fillReach = exp(-1.5 * length(screen - float2(0.85, 0.30)));
 
-    float tintDepth = saturate(0.42 + 0.42 * u.params.z);
-    float3 grey = float3(0.78, 0.80, 0.86);
-    float3 lit = mix(grey, u.color1.rgb, tintDepth);
-    float3 thin = mix(grey, u.color2.rgb, tintDepth);
-    float3 dark = mix(grey, u.color3.rgb, tintDepth) * 0.16;
+    // From the nearest sheet to the furthest. They share the folds but not the smoke in them, so one
+    // shows through the other; the further, the softer.
+    float3 colour = float3(0.0);
+    float through = 1.0;
+    for (int i = 0; i < kSheets; ++i) {
+        float n = float(i);
+        float bend = 0.62 - 0.10 * n;
+        float pitch = 0.95 + 0.12 * n;
+        float2 q = pitch * (bent + bend * curl) + float2(3.7, -5.9) * n;
+        float3 v = billows(q, 5, 0.47);
+        float2 slope = pitch * (v.y * (dx + bend * dCurlX) + v.z * (dy + bend * dCurlY));
+        float body = v.x + 0.5 * u.params.y - 0.015 * n;
+        float wisp = smoothstep(-0.02, 0.30, body);
+        float opacity = wisp * (0.20 + 0.55 * wisp);
+        float lit = 0.5 - 0.5 * dot(slope, float2(-0.64, -0.77));
+        float side = 0.4 - 0.5 * dot(slope, float2(0.98, 0.20));
+        // Thick smoke shades itself; thin edges pass the light on.
+        float inside = 1.0 - 0.45 * wisp;
+        lit = smoothstep(0.0, 1.1, lit);
+        side = smoothstep(0.05, 1.1, side);
+        float3 light = key * lit * (0.40 + 3.6 * keyReach) * strength +
+                       fill * side * (0.20 + 3.0 * fillReach) * strength;
+        colour += through * opacity * (ambient + light * inside * (1.0 - 0.18 * n));
+        through *= 1.0 - opacity;
+    }
+    float3 behind = u.background.rgb * 0.8;
+    behind += (key * 0.06 * keyReach * keyReach + fill * 0.03 * fillReach) * strength;
+    colour += through * behind;
+    colour = 1.0 - exp(-1.5 * colour);
 
-    float glow = exp(-2.2 * length(screen - float2(-0.35, -0.45)));
-    float strength = (0.55 + 0.75 * glow) * (1.0 + u.params.w);
-    float3 colour = u.background.rgb * (0.6 + 0.8 * glow);
-    colour += (dark * 0.9 + thin * 0.10 * strength) * farSmoke;
-    float3 front = mix(dark, lit * strength, light * light) + thin * rim * 0.22 * strength * light;
-    colour = mix(colour, front, smoke * (0.55 + 0.4 * smoke));
-    colour = colour / (1.0 + 0.25 * colour);
-
-    colour += (hash(fmod(in.position.xy, 128.0)) - 0.5) * (0.9 / 255.0);
+    colour += (hash(fmod(in.position.xy, 128.0) + 0.11) - 0.5) * (0.9 / 255.0);
     return float4(saturate(colour) * u.tint.rgb, 1.0);
 }
