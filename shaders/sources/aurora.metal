@@ -71,10 +71,10 @@ float stars(float2 pixel, float cellSize, float share) {
     float2 local = pixel - cell * cellSize;
     float2 id = cell - 128.0 * floor(cell / 128.0);
     float present = step(hash(id), share);
-    float2 at = cellSize * (0.25 + 0.5 * float2(hash(id + 0.31), hash(id + 0.73)));
+    float2 at = cellSize * (0.16 + 0.68 * float2(hash(id + 0.31), hash(id + 0.73)));
     float size = hash(id + 0.57);
     float2 d = local - at;
-    return present * (0.25 + size * size) * exp(-dot(d, d) / (0.5 + 0.7 * size));
+    return present * (0.12 + 0.9 * pow(size, 4.0)) * exp(-dot(d, d) / (0.4 + 0.7 * size * size));
 }
 
 // Light of the curtains in direction p (height units, y up from the horizon).
@@ -89,12 +89,12 @@ float3 curtains(float2 p, float t, constant Uniforms& u) {
         float fold = 0.34 * sin(x * 2.3 + turns(t, 0.021 + 0.004 * n) + 1.9 * n);
         fold += 0.15 * sin(x * 5.1 - turns(t, 0.034) + p.y * 1.2 + n);
         float s = x + fold;
-        float base = 0.16 + 0.10 * n + 0.10 * sin(s * 1.7 - turns(t, 0.013) + 2.3 * n);
-        base += 0.035 * sin(s * 4.7 + turns(t, 0.027) + n);
-        float height = (0.16 + 0.24 * noise(s * 1.9 + 20.0, n + 1.0)) * max(u.params.x, 0.1);
+        float base = 0.14 + 0.105 * n + 0.058 * sin(s * 1.7 - turns(t, 0.013) + 2.3 * n);
+        base += 0.024 * sin(s * 4.7 + turns(t, 0.027) + n);
+        float height = (0.20 + 0.26 * noise(s * 1.9 + 20.0, n + 1.0)) * max(u.params.x, 0.1);
 
         float up = p.y - base;
-        float below = smoothstep(-0.035, 0.012, up);
+        float below = smoothstep(-0.055, 0.018, up);
         float fade = exp(-max(up, 0.0) / height * 1.5) * below;
         // Rays are fine near the hem and run together higher up.
         float shift = 4.0 * sin(turns(t, 0.0061) + n);
@@ -137,8 +137,10 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     sky += float3(0.01, 0.07, 0.05) * exp(-q.y * 5.0);
     float3 light = curtains(q, t, u);
     float3 colour = sky + light;
-    float starLight = stars(in.position.xy, 11.0, 0.12) + stars(in.position.xy + 301.0, 26.0, 0.3);
-    colour += float3(0.85, 0.9, 1.0) * starLight * (1.0 - water) * saturate(q.y * 9.0) /
+    // Stars keep their look from a thumbnail to a wall: their size follows the height of the display.
+    float2 dots = in.position.xy / clamp(u.resolution.y / 900.0, 0.7, 3.0);
+    float starLight = stars(dots, 9.0, 0.10) * 0.7 + 1.3 * stars(dots + 301.0, 31.0, 0.35);
+    colour += float3(0.85, 0.9, 1.0) * starLight * (1.0 - water) * saturate(q.y * 9.0) * 1.7 /
               (1.0 + 6.0 * dot(light, float3(0.33)));
 
     float land = ridge(p.x) + 0.004;

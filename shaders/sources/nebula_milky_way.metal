@@ -82,7 +82,7 @@ float3 stars(float2 pixel, float cellSize, float share, float spread, float t) {
     float2 cell = floor(pixel / cellSize);
     float2 local = pixel - cell * cellSize;
     float2 id = wrap(cell);
-    float2 d = local - cellSize * (0.22 + 0.56 * float2(hash(id + 0.31), hash(id + 0.73)));
+    float2 d = local - cellSize * (0.16 + 0.68 * float2(hash(id + 0.31), hash(id + 0.73)));
     float magnitude = hash(id + 0.57);
     float power = step(hash(id + 0.91), share) * (0.10 + 0.9 * pow(magnitude, 4.0));
     power *= 1.0 + 0.22 * sin(kTwoPi * (fract(t * 0.31) + magnitude * 7.0)) * magnitude;
@@ -106,35 +106,38 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float width = max(u.params.x, 0.1);
     float bend = 0.10 * (cloud(b * 1.2 + 5.0) - 0.5) + 0.03 * sin(b.x * 2.1);
     float across = (b.y + bend) / width;
-    float bulge = exp(-b.x * b.x * 2.6);
+    float bulge = exp(-(b.x - 0.12) * (b.x - 0.12) * 2.6);
 
     float haze = exp(-across * across * 13.0);
     float spine = exp(-across * across * (70.0 - 34.0 * bulge));
     float2 warp = float2(cloud(b * 2.4 + 2.0 + sway), cloud(b * 2.4 + 23.0 - sway)) - 0.5;
     float clouds = cloud(b * float2(2.6, 4.2) + warp * 1.6 + 9.0);
-    float light = haze * 0.30 + spine * (0.45 + 0.75 * bulge);
+    float light = haze * 0.34 + spine * (0.55 + 0.85 * bulge);
     light *= 0.35 + 1.35 * smoothstep(0.25, 0.8, clouds);
 
     // The great rift: dust along the middle, breaking up into feathers on both sides.
-    float2 dq = b * float2(2.2, 3.6) + warp * 2.4;
-    float rift = cloud(dq + 51.0);
-    float lane = exp(-across * across * 90.0) * 0.26 + exp(-across * across * 16.0) * 0.06;
-    float dust = smoothstep(0.50 - u.params.y, 0.74 - u.params.y, rift + lane);
+    float2 dq = b * float2(2.0, 4.4) + warp * 2.0;
+    float rift = 0.5 + 0.85 * (cloud(dq + 51.0) - 0.5);
+    float vein = across - 0.012 + 0.10 * warp.x;
+    float lane = exp(-vein * vein * 420.0) * 0.22 + exp(-across * across * 14.0) * 0.06;
+    float dust = smoothstep(0.53 - u.params.y, 0.80 - u.params.y, rift + lane);
     dust *= smoothstep(0.02, 0.35, haze);
 
     float3 cream = mix(float3(1.0, 0.90, 0.76), u.color1.rgb, u.params.z);
     float3 cool = mix(float3(0.56, 0.64, 0.86), u.color2.rgb, u.params.z);
-    float3 sky = u.background.rgb * 0.6 + mix(float3(0.010, 0.014, 0.026), u.color3.rgb * 0.05, u.params.z);
+    float3 sky = u.background.rgb * 0.6;
+    sky += mix(float3(0.010, 0.014, 0.026), u.color3.rgb * 0.05, u.params.z);
     float3 colour = sky + mix(cool, cream, saturate(spine * 0.8 + bulge * 0.35)) * light * 0.62;
     // A few clouds of hydrogen glow along the spine.
     float rose = smoothstep(0.60, 0.76, cloud(b * 5.0 + 71.0)) * spine;
     colour += float3(0.75, 0.16, 0.26) * rose * 0.35;
-    colour *= exp(-dust * float3(1.5, 1.9, 2.3));
+    colour *= exp(-dust * float3(1.5, 1.85, 2.15));
 
     // Faint stars crowd the band and thin out behind the dust; bright ones stand in front of it.
     float crowd = saturate(0.10 + 0.55 * haze * (0.4 + clouds) + 0.4 * spine);
     float clear = exp(-dust * 2.2);
-    float2 px = in.position.xy;
+    // Stars keep their look from a thumbnail to a wall: their size follows the height of the display.
+    float2 px = in.position.xy / clamp(u.resolution.y / 900.0, 0.7, 3.0);
     float3 field = stars(px, 4.0, crowd * clear * 0.75, 0.55, t) * 0.55;
     field += stars(px + 37.0, 7.0, crowd * (0.3 + 0.7 * clear), 0.7, t) * 0.8;
     field += stars(px + 91.0, 15.0, 0.18 + 0.3 * crowd, 1.0, t) * 1.0;
@@ -142,6 +145,6 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     colour += field;
 
     colour = 1.0 - exp(-1.45 * colour);
-    colour += (hash(fmod(px, 128.0) + 0.11) - 0.5) * (0.9 / 255.0);
+    colour += (hash(fmod(in.position.xy, 128.0) + 0.11) - 0.5) * (0.9 / 255.0);
     return float4(saturate(colour) * u.tint.rgb, 1.0);
 }

@@ -95,7 +95,7 @@ float3 stars(float2 pixel, float cellSize, float share, float t) {
     float2 cell = floor(pixel / cellSize);
     float2 local = pixel - cell * cellSize;
     float2 id = wrap(cell);
-    float2 d = local - cellSize * (0.2 + 0.6 * float2(hash(id + 0.31), hash(id + 0.73)));
+    float2 d = local - cellSize * (0.16 + 0.68 * float2(hash(id + 0.31), hash(id + 0.73)));
     float magnitude = hash(id + 0.57);
     float power = step(hash(id + 0.91), share) * (0.08 + 0.9 * pow(magnitude, 5.0));
     power *= 1.0 + 0.15 * sin(kTwoPi * (fract(t * 0.23) + magnitude * 7.0));
@@ -107,8 +107,8 @@ float3 stars(float2 pixel, float cellSize, float share, float t) {
 // A young star: a hard core, a soft halo in the gas and four faint spikes of the telescope.
 float3 young(float2 d, float power) {
     float r2 = dot(d, d);
-    float core = 0.0000022 * power / (r2 + 0.0000012);
-    float halo = 0.0011 * power / (r2 + 0.0035);
+    float core = 0.0000034 * power / (r2 + 0.0000016);
+    float halo = 0.0015 * power / (r2 + 0.0035);
     float2 a = abs(d);
     float spikes = 0.00012 * power * (exp(-a.y * 900.0) / (a.x + 0.004) +
                                       exp(-a.x * 900.0) / (a.y + 0.004));
@@ -142,10 +142,10 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
 
     float bright = 1.0 + u.params.w;
     float3 colour = u.background.rgb * 0.55;
-    colour += outer * 0.30 * smoothstep(0.30, 0.85, shell) * smoothstep(1.25, 0.2, reach) * bright;
-    colour += hydrogen * body * (0.30 + 1.05 * fine * fine) * bright;
-    colour += oxygen * cavity * (0.18 + 0.95 * gas * gas + 0.55 * fine * fine) * bright;
-    colour += float3(1.0, 0.86, 0.80) * 0.75 * pow(cavity, 3.5) * (0.35 + gas) * bright;
+    colour += outer * 0.36 * smoothstep(0.30, 0.85, shell) * smoothstep(1.25, 0.2, reach) * bright;
+    colour += hydrogen * body * (0.26 + 1.7 * fine * fine) * bright;
+    colour += oxygen * cavity * (0.10 + 1.0 * gas * gas + 0.75 * fine * fine) * bright;
+    colour += float3(1.0, 0.86, 0.80) * 0.85 * pow(cavity, 6.0) * (0.25 + gas) * bright;
 
     // Dust lies in front: it dims the blue most, and its edges towards the heart catch the light.
     float2 dq = p * 1.55 + bend * 1.5 + float2(8.4, 2.2) - 0.5 * slide;
@@ -156,7 +156,9 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     colour *= exp(-dust * float3(1.9, 2.5, 2.9));
     colour += float3(0.50, 0.22, 0.12) * rim * 0.16 * bright;
 
-    float3 field = stars(in.position.xy, 9.0, 0.35, t) + 1.4 * stars(in.position.xy + 77.0, 23.0, 0.5, t);
+    // Stars keep their look from a thumbnail to a wall: their size follows the height of the display.
+    float2 sky = in.position.xy / clamp(u.resolution.y / 900.0, 0.7, 3.0);
+    float3 field = stars(sky, 7.0, 0.16, t) + 1.5 * stars(sky + 77.0, 29.0, 0.45, t);
     colour += field * exp(-dust * 2.6) * (1.0 - 0.55 * saturate(body));
 
     // The cluster at the heart, and one star that has left it.

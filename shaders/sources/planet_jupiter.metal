@@ -69,13 +69,13 @@ float streaks(float2 p, float2 warp) {
     float sum = 0.0;
     float weight = 0.5;
     float around = 12.0;
-    for (int i = 0; i < 5; ++i) {
+    for (int i = 0; i < 4; ++i) {
         sum += weight * noise(q, around);
         q = float2(q.x * 2.0, q.y * 2.0 + 7.7);
         around *= 2.0;
-        weight *= 0.55;
+        weight *= 0.5;
     }
-    return sum;
+    return sum / 0.9375;
 }
 
 // Brightness of the zones by latitude, -1 in the darkest belt to 1 in the brightest zone.
@@ -83,12 +83,14 @@ float bands(float y) {
     return 0.55 * sin(y * 13.0 + 0.9) + 0.30 * sin(y * 23.0 + 2.1) + 0.22 * sin(y * 41.0 + 0.4);
 }
 
-float stars(float2 pixel, float cellSize) {
+// One layer of stars, at most one to a cell; share is how many cells hold one.
+float stars(float2 pixel, float cellSize, float share) {
     float2 cell = floor(pixel / cellSize);
     float2 id = cell - 128.0 * floor(cell / 128.0);
-    float2 d = pixel - (cell + 0.25 + 0.5 * float2(hash(id + 0.31), hash(id + 0.73))) * cellSize;
+    float2 d = pixel - (cell + 0.18 + 0.64 * float2(hash(id + 0.31), hash(id + 0.73))) * cellSize;
     float magnitude = hash(id + 0.57);
-    return (0.05 + 0.7 * pow(magnitude, 6.0)) * exp(-dot(d, d) / 0.8);
+    float power = step(hash(id + 0.91), share) * (0.10 + 0.8 * pow(magnitude, 6.0));
+    return power * exp(-dot(d, d) / (0.45 + 0.6 * magnitude * magnitude));
 }
 
 fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {
@@ -98,8 +100,10 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     // On a tall display the disc shrinks to the width.
     float radius = 0.40 * max(u.params.x, 0.05) * min(1.0, 1.12 * u.resolution.x * pixel);
 
+    // Stars keep their look from a thumbnail to a wall: their size follows the height of the display.
+    float2 sky = in.position.xy / clamp(u.resolution.y / 900.0, 0.7, 3.0);
     float3 colour = u.background.rgb * 0.35;
-    colour += float3(0.8, 0.87, 1.0) * (stars(in.position.xy, 17.0) + 1.3 * stars(in.position.xy + 55.0, 47.0));
+    colour += float3(0.8, 0.87, 1.0) * (stars(sky, 11.0, 0.12) + 1.4 * stars(sky + 55.0, 37.0, 0.3));
 
     float a = 0.11;   // the axis leans a little
     float2 d = float2(cos(a) * p.x + sin(a) * p.y, cos(a) * p.y - sin(a) * p.x) / radius;
@@ -144,17 +148,17 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         float cloudA = streaks(at + float2(driftA, 0.0), swirl);
         float cloudB = streaks(at + float2(driftB, 0.0), swirl);
         float cloud = mix(cloudA, cloudB, blend);
-        float curl = streaks(float2(at.x + 0.13, at.y * 1.9 + cloud * 0.9), swirl * 1.3 + 2.0 * cloud);
+        float curl = streaks(float2(at.x + 0.13, at.y * 1.5 + cloud * 0.45), swirl * 1.2 + 1.3 * cloud);
 
-        float tone = bands(y + 0.045 * (cloud - 0.5) * unrest);
-        tone += (cloud - 0.52) * 1.5 * unrest + (curl - 0.52) * 0.9 * unrest;
+        float tone = bands(y + 0.060 * (cloud - 0.5) * unrest);
+        tone += ((cloud - 0.5) * 1.15 + (curl - 0.5) * 0.75) * unrest;
         tone *= 1.0 - 0.55 * smoothstep(0.75, 1.25, abs(latitude));
 
         float3 belt = mix(float3(0.55, 0.30, 0.17), u.color1.rgb * 0.7, u.params.z);
         float3 zone = mix(float3(0.93, 0.86, 0.74), u.color2.rgb, u.params.z);
         float3 deep = mix(float3(0.34, 0.20, 0.14), u.color1.rgb * 0.4, u.params.z);
         float3 polar = mix(float3(0.48, 0.45, 0.44), u.color3.rgb * 0.6, u.params.z);
-        float3 surface = mix(belt, zone, smoothstep(-0.55, 0.6, tone));
+        float3 surface = mix(belt, zone, smoothstep(-0.75, 0.75, tone));
         surface = mix(surface, deep, smoothstep(-0.5, -1.25, tone));
         surface = mix(surface, float3(0.78, 0.60, 0.42), 0.35 * smoothstep(0.12, 0.0, abs(latitude - 0.03)));
         surface = mix(surface, polar, smoothstep(0.7, 1.2, abs(latitude)) * 0.8);
@@ -166,17 +170,17 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         surface = mix(surface, zone * 1.02, 0.75 * smoothstep(2.3, 1.3, within));
         surface = mix(surface, rust, smoothstep(1.25, 0.75, within));
         // White ovals follow each other along one southern latitude.
-        float pearl = fract((longitude + spin + driftA * 0.0) * 9.0 + 0.2) - 0.5;
+        float pearl = fract((longitude + spin) * 9.0 + 0.2) - 0.5;
         float2 w = float2(pearl * kTwoPi / 9.0 * cos(latitude), latitude + 0.62) / float2(0.055, 0.042);
         surface = mix(surface, zone * 1.06, 0.8 * smoothstep(1.3, 0.5, dot(w, w)));
 
         float lambert = dot(n, toSun);
         float day = smoothstep(-0.06, 0.30, lambert) * pow(saturate(lambert), 0.65);
         float limb = pow(max(z, 0.0), 0.38);
-        float3 lit = surface * surface * (0.004 + 1.25 * day * (0.35 + 0.65 * limb));
+        float3 lit = surface * surface * (0.0012 + 1.25 * day * (0.35 + 0.65 * limb));
         // The atmosphere scatters a thin line of light along the limb.
         float rimLight = pow(1.0 - z, 4.0);
-        lit += u.color3.rgb * rimLight * (0.05 + 0.30 * day);
+        lit += u.color3.rgb * rimLight * (0.018 + 0.30 * day);
         lit = sqrt(max(lit, 0.0));
         colour = mix(lit, colour, smoothstep(1.0 - edge, 1.0 + edge, r));
     }
