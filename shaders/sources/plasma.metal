@@ -56,7 +56,7 @@ float turns(float t, float rate) {
 
 fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {
     float2 p = (in.position.xy - 0.5 * u.resolution) / u.resolution.y;
-    p *= 2.6 / max(u.params.x, 0.05);
+    p *= 3.5 / max(u.params.x, 0.05);
     float t = u.time * u.speed;
 
     // The plane is bent before the waves cross it, so that no straight crest is left to see.

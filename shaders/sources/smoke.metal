@@ -107,21 +107,23 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float3 foldX = billows(p * 0.9 + orbit(t, 0.011, 0.1, 0.5), 3, 0.5);
     float3 foldY = billows(p * 0.9 + 19.7 + orbit(t, 0.009, 0.6, 0.5), 3, 0.5);
     float2 fold = float2(foldX.x, foldY.x);
-    float2 dx = float2(1.0, 0.0) + 0.9 * 1.1 * foldX.yz;
-    float2 dy = float2(0.0, 1.0) + 0.9 * 1.1 * foldY.yz;
-    float2 bent = p + 1.1 * fold;
+    float2 dx = float2(1.0, 0.0) + 0.9 * 0.9 * foldX.yz;
+    float2 dy = float2(0.0, 1.0) + 0.9 * 0.9 * foldY.yz;
+    float2 bent = p + 0.9 * fold;
     float3 curlX = billows(bent * 1.9 + 41.3 + orbit(t, 0.014, 0.3, 0.45), 3, 0.5);
     float3 curlY = billows(bent * 1.9 + 7.9 + orbit(t, 0.012, 0.8, 0.45), 3, 0.5);
     float2 curl = float2(curlX.x, curlY.x);
     float2 dCurlX = 1.9 * (curlX.y * dx + curlX.z * dy);
     float2 dCurlY = 1.9 * (curlY.y * dx + curlY.z * dy);
 
-    float3 key = mix(float3(0.95, 0.93, 0.98), u.color1.rgb, saturate(0.45 + 0.45 * u.params.z));
-    float3 fill = mix(float3(0.80, 0.90, 1.00), u.color2.rgb, saturate(0.55 + 0.55 * u.params.z));
+    float3 key = mix(float3(0.95, 0.93, 0.98), u.color1.rgb, saturate(0.62 + 0.62 * u.params.z));
+    float3 fill = mix(float3(0.80, 0.90, 1.00), u.color2.rgb, saturate(0.75 + 0.75 * u.params.z));
     float3 ambient = mix(float3(0.5), u.color3.rgb, saturate(0.60 + 0.6 * u.params.z)) * 0.10;
     float strength = 1.0 + u.params.w;
-    float keyReach = exp(-1.15 * length(screen - float2(-0.55, -0.50)));
-    float fillReach = exp(-1.5 * length(screen - float2(0.85, 0.30)));
+    // The lights stand near the edges of the picture, whatever its shape.
+    float edge = 0.5 * u.resolution.x / u.resolution.y;
+    float keyReach = exp(-1.15 * length(screen - float2(-0.62 * edge, -0.50)));
+    float fillReach = exp(-1.5 * length(screen - float2(0.96 * edge, 0.30)));
 
     // From the nearest sheet to the furthest. They share the folds but not the smoke in them, so one
     // shows through the other; the further, the softer.
@@ -129,22 +131,22 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float through = 1.0;
     for (int i = 0; i < kSheets; ++i) {
         float n = float(i);
-        float bend = 0.62 - 0.10 * n;
+        float bend = 0.52 - 0.08 * n;
         float pitch = 0.95 + 0.12 * n;
         float2 q = pitch * (bent + bend * curl) + float2(3.7, -5.9) * n;
-        float3 v = billows(q, 5, 0.47);
+        float3 v = billows(q, 5, 0.43);
         float2 slope = pitch * (v.y * (dx + bend * dCurlX) + v.z * (dy + bend * dCurlY));
         float body = v.x + 0.5 * u.params.y - 0.015 * n;
-        float wisp = smoothstep(-0.02, 0.30, body);
+        float wisp = smoothstep(-0.03, 0.30, body);
         float opacity = wisp * (0.20 + 0.55 * wisp);
-        float lit = 0.5 - 0.5 * dot(slope, float2(-0.64, -0.77));
-        float side = 0.4 - 0.5 * dot(slope, float2(0.98, 0.20));
+        float lit = 0.48 - 0.75 * dot(slope, float2(-0.64, -0.77));
+        float side = 0.36 - 0.75 * dot(slope, float2(0.98, 0.20));
         // Thick smoke shades itself; thin edges pass the light on.
         float inside = 1.0 - 0.45 * wisp;
-        lit = smoothstep(0.0, 1.1, lit);
-        side = smoothstep(0.05, 1.1, side);
-        float3 light = key * lit * (0.40 + 3.6 * keyReach) * strength +
-                       fill * side * (0.20 + 3.0 * fillReach) * strength;
+        lit = smoothstep(0.0, 1.0, lit);
+        side = smoothstep(0.05, 1.0, side);
+        float3 light = key * lit * (0.60 + 3.6 * keyReach) * strength +
+                       fill * side * (0.30 + 3.0 * fillReach) * strength;
         colour += through * opacity * (ambient + light * inside * (1.0 - 0.18 * n));
         through *= 1.0 - opacity;
     }
