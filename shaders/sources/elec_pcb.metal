@@ -276,6 +276,11 @@ void addBus(float2 p, float2 tile, float row, float band, bool horizontal, float
 
     float chipEnd = chipLength(tile) + kPin;
     float first = floor(e + 0.5 * (size - 1.0));
+    // A signal's halo fades before the edge of what this bus may light.
+    float inside = 0.5 * kBand - abs(p.y);
+    inside = fromBefore ? inside : min(inside, p.x);
+    inside = toAfter ? inside : min(inside, kTile - p.x);
+    float soften = saturate(1.4 * inside);
     for (int j = 0; j < 2; ++j) {
         float trace = clamp(first + float(j), 0.0, size - 1.0);
         float across = e - (trace - 0.5 * (size - 1.0));
@@ -306,7 +311,7 @@ void addBus(float2 p, float2 tile, float row, float band, bool horizontal, float
         float pick = hash(float2(trace + 16.0 * row, 89.0));
         float3 hue = pick < 0.25 ? u.color1.rgb : (pick < 0.75 ? u.color2.rgb : u.color3.rgb);
         float core = exp(-max(d + 0.10, 0.0) * 16.0);
-        float halo = exp(-max(d, 0.0) * 2.3);
+        float halo = exp(-max(d, 0.0) * 2.3) * soften;
         // Each of two neighbours lights the space between them; past the outermost one the clamp
         // gives the same trace twice, which counts once.
         if (j == 0 || trace > first) {
