@@ -107,10 +107,10 @@ float3 stars(float2 pixel, float cellSize, float share, float t) {
 // A young star: a hard core, a soft halo in the gas and four faint spikes of the telescope.
 float3 young(float2 d, float power) {
     float r2 = dot(d, d);
-    float core = 0.0000034 * power / (r2 + 0.0000016);
-    float halo = 0.0015 * power / (r2 + 0.0035);
+    float core = 0.0000075 * power / (r2 + 0.0000028);
+    float halo = 0.0019 * power / (r2 + 0.0035);
     float2 a = abs(d);
-    float spikes = 0.00012 * power * (exp(-a.y * 900.0) / (a.x + 0.004) +
+    float spikes = 0.00022 * power * (exp(-a.y * 900.0) / (a.x + 0.004) +
                                       exp(-a.x * 900.0) / (a.y + 0.004));
     return float3(0.82, 0.9, 1.0) * (core + spikes * exp(-r2 * 300.0)) +
            float3(0.62, 0.68, 1.0) * halo;

@@ -177,7 +177,7 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         float lambert = dot(n, toSun);
         float day = smoothstep(-0.06, 0.30, lambert) * pow(saturate(lambert), 0.65);
         float limb = pow(max(z, 0.0), 0.38);
-        float3 lit = surface * surface * (0.0012 + 1.25 * day * (0.35 + 0.65 * limb));
+        float3 lit = surface * surface * (0.0012 + 1.25 * day * (0.18 + 0.82 * limb));
         // The atmosphere scatters a thin line of light along the limb.
         float rimLight = pow(1.0 - z, 4.0);
         lit += u.color3.rgb * rimLight * (0.018 + 0.30 * day);
