@@ -97,7 +97,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float t = u.time * u.speed;
 
     // x runs along the band and y across it. The sky turns, but so little that it seems to sway.
-    float angle = -0.56 + kTwoPi * u.params.w + 0.05 * sin(kTwoPi * fract(t * 0.0032));
+    float turn = 0.06 * sin(kTwoPi * fract(t * 0.0032));
+    float angle = -0.56 + kTwoPi * u.params.w + turn;
     float c = cos(angle);
     float s = sin(angle);
     float2 b = float2(c * p.x + s * p.y, c * p.y - s * p.x);
@@ -137,7 +138,9 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float crowd = saturate(0.10 + 0.55 * haze * (0.4 + clouds) + 0.4 * spine);
     float clear = exp(-dust * 2.2);
     // Stars keep their look from a thumbnail to a wall: their size follows the height of the display.
-    float2 px = in.position.xy / clamp(u.resolution.y / 900.0, 0.7, 3.0);
+    // They turn with the band.
+    float2 px = p * u.resolution.y / clamp(u.resolution.y / 900.0, 0.7, 3.0);
+    px = float2(cos(turn) * px.x + sin(turn) * px.y, cos(turn) * px.y - sin(turn) * px.x);
     float3 field = stars(px, 4.0, crowd * clear * 0.75, 0.55, t) * 0.55;
     field += stars(px + 37.0, 7.0, crowd * (0.3 + 0.7 * clear), 0.7, t) * 0.8;
     field += stars(px + 91.0, 15.0, 0.18 + 0.3 * crowd, 1.0, t) * 1.0;
