@@ -47,9 +47,7 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 
 constant float kTwoPi = 6.2831853;
 
-float hash(float2 p) {
-    return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453);
-}
+float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453); }
 
 // Smooth noise along a line; the lattice wraps every 64 cells.
 float noise(float x, float row) {
@@ -61,9 +59,7 @@ float noise(float x, float row) {
     return mix(hash(float2(a, row)), hash(float2(b, row)), f);
 }
 
-float turns(float t, float rate) {
-    return kTwoPi * fract(t * rate);
-}
+float turns(float t, float rate) { return kTwoPi * fract(t * rate); }
 
 // One layer of stars: at most one to a cell, kept away from the cell's edge so that none is cut.
 float stars(float2 pixel, float cellSize, float share) {
@@ -137,7 +133,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     sky += float3(0.01, 0.07, 0.05) * exp(-q.y * 5.0);
     float3 light = curtains(q, t, u);
     float3 colour = sky + light;
-    // Stars keep their look from a thumbnail to a wall: their size follows the height of the display.
+    // Stars keep their look from a thumbnail to a wall: their size follows the height of the
+    // display.
     float2 dots = in.position.xy / clamp(u.resolution.y / 900.0, 0.7, 3.0);
     float starLight = stars(dots, 9.0, 0.10) * 0.7 + 1.3 * stars(dots + 301.0, 31.0, 0.35);
     colour += float3(0.85, 0.9, 1.0) * starLight * (1.0 - water) * saturate(q.y * 9.0) * 1.7 /

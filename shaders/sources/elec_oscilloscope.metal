@@ -25,13 +25,11 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 // Look: speed scales the drift, tint multiplies; the colours are those of the phosphor.
 
 constant float kTwoPi = 6.2831853;
-constant int kGroups = 30;           // 30 groups of 6 make the 180 segments of the trace
-constant float kReach = 0.16;        // past this the glow is below half a step of an 8-bit display
+constant int kGroups = 30;    // 30 groups of 6 make the 180 segments of the trace
+constant float kReach = 0.16; // past this the glow is below half a step of an 8-bit display
 
 // Brightness of a line of about one pixel at distance d (height units).
-float hairline(float d, float pixel) {
-    return saturate(1.2 - abs(d) / pixel);
-}
+float hairline(float d, float pixel) { return saturate(1.2 - abs(d) / pixel); }
 
 float distanceToSegment(float2 p, float2 a, float2 b) {
     float2 ab = b - a;
@@ -41,13 +39,11 @@ float distanceToSegment(float2 p, float2 a, float2 b) {
 
 // (sin, cos) of both axes' angles, turned on by the angles whose sine and cosine are in step.
 float4 turn(float4 sc, float4 by) {
-    return float4(sc.x * by.y + sc.y * by.x, sc.y * by.y - sc.x * by.x,
-                  sc.z * by.w + sc.w * by.z, sc.w * by.w - sc.z * by.z);
+    return float4(sc.x * by.y + sc.y * by.x, sc.y * by.y - sc.x * by.x, sc.z * by.w + sc.w * by.z,
+                  sc.w * by.w - sc.z * by.z);
 }
 
-float2 trace(float4 sc) {
-    return float2(0.62 * sc.x, 0.44 * sc.z);
-}
+float2 trace(float4 sc) { return float2(0.62 * sc.x, 0.44 * sc.z); }
 
 fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {
     float pixel = 1.0 / u.resolution.y;
@@ -56,7 +52,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
 
     float3 colour = float3(0.015, 0.045, 0.035);
     float2 grid = abs(fract(p * 8.0 + 0.5) - 0.5) / 8.0;
-    colour += float3(0.08, 0.18, 0.14) * 0.5 * max(hairline(grid.x, pixel), hairline(grid.y, pixel));
+    colour +=
+        float3(0.08, 0.18, 0.14) * 0.5 * max(hairline(grid.x, pixel), hairline(grid.y, pixel));
     // The centre cross carries five ticks to the division.
     float2 tick = abs(fract(p * 40.0 + 0.5) - 0.5) / 40.0;
     float centre = max(hairline(p.x, pixel), hairline(p.y, pixel));

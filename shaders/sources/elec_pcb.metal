@@ -45,21 +45,21 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 //
 // Lengths are in board units, one unit being the pitch of two parallel traces. The board is endless
 // and cut into square tiles. Each tile has a frame of its own: a runs along its traces, b across.
-// Nothing but a bus crosses the edge of a tile, and no bus leaves its band, so a pixel needs to know
-// its own tile and, of the two that continue its band, only whether the bus goes on there.
+// Nothing but a bus crosses the edge of a tile, and no bus leaves its band, so a pixel needs to
+// know its own tile and, of the two that continue its band, only whether the bus goes on there.
 
 constant float kTile = 28.0;
 constant float kBand = 28.0 / 3.0;
-constant float2 kCell = float2(4.0, 7.0 / 3.0);   // of the grid that passives stand on
-constant float kTan = 0.41421356;      // tan 22.5 degrees: how far a 45 degree bend shifts per pitch
-constant float kTrace = 0.22;          // half the width of a trace
-constant float kPad = 0.41;            // radius of a via's ring
-constant float kDrill = 0.19;          // radius of a via's hole
-constant float kClear = 0.42;          // clearance that the pour keeps
-constant float kMargin = 1.3;          // from a tile's edge to the first via of a bus that ends
-constant float kStagger = 1.3;         // between the two rows of a staggered row of vias
-constant float kPin = 1.1;             // length of a chip's pin
-constant float2 kFanOut = float2(1.58, -0.55);   // from a passive's middle to one of its vias
+constant float2 kCell = float2(4.0, 7.0 / 3.0); // of the grid that passives stand on
+constant float kTan = 0.41421356; // tan 22.5 degrees: how far a 45 degree bend shifts per pitch
+constant float kTrace = 0.22;     // half the width of a trace
+constant float kPad = 0.41;       // radius of a via's ring
+constant float kDrill = 0.19;     // radius of a via's hole
+constant float kClear = 0.42;     // clearance that the pour keeps
+constant float kMargin = 1.3;     // from a tile's edge to the first via of a bus that ends
+constant float kStagger = 1.3;    // between the two rows of a staggered row of vias
+constant float kPin = 1.1;        // length of a chip's pin
+constant float2 kFanOut = float2(1.58, -0.55); // from a passive's middle to one of its vias
 
 constant float3 kLaminate = float3(0.035, 0.165, 0.078);
 constant float3 kCopper = float3(0.13, 0.45, 0.19);
@@ -74,20 +74,18 @@ constant int kGlyphs[16] = {31599, 29850, 29671, 31207, 18925, 31183, 31695, 938
 // What a pixel of the board shows, gathered feature by feature. Distances are signed, negative
 // inside.
 struct Layers {
-    float copper;    // to the nearest copper that the pour must clear
-    float masked;    // to the nearest trace, under the solder mask
-    float gold;      // to the nearest exposed pad or ring
-    float hole;      // to the nearest drill
-    float silk;      // coverage of silkscreen
-    float shade;     // light left by the shadows of parts
-    float3 light;    // signals' light
-    float3 part;     // colour of the part on top
-    float cover;     // its coverage
+    float copper; // to the nearest copper that the pour must clear
+    float masked; // to the nearest trace, under the solder mask
+    float gold;   // to the nearest exposed pad or ring
+    float hole;   // to the nearest drill
+    float silk;   // coverage of silkscreen
+    float shade;  // light left by the shadows of parts
+    float3 light; // signals' light
+    float3 part;  // colour of the part on top
+    float cover;  // its coverage
 };
 
-float hash(float2 p) {
-    return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453);
-}
+float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453); }
 
 float box(float2 p, float2 size) {
     float2 d = abs(p) - size;
@@ -100,9 +98,7 @@ float capsule(float2 p, float2 from, float2 to, float radius) {
     return length(q - along * saturate(dot(q, along) / dot(along, along))) - radius;
 }
 
-float coverage(float d, float pixel) {
-    return saturate(0.5 - d / pixel);
-}
+float coverage(float d, float pixel) { return saturate(0.5 - d / pixel); }
 
 void addVia(float2 p, float2 at, thread Layers& l) {
     float d = length(p - at);
@@ -150,18 +146,12 @@ float lettering(float2 p, float count, int first, float seed, float dots) {
 
 // ---- what stands where ----
 
-bool isHorizontal(float2 tile) {
-    return hash(tile + float2(4.0, 55.0)) < 0.5;
-}
+bool isHorizontal(float2 tile) { return hash(tile + float2(4.0, 55.0)) < 0.5; }
 
-bool hasChip(float2 tile) {
-    return hash(tile + float2(8.0, 18.0)) < 0.6;
-}
+bool hasChip(float2 tile) { return hash(tile + float2(8.0, 18.0)) < 0.6; }
 
 // Half the length of a tile's chip.
-float chipLength(float2 tile) {
-    return 4.0 + floor(hash(tile + float2(7.0, 31.0)) * 5.0);
-}
+float chipLength(float2 tile) { return 4.0 + floor(hash(tile + float2(7.0, 31.0)) * 5.0); }
 
 // Whether band (0 to 2) of a tile that runs the given way carries a bus.
 bool isLive(float2 tile, float band, bool horizontal) {
@@ -175,14 +165,10 @@ bool isLive(float2 tile, float band, bool horizontal) {
 }
 
 // Traces of the bus in one row of bands, 4 to 9. Constant along the row, so that tiles agree.
-float busSize(float row) {
-    return 4.0 + floor(hash(float2(row, 17.0)) * 6.0);
-}
+float busSize(float row) { return 4.0 + floor(hash(float2(row, 17.0)) * 6.0); }
 
 // How far the bus may step aside and still keep to its band.
-float busRoom(float size) {
-    return max(0.0, floor(4.17 - 0.5 * (size - 1.0)));
-}
+float busRoom(float size) { return max(0.0, floor(4.17 - 0.5 * (size - 1.0))); }
 
 // Sideways step of a bus at a station (two to a tile), in whole pitches: a slow random walk, since
 // neighbouring stations share one of their two numbers.
@@ -197,8 +183,8 @@ float cellChance(float2 cell, float2 tile) {
     return hash(cell + corner * float2(7.0, 12.0) + tile * 0.0625 + float2(0.5, 0.25));
 }
 
-// Whether a cell holds a passive. In a chip's tile only the first row clear of the fan-out does: the
-// chip's decoupling capacitors. No part reaches over the edge of the tile.
+// Whether a cell holds a passive. In a chip's tile only the first row clear of the fan-out does:
+// the chip's decoupling capacitors. No part reaches over the edge of the tile.
 bool holdsPassive(float2 cell, float2 tile, bool chip, float chipSize) {
     float chance = cellChance(cell, tile);
     if (cell.x < 0.0 || cell.x > 6.0) {
@@ -395,12 +381,15 @@ void addChip(float2 p, float2 tile, float size, float2 toShadow, float pixel, th
 
     // Pins: flat on the pad, bright where they bend up to the body.
     float2 end = float2(abs(p.x) - half1, abs(p.y) - half2);
-    float nearest = clamp(floor(p.y + 0.5 * (size - 1.0) + 0.5), 0.0, size - 1.0) - 0.5 * (size - 1.0);
+    float nearest =
+        clamp(floor(p.y + 0.5 * (size - 1.0) + 0.5), 0.0, size - 1.0) - 0.5 * (size - 1.0);
     float endPin = box(float2(end.x - 0.5 * kPin, p.y - nearest), float2(0.5 * kPin, 0.19));
-    float sidePin = box(float2(p.x - clamp(floor(p.x + 0.5), -lastPin, lastPin), end.y - 0.5 * kPin),
-                        float2(0.19, 0.5 * kPin));
+    float sidePin =
+        box(float2(p.x - clamp(floor(p.x + 0.5), -lastPin, lastPin), end.y - 0.5 * kPin),
+            float2(0.19, 0.5 * kPin));
     float outward = endPin < sidePin ? end.x : end.y;
-    float3 metal = kTin * (0.72 + 0.42 * exp(-30.0 * (outward - 0.40) * (outward - 0.40)) - 0.22 * step(0.55, outward));
+    float3 metal = kTin * (0.72 + 0.42 * exp(-30.0 * (outward - 0.40) * (outward - 0.40)) -
+                           0.22 * step(0.55, outward));
     addPart(metal, coverage(min(endPin, sidePin), pixel), l);
 
     // The body: moulded, with a bevel that catches the light from the upper left.
@@ -417,7 +406,8 @@ void addChip(float2 p, float2 tile, float size, float2 toShadow, float pixel, th
 
     float letters = min(floor(half1 * 2.0 - 3.0), 9.0);
     float2 m = (p + float2(letters * 2.0 * 0.22, 1.05)) / 0.22;
-    float mark = lettering(m, letters, 13 + int(3.0 * hash(float2(seed, 3.0))), seed + 3.0, pixel / 0.22);
+    float mark =
+        lettering(m, letters, 13 + int(3.0 * hash(float2(seed, 3.0))), seed + 3.0, pixel / 0.22);
     float2 m2 = (p + float2(letters * 2.0 * 0.22, -0.35)) / 0.16;
     mark = max(mark, lettering(m2, letters - 1.0, -1, seed + 5.0, pixel / 0.16));
     epoxy = mix(epoxy, float3(0.46, 0.47, 0.48), mark * 0.85);
@@ -460,7 +450,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
 
     // The pour: a chamfered polygon over about half the tiles.
     float2 middle = p - 14.0;
-    float2 poured = float2(11.0 + 2.0 * hash(tile + float2(2.0, 61.0)), 11.0 + 2.0 * hash(tile + float2(9.0, 67.0)));
+    float2 poured = float2(11.0 + 2.0 * hash(tile + float2(2.0, 61.0)),
+                           11.0 + 2.0 * hash(tile + float2(9.0, 67.0)));
     float2 q = abs(middle) - poured;
     float chamfer = 2.0 + 3.0 * hash(tile + float2(4.0, 59.0));
     float pour = max(max(q.x, q.y), (q.x + q.y + chamfer) * 0.70710678);
@@ -496,7 +487,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
                 l.hole = min(l.hole, d - kDrill);
             }
         }
-        // A passive's vias nearly fill its cell, so the pour must clear those of the next cells too.
+        // A passive's vias nearly fill its cell, so the pour must clear those of the next cells
+        // too.
         if (hasPour) {
             float2 toward = float2(inCell.x < 0.0 ? -1.0 : 1.0, inCell.y < 0.0 ? -1.0 : 1.0);
             for (int j = 1; j < 4; ++j) {

@@ -23,9 +23,7 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 // Falling glyph columns. Look: speed scales the fall (never below a twentieth of the natural rate),
 // tint multiplies.
 
-float hash(float2 p) {
-    return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453);
-}
+float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453); }
 
 fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {
     const float cellSize = 14.0;
@@ -42,7 +40,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     }
     float trail = saturate(1.0 - behind / 10.0);
 
-    // The glyphs change on the clock, not with the animation; the tick wraps to keep the hash exact.
+    // The glyphs change on the clock, not with the animation; the tick wraps to keep the hash
+    // exact.
     float tick = fmod(floor(u.time * 6.0), 251.0);
     float2 dot5 = floor(local / 2.0) - 1.0;
     float inGlyph = (dot5.x >= 0.0 && dot5.x < 5.0 && dot5.y >= 0.0 && dot5.y < 5.0) ? 1.0 : 0.0;

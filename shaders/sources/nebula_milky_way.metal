@@ -47,13 +47,9 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 
 constant float kTwoPi = 6.2831853;
 
-float hash(float2 p) {
-    return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453);
-}
+float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453); }
 
-float2 wrap(float2 cell) {
-    return cell - 128.0 * floor(cell / 128.0);
-}
+float2 wrap(float2 cell) { return cell - 128.0 * floor(cell / 128.0); }
 
 float noise(float2 p) {
     float2 i = floor(p);
@@ -61,8 +57,8 @@ float noise(float2 p) {
     f = f * f * f * (f * (f * 6.0 - 15.0) + 10.0);
     float2 a = wrap(i);
     float2 b = wrap(i + 1.0);
-    return mix(mix(hash(a), hash(float2(b.x, a.y)), f.x),
-               mix(hash(float2(a.x, b.y)), hash(b), f.x), f.y);
+    return mix(mix(hash(a), hash(float2(b.x, a.y)), f.x), mix(hash(float2(a.x, b.y)), hash(b), f.x),
+               f.y);
 }
 
 // Fractal sum of six octaves about 0.5; each is turned so that the lattice cannot be seen.
@@ -137,8 +133,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     // Faint stars crowd the band and thin out behind the dust; bright ones stand in front of it.
     float crowd = saturate(0.10 + 0.55 * haze * (0.4 + clouds) + 0.4 * spine);
     float clear = exp(-dust * 2.2);
-    // Stars keep their look from a thumbnail to a wall: their size follows the height of the display.
-    // They turn with the band.
+    // Stars keep their look from a thumbnail to a wall: their size follows the height of the
+    // display. They turn with the band.
     float2 px = p * u.resolution.y / clamp(u.resolution.y / 900.0, 0.7, 3.0);
     px = float2(cos(turn) * px.x + sin(turn) * px.y, cos(turn) * px.y - sin(turn) * px.x);
     float3 field = stars(px, 4.0, crowd * clear * 0.75, 0.55, t) * 0.55;

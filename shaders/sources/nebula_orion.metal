@@ -47,13 +47,9 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 
 constant float kTwoPi = 6.2831853;
 
-float hash(float2 p) {
-    return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453);
-}
+float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453); }
 
-float2 wrap(float2 cell) {
-    return cell - 128.0 * floor(cell / 128.0);
-}
+float2 wrap(float2 cell) { return cell - 128.0 * floor(cell / 128.0); }
 
 float noise(float2 p) {
     float2 i = floor(p);
@@ -61,8 +57,8 @@ float noise(float2 p) {
     f = f * f * f * (f * (f * 6.0 - 15.0) + 10.0);
     float2 a = wrap(i);
     float2 b = wrap(i + 1.0);
-    return mix(mix(hash(a), hash(float2(b.x, a.y)), f.x),
-               mix(hash(float2(a.x, b.y)), hash(b), f.x), f.y);
+    return mix(mix(hash(a), hash(float2(b.x, a.y)), f.x), mix(hash(float2(a.x, b.y)), hash(b), f.x),
+               f.y);
 }
 
 // Fractal sum of five octaves about 0.5; each is turned so that the lattice cannot be seen.
@@ -110,8 +106,8 @@ float3 young(float2 d, float power) {
     float core = 0.0000075 * power / (r2 + 0.0000028);
     float halo = 0.0019 * power / (r2 + 0.0035);
     float2 a = abs(d);
-    float spikes = 0.00022 * power * (exp(-a.y * 900.0) / (a.x + 0.004) +
-                                      exp(-a.x * 900.0) / (a.y + 0.004));
+    float spikes =
+        0.00022 * power * (exp(-a.y * 900.0) / (a.x + 0.004) + exp(-a.x * 900.0) / (a.y + 0.004));
     return float3(0.82, 0.9, 1.0) * (core + spikes * exp(-r2 * 300.0)) +
            float3(0.62, 0.68, 1.0) * halo;
 }
@@ -156,14 +152,16 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     colour *= exp(-dust * float3(1.9, 2.5, 2.9));
     colour += float3(0.50, 0.22, 0.12) * rim * 0.16 * bright;
 
-    // Stars keep their look from a thumbnail to a wall: their size follows the height of the display.
+    // Stars keep their look from a thumbnail to a wall: their size follows the height of the
+    // display.
     float2 sky = in.position.xy / clamp(u.resolution.y / 900.0, 0.7, 3.0);
     float3 field = stars(sky, 7.0, 0.16, t) + 1.5 * stars(sky + 77.0, 29.0, 0.45, t);
     colour += field * exp(-dust * 2.6) * (1.0 - 0.55 * saturate(body));
 
     // The cluster at the heart, and one star that has left it.
     colour += young(heart - float2(0.012, 0.004), 1.0) + young(heart + float2(0.018, 0.013), 0.55);
-    colour += young(heart + float2(-0.006, 0.024), 0.35) + young(heart - float2(0.030, -0.020), 0.25);
+    colour +=
+        young(heart + float2(-0.006, 0.024), 0.35) + young(heart - float2(0.030, -0.020), 0.25);
     colour += young(heart - float2(-0.33, 0.21), 0.55) + young(heart - float2(0.42, -0.17), 0.3);
 
     colour = 1.0 - exp(-1.35 * colour);

@@ -47,9 +47,7 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 
 constant float kTwoPi = 6.2831853;
 
-float hash(float2 p) {
-    return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453);
-}
+float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453); }
 
 // Noise on the unrolled globe: x wraps after `around` cells, so that there is no seam of longitude.
 float noise(float2 p, float around) {
@@ -100,14 +98,16 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     // On a tall display the disc shrinks to the width.
     float radius = 0.40 * max(u.params.x, 0.05) * min(1.0, 1.12 * u.resolution.x * pixel);
 
-    // Stars keep their look from a thumbnail to a wall: their size follows the height of the display.
+    // Stars keep their look from a thumbnail to a wall: their size follows the height of the
+    // display.
     float2 sky = in.position.xy / clamp(u.resolution.y / 900.0, 0.7, 3.0);
     float3 colour = u.background.rgb * 0.35;
-    colour += float3(0.8, 0.87, 1.0) * (stars(sky, 11.0, 0.12) + 1.4 * stars(sky + 55.0, 37.0, 0.3));
+    colour +=
+        float3(0.8, 0.87, 1.0) * (stars(sky, 11.0, 0.12) + 1.4 * stars(sky + 55.0, 37.0, 0.3));
 
-    float a = 0.11;   // the axis leans a little
+    float a = 0.11; // the axis leans a little
     float2 d = float2(cos(a) * p.x + sin(a) * p.y, cos(a) * p.y - sin(a) * p.x) / radius;
-    d.y *= 1.069;     // the planet is flattened by its spin: polar radius 0.935 of the equator's
+    d.y *= 1.069; // the planet is flattened by its spin: polar radius 0.935 of the equator's
     float r2 = dot(d, d);
     float sun = -0.62 + kTwoPi * u.params.y;
     float3 toSun = normalize(float3(sin(sun), -0.18, cos(sun)));
@@ -130,25 +130,30 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
 
         // Latitude waves and small vortices fray the edges of the bands.
         float lx = (longitude + spin) * kTwoPi;
-        float wave = 0.012 * sin(lx * 7.0 + latitude * 19.0) + 0.008 * sin(lx * 13.0 - latitude * 31.0);
+        float wave =
+            0.012 * sin(lx * 7.0 + latitude * 19.0) + 0.008 * sin(lx * 13.0 - latitude * 31.0);
         wave += 0.006 * sin(lx * 29.0 + latitude * 57.0 + kTwoPi * fract(t * 0.011));
         float y = latitude + wave * unrest * cos(latitude);
         y += 0.11 * hold * o.y * smoothstep(4.5, 0.4, within);
 
-        // Jets: every band drifts at its own rate. Where two meet, both textures are blended, so the
-        // shear never winds the clouds up however long it lasts.
+        // Jets: every band drifts at its own rate. Where two meet, both textures are blended, so
+        // the shear never winds the clouds up however long it lasts.
         float row = y * 5.2 + 20.5;
         float lower = floor(row);
         float blend = smoothstep(0.30, 0.70, row - lower);
-        float driftA = fract(t * 0.0016 * (hash(float2(lower, 3.0)) - 0.35) + hash(float2(lower, 5.0)));
+        float driftA =
+            fract(t * 0.0016 * (hash(float2(lower, 3.0)) - 0.35) + hash(float2(lower, 5.0)));
         float driftB = fract(t * 0.0016 * (hash(float2(lower + 1.0, 3.0)) - 0.35) +
                              hash(float2(lower + 1.0, 5.0)));
-        float2 swirl = float2(0.0, 0.55 * sin(lx * 5.0 + y * 30.0) + 0.35 * sin(lx * 11.0 - y * 47.0)) * unrest;
+        float2 swirl =
+            float2(0.0, 0.55 * sin(lx * 5.0 + y * 30.0) + 0.35 * sin(lx * 11.0 - y * 47.0)) *
+            unrest;
         float2 at = float2(longitude + spin, y * 3.2);
         float cloudA = streaks(at + float2(driftA, 0.0), swirl);
         float cloudB = streaks(at + float2(driftB, 0.0), swirl);
         float cloud = mix(cloudA, cloudB, blend);
-        float curl = streaks(float2(at.x + 0.13, at.y * 1.5 + cloud * 0.45), swirl * 1.2 + 1.3 * cloud);
+        float curl =
+            streaks(float2(at.x + 0.13, at.y * 1.5 + cloud * 0.45), swirl * 1.2 + 1.3 * cloud);
 
         float tone = bands(y + 0.060 * (cloud - 0.5) * unrest);
         tone += ((cloud - 0.5) * 1.15 + (curl - 0.5) * 0.75) * unrest;
@@ -160,7 +165,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         float3 polar = mix(float3(0.48, 0.45, 0.44), u.color3.rgb * 0.6, u.params.z);
         float3 surface = mix(belt, zone, smoothstep(-0.75, 0.75, tone));
         surface = mix(surface, deep, smoothstep(-0.5, -1.25, tone));
-        surface = mix(surface, float3(0.78, 0.60, 0.42), 0.35 * smoothstep(0.12, 0.0, abs(latitude - 0.03)));
+        surface = mix(surface, float3(0.78, 0.60, 0.42),
+                      0.35 * smoothstep(0.12, 0.0, abs(latitude - 0.03)));
         surface = mix(surface, polar, smoothstep(0.7, 1.2, abs(latitude)) * 0.8);
 
         // The oval itself: a pale collar, then rust wound into a spiral.
@@ -171,7 +177,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         surface = mix(surface, rust, smoothstep(1.25, 0.75, within));
         // White ovals follow each other along one southern latitude.
         float pearl = fract((longitude + spin) * 9.0 + 0.2) - 0.5;
-        float2 w = float2(pearl * kTwoPi / 9.0 * cos(latitude), latitude + 0.62) / float2(0.055, 0.042);
+        float2 w =
+            float2(pearl * kTwoPi / 9.0 * cos(latitude), latitude + 0.62) / float2(0.055, 0.042);
         surface = mix(surface, zone * 1.06, 0.8 * smoothstep(1.3, 0.5, dot(w, w)));
 
         float lambert = dot(n, toSun);

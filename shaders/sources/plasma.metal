@@ -45,14 +45,10 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 
 constant float kTwoPi = 6.2831853;
 
-float hash(float2 p) {
-    return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453);
-}
+float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453); }
 
 // A wave's phase, wrapped so that a day of animation keeps its precision.
-float turns(float t, float rate) {
-    return kTwoPi * fract(t * rate);
-}
+float turns(float t, float rate) { return kTwoPi * fract(t * rate); }
 
 fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {
     float2 p = (in.position.xy - 0.5 * u.resolution) / u.resolution.y;

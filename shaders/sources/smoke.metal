@@ -46,11 +46,9 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 // params.w    strength of the lights                         -0.5 .. 1      0
 
 constant float kTwoPi = 6.2831853;
-constant int kSheets = 4;            // depth of the volume, nearest first
+constant int kSheets = 4; // depth of the volume, nearest first
 
-float hash(float2 p) {
-    return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453);
-}
+float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453); }
 
 // Value noise with its gradient: (value, d/dx, d/dy). The lattice wraps every 64 cells, which keeps
 // the sine's argument small.
@@ -70,7 +68,8 @@ float3 noise(float2 p) {
     return float3(mix(mix(a, b, w.x), mix(c, d, w.x), w.y), dw * slope);
 }
 
-// A fractal sum about 0 with its gradient; each octave is turned so that the lattice cannot be seen.
+// A fractal sum about 0 with its gradient; each octave is turned so that the lattice cannot be
+// seen.
 float3 billows(float2 p, int octaves, float gain) {
     float3 sum = float3(0.0);
     float weight = 0.5;
@@ -101,9 +100,9 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     // The air travels on a circle so wide that it reads as a straight drift upwards.
     float2 p = screen * (1.5 / max(u.params.x, 0.05)) + orbit(t, 0.0006, 0.0, 11.0);
 
-    // Smoke is folded by the air that carries it: the plane is bent by a field that was itself bent.
-    // Beside each bent point go its two derivatives (how its x and its y follow p), so that the
-    // smoke's slope towards the lights is exact.
+    // Smoke is folded by the air that carries it: the plane is bent by a field that was itself
+    // bent. Beside each bent point go its two derivatives (how its x and its y follow p), so that
+    // the smoke's slope towards the lights is exact.
     float3 foldX = billows(p * 0.9 + orbit(t, 0.011, 0.1, 0.5), 3, 0.5);
     float3 foldY = billows(p * 0.9 + 19.7 + orbit(t, 0.009, 0.6, 0.5), 3, 0.5);
     float2 fold = float2(foldX.x, foldY.x);
@@ -125,8 +124,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float keyReach = exp(-1.15 * length(screen - float2(-0.62 * edge, -0.50)));
     float fillReach = exp(-1.5 * length(screen - float2(0.96 * edge, 0.30)));
 
-    // From the nearest sheet to the furthest. They share the folds but not the smoke in them, so one
-    // shows through the other; the further, the softer.
+    // From the nearest sheet to the furthest. They share the folds but not the smoke in them, so
+    // one shows through the other; the further, the softer.
     float3 colour = float3(0.0);
     float through = 1.0;
     for (int i = 0; i < kSheets; ++i) {

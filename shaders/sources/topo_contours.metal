@@ -47,13 +47,9 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 
 constant float kTwoPi = 6.2831853;
 
-float hash(float2 p) {
-    return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453);
-}
+float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453); }
 
-float2 wrap(float2 cell) {
-    return cell - 128.0 * floor(cell / 128.0);
-}
+float2 wrap(float2 cell) { return cell - 128.0 * floor(cell / 128.0); }
 
 // Value noise and its gradient, (value, d/dx, d/dy). The quintic has a continuous second
 // derivative, without which contour lines would show kinks along the lattice.
@@ -72,8 +68,8 @@ float3 noise(float2 p) {
     return float3(mix(mix(a, b, w.x), mix(c, d, w.x), w.y), dw * slope);
 }
 
-// Height of the ground, 0 to 1, and its gradient. Every octave slides on a small orbit of its own, so
-// the ground changes for ever and never wanders off.
+// Height of the ground, 0 to 1, and its gradient. Every octave slides on a small orbit of its own,
+// so the ground changes for ever and never wanders off.
 float3 ground(float2 p, float t, float detail) {
     float3 sum = float3(0.0);
     float weight = 0.56;
@@ -98,9 +94,7 @@ float3 ground(float2 p, float t, float detail) {
 }
 
 // Coverage of a line `width` pixels wide at `distance` pixels from its middle.
-float ink(float distance, float width) {
-    return saturate(0.5 * width + 0.5 - distance);
-}
+float ink(float distance, float width) { return saturate(0.5 * width + 0.5 - distance); }
 
 fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {
     float2 screen = (in.position.xy - 0.5 * u.resolution) / u.resolution.y;
@@ -117,7 +111,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float above = g.x - sea;
 
     // Hypsometric tints, from the shore to the summits.
-    float3 lowland = mix(float3(0.80, 0.87, 0.70), mix(float3(1.0), u.color3.rgb, 0.35), u.params.z);
+    float3 lowland =
+        mix(float3(0.80, 0.87, 0.70), mix(float3(1.0), u.color3.rgb, 0.35), u.params.z);
     float3 paper = mix(lowland, float3(0.95, 0.92, 0.78), smoothstep(0.02, 0.14, above));
     paper = mix(paper, float3(0.93, 0.84, 0.68), smoothstep(0.13, 0.27, above));
     paper = mix(paper, float3(0.87, 0.76, 0.64), smoothstep(0.25, 0.38, above));
@@ -137,7 +132,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float3 brown = mix(float3(0.55, 0.36, 0.20), u.color1.rgb * 0.75, u.params.z);
     // Where lines crowd together the thin ones give way, so that steep ground stays legible.
     float room = smoothstep(2.2, 5.0, interval / (slope * pixel));
-    float line = max(ink(away, pen) * 0.72 * mix(0.25, 1.0, room), isIndex * ink(away, 1.9 * pen) * 0.95);
+    float line =
+        max(ink(away, pen) * 0.72 * mix(0.25, 1.0, room), isIndex * ink(away, 1.9 * pen) * 0.95);
     float3 land = mix(paper, brown, line);
 
     // Water is paler towards the shore, with two faint lines of depth.
@@ -152,7 +148,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
 
     // The kilometre grid, and the grain of the paper.
     float2 cell = abs(fract(screen * 4.0 + 0.5) - 0.5) * u.resolution.y / 4.0;
-    colour = mix(colour, float3(0.30, 0.42, 0.55), 0.20 * max(ink(cell.x, 0.8 * pen), ink(cell.y, 0.8 * pen)));
+    colour = mix(colour, float3(0.30, 0.42, 0.55),
+                 0.20 * max(ink(cell.x, 0.8 * pen), ink(cell.y, 0.8 * pen)));
     float grain = hash(fmod(in.position.xy, 128.0) + 0.11) - 0.5;
     colour += grain * 0.012;
     colour *= 1.0 - 0.10 * dot(screen, screen);

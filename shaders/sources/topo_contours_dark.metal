@@ -47,13 +47,9 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 
 constant float kTwoPi = 6.2831853;
 
-float hash(float2 p) {
-    return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453);
-}
+float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453); }
 
-float2 wrap(float2 cell) {
-    return cell - 128.0 * floor(cell / 128.0);
-}
+float2 wrap(float2 cell) { return cell - 128.0 * floor(cell / 128.0); }
 
 // Value noise and its gradient, (value, d/dx, d/dy). The quintic has a continuous second
 // derivative, without which contour lines would show kinks along the lattice.
@@ -72,8 +68,8 @@ float3 noise(float2 p) {
     return float3(mix(mix(a, b, w.x), mix(c, d, w.x), w.y), dw * slope);
 }
 
-// Height of the ground, 0 to 1, and its gradient. Every octave slides on a small orbit of its own, so
-// the ground changes for ever and never wanders off.
+// Height of the ground, 0 to 1, and its gradient. Every octave slides on a small orbit of its own,
+// so the ground changes for ever and never wanders off.
 float3 ground(float2 p, float t, float detail) {
     float3 sum = float3(0.0);
     float weight = 0.56;
@@ -98,9 +94,7 @@ float3 ground(float2 p, float t, float detail) {
 }
 
 // Coverage of a line `width` pixels wide at `distance` pixels from its middle.
-float ink(float distance, float width) {
-    return saturate(0.5 * width + 0.5 - distance);
-}
+float ink(float distance, float width) { return saturate(0.5 * width + 0.5 - distance); }
 
 fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {
     float2 screen = (in.position.xy - 0.5 * u.resolution) / u.resolution.y;
@@ -143,7 +137,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     // Small crosses where the grid's lines would meet.
     float2 cell = abs(fract(screen * 4.0 + 0.5) - 0.5) * u.resolution.y / 4.0;
     float arm = 5.0 * pen;
-    float plus = max(ink(cell.x, 0.8 * pen) * step(cell.y, arm), ink(cell.y, 0.8 * pen) * step(cell.x, arm));
+    float plus =
+        max(ink(cell.x, 0.8 * pen) * step(cell.y, arm), ink(cell.y, 0.8 * pen) * step(cell.x, arm));
     colour += float3(0.55, 0.65, 0.8) * plus * 0.22;
     colour *= 1.0 - 0.35 * dot(screen, screen);
 

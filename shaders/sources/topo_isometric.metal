@@ -47,18 +47,14 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 
 constant float kTwoPi = 6.2831853;
 constant int kSheets = 16;
-constant int kPart = 4;                               // steps of the walk to a sheet
+constant int kPart = 4; // steps of the walk to a sheet
 constant int kSteps = 64;
-constant float kStride = float(kSteps) / 5.0;         // steps to a unit of height, safely
+constant float kStride = float(kSteps) / 5.0; // steps to a unit of height, safely
 constant float2 kToLight = float2(-0.15, -0.06);
 
-float hash(float2 p) {
-    return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453);
-}
+float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453); }
 
-float2 wrap(float2 cell) {
-    return cell - 128.0 * floor(cell / 128.0);
-}
+float2 wrap(float2 cell) { return cell - 128.0 * floor(cell / 128.0); }
 
 // Value noise and its gradient, (value, d/dx, d/dy).
 float3 noise(float2 p) {
@@ -109,8 +105,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float c = cos(turn);
     float s = sin(turn);
 
-    // Seen from 38 degrees above: depth along the ground is foreshortened by the sine of that, 0.62,
-    // and a lifted sheet moves up the screen.
+    // Seen from 38 degrees above: depth along the ground is foreshortened by the sine of that,
+    // 0.62, and a lifted sheet moves up the screen.
     float2 base = scale * float2(screen.x, screen.y / 0.62);
     float rise = scale * 0.44 * (1.0 + u.params.y) / 0.62;
     float2 l = float2(c * kToLight.x + s * kToLight.y, c * kToLight.y - s * kToLight.x);
@@ -135,10 +131,11 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
             float3 hue = sheetColour(top, u);
             float3 seen;
             if (kPart * sheet == i) {
-                // A top. The sheets towards the light throw a soft shadow on it, its foot is dim where
-                // the next one stands on it, and its edge is bright.
+                // A top. The sheets towards the light throw a soft shadow on it, its foot is dim
+                // where the next one stands on it, and its edge is bright.
                 float next = top + 1.0 / float(kSheets);
-                float close = smoothstep(next - 0.008, next + 0.010, ground(at + 0.40 * l, orbit).x);
+                float close =
+                    smoothstep(next - 0.008, next + 0.010, ground(at + 0.40 * l, orbit).x);
                 float far = smoothstep(next - 0.012, next + 0.045, ground(at + l, orbit).x);
                 float shadow = max(close, 0.85 * far) * (0.62 + 0.6 * u.params.z);
                 float foot = smoothstep(next - 0.028, next, h.x);
