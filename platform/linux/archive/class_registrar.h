@@ -1,20 +1,27 @@
 #pragma once
-// How a framework's classes become known to the runtime of the process that loaded it.
+// How a framework on Linux makes its classes known. After loading a framework's shared object the
+// loader calls its exported function `VantorRegisterFrameworkClasses` with a registrar.
+//
+// A framework contains its own copy of the seam's code, so what crosses here is called through
+// virtual functions only, never cast to a derived class.
 
 #include "platform/object_runtime.h"
 
 namespace vantor {
 
-/// Takes classes while a framework is being loaded. The classes live as long as the process.
 class ClassRegistrar {
   public:
     virtual ~ClassRegistrar() = default;
-    /// A class whose name is already known is not registered again.
-    virtual void registerClass(const ObjectClass& objectClass) = 0;
+
+    /// Makes a class known under its name. The class must live as long as the process (or, in
+    /// tests, as the registrar). False when the name is taken; the class known before stays.
+    virtual bool registerClass(const ObjectClass& objectClass) = 0;
 };
 
-/// The function that a framework's shared object exports under this name; the loader calls it once.
-inline constexpr const char* kRegisterClassesSymbol = "VantorRegisterFrameworkClasses";
-using RegisterClassesFunction = void (*)(ClassRegistrar*);
+inline constexpr const char* kRegisterFrameworkClassesSymbol = "VantorRegisterFrameworkClasses";
+
+extern "C" {
+using RegisterFrameworkClasses = void (*)(ClassRegistrar* registrar);
+}
 
 } // namespace vantor

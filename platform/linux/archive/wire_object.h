@@ -1,20 +1,21 @@
 #pragma once
-// Objects as they cross a connection: each is the bytes of a keyed archive of its own. Any thread.
+// Objects as they cross a connection: each is the bytes of one keyed archive. Free of state; any
+// thread.
 
 #include "platform/object_runtime.h"
-#include "platform/property_list.h"
 #include "platform/result.h"
 
 #include <span>
 
 namespace vantor {
 
-/// The archive of an object: one of the agent's classes, or a plain string, number or data object.
+/// The archive of an object: of a plain one its value, of any other what it encodes of itself.
 Result<Bytes> archiveObject(const Object& object);
 
-/// The object that the bytes hold. They may come from anywhere: size, object count, nesting and
-/// expansion are bounded, and the root and everything below it must be of a class in `allowed`.
-/// What fails gives an error whose message says why.
+/// Reads an archive that comes from a peer. Size, objects, nesting and classes are checked first:
+/// the root's class and every class named anywhere in the archive must be in `allowed` (plain
+/// containers inside another object's record always may). The object is of a class in `allowed`.
+/// `runtime` only words the refusal of a class that it does not know.
 Result<ObjectRef> unarchiveObject(std::span<const std::uint8_t> archive,
                                   std::span<const ObjectClass* const> allowed,
                                   const ObjectRuntime& runtime);

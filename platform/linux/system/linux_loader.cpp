@@ -40,8 +40,8 @@ LinuxLoader::loadFramework(std::string_view path) {
         return Failure{loaderMessage()};
     }
     auto image = std::make_shared<Image>(handle);
-    if (void* found = dlsym(image->handle(), kRegisterClassesSymbol)) {
-        reinterpret_cast<RegisterClassesFunction>(found)(&registrar_);
+    if (void* found = dlsym(image->handle(), kRegisterFrameworkClassesSymbol)) {
+        reinterpret_cast<RegisterFrameworkClasses>(found)(&registrar_);
     }
     return std::shared_ptr<LoadedFramework>(std::move(image));
 }
