@@ -48,8 +48,8 @@ std::optional<std::string> parseCustom(std::string_view text, ShaderUniforms& lo
     const std::string_view index = text.substr(0, equals);
     const auto [rest, status] = std::from_chars(index.data(), index.data() + index.size(), slot);
     if (equals == std::string_view::npos || status != std::errc() ||
-        rest != index.data() + index.size() || slot < 0 || slot >= ShaderUniforms::customSlotCount ||
-        !parseFinite(text.substr(equals + 1), value)) {
+        rest != index.data() + index.size() || slot < 0 ||
+        slot >= ShaderUniforms::customSlotCount || !parseFinite(text.substr(equals + 1), value)) {
         return "--custom \"" + std::string(text) +
                "\" is not SLOT=VALUE with a slot from 0 to 31 and a finite value";
     }
@@ -90,9 +90,12 @@ Result<ShaderUniforms, std::string> LookOptions::look() const {
         const std::string& text;
         Float4& field;
     } vectors[] = {
-        {"--tint", tint_, look.tint},       {"--color1", color1_, look.color1},
-        {"--color2", color2_, look.color2}, {"--color3", color3_, look.color3},
-        {"--background", background_, look.background}, {"--params", params_, look.params},
+        {"--tint", tint_, look.tint},
+        {"--color1", color1_, look.color1},
+        {"--color2", color2_, look.color2},
+        {"--color3", color3_, look.color3},
+        {"--background", background_, look.background},
+        {"--params", params_, look.params},
     };
     for (const auto& [option, text, field] : vectors) {
         if (auto error = parseVector(option, text, field)) {

@@ -59,9 +59,20 @@ class WholeRoad : public testing::Test {
     }
 
     std::vector<std::string> agentCommand(const std::string& length) const {
-        return {VANTOR_BIN "/vantor-agent", "run", "--output", "headless:160x90,160x90",
-                "--mode", "locked", "--choose", "1=match-desktop", "--choose", "2=plasma",
-                "--seconds", length, "--out", out().string()};
+        return {VANTOR_BIN "/vantor-agent",
+                "run",
+                "--output",
+                "headless:160x90,160x90",
+                "--mode",
+                "locked",
+                "--choose",
+                "1=match-desktop",
+                "--choose",
+                "2=plasma",
+                "--seconds",
+                length,
+                "--out",
+                out().string()};
     }
     Outcome agent() const { return run(agentCommand("2"), environment()); }
 
@@ -117,8 +128,7 @@ TEST_F(WholeRoad, TheLogTellsTheStoryOfARun) {
     ASSERT_EQ(vantorctl({"set", "--display", "1", "plasma"}).status, 0);
     ASSERT_EQ(agent().status, 0);
     const std::string text = log();
-    EXPECT_NE(text.find(" — WallpaperExtensionKit loaded, runtime layout OK\n"),
-              std::string::npos)
+    EXPECT_NE(text.find(" — WallpaperExtensionKit loaded, runtime layout OK\n"), std::string::npos)
         << text;
     EXPECT_NE(text.find(" accept pid "), std::string::npos) << text;
     EXPECT_NE(text.find(" choice=match-desktop 160x90@1.0x display=1 preview=false "
@@ -160,8 +170,8 @@ TEST_F(WholeRoad, AMalformedStateFileMeansTheFallbackWallpaper) {
 TEST_F(WholeRoad, AnExtensionThatDiesEndsTheAgentWithAStatusOfItsOwn) {
     ASSERT_EQ(vantorctl({"set", "--display", "1", "plasma"}).status, 0);
     Process agent(agentCommand("60"), environment());
-    ASSERT_TRUE(eventually([&] { return log().find(" display=2 ") != std::string::npos; },
-                           seconds(30)));
+    ASSERT_TRUE(
+        eventually([&] { return log().find(" display=2 ") != std::string::npos; }, seconds(30)));
     const auto children = childrenOf(agent.pid());
     ASSERT_EQ(children.size(), 1U);
     ::kill(children.front(), SIGKILL);
@@ -174,8 +184,8 @@ TEST_F(WholeRoad, AnExtensionThatDiesEndsTheAgentWithAStatusOfItsOwn) {
 TEST_F(WholeRoad, AnExtensionEndsWithinASecondOfItsAgent) {
     ASSERT_EQ(vantorctl({"set", "--display", "1", "plasma"}).status, 0);
     Process agent(agentCommand("60"), environment());
-    ASSERT_TRUE(eventually([&] { return log().find(" display=2 ") != std::string::npos; },
-                           seconds(30)));
+    ASSERT_TRUE(
+        eventually([&] { return log().find(" display=2 ") != std::string::npos; }, seconds(30)));
     const auto children = childrenOf(agent.pid());
     ASSERT_EQ(children.size(), 1U);
     agent.signal(SIGKILL);
