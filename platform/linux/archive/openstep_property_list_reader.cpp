@@ -3,6 +3,7 @@
 #include "platform/linux/archive/archive_error.h"
 #include "platform/linux/archive/expansion_budget.h"
 #include "platform/linux/archive/unicode.h"
+#include "platform/utf8.h"
 
 #include <algorithm>
 #include <array>

@@ -66,14 +66,6 @@ bool isASCII(std::string_view text) {
                         [](char byte) { return static_cast<std::uint8_t>(byte) >= 0x80; });
 }
 
-bool isUTF8(std::string_view text) {
-    bool valid = true;
-    while (valid && !text.empty()) {
-        takeCharacter(text, valid);
-    }
-    return valid;
-}
-
 std::string utf8FromUTF16(std::span<const std::uint8_t> bigEndian) {
     const std::size_t units = bigEndian.size() / 2;
     const auto unit = [bigEndian](std::size_t index) {

@@ -18,7 +18,6 @@ void appendUTF8(std::string& out, char32_t character);
 char32_t takeCharacter(std::string_view& text, bool& valid);
 
 bool isASCII(std::string_view text);
-bool isUTF8(std::string_view text);
 
 /// Big-endian code units; lone surrogates become U+FFFD. The length must be even.
 std::string utf8FromUTF16(std::span<const std::uint8_t> bigEndian);
