@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -112,6 +113,9 @@ class XPCConnection {
     virtual std::shared_ptr<AgentProxy> remoteObjectProxy() = 0;
     /// Called once, on the connection's queue, when the peer is gone.
     virtual void setInvalidationHandler(std::function<void()> handler) = 0;
+    /// Called on the connection's queue with a sentence for each message that was refused before it
+    /// reached the exported object. Never called where the system logs those itself (macOS).
+    virtual void setRefusalHandler(std::function<void(const std::string&)>) {}
     /// Messages are delivered from here on.
     virtual void resume() = 0;
 };

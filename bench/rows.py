@@ -1,0 +1,29 @@
+"""The rows of the bench table: which measured benchmark stands against which, and what is aimed at.
+
+A row's value is the median of its benchmark's real time unless `counter` names one of its counters
+instead; its ratio is that value over the benchmark it stands against, both from the same run.
+"""
+
+from dataclasses import dataclass
+
+
+@dataclass(frozen=True)
+class Row:
+    name: str
+    benchmark: str
+    against: str | None = None
+    counter: str | None = None
+    unit: str = "us"
+    aim: str = ""
+
+
+ROWS = [
+    Row("compile the circuit board, warm", "msl/compile_pcb/ours_warm",
+        against="msl/compile_pcb/glslang_warm", aim="ratio <= 1.0"),
+    Row("compile the circuit board, first in process", "msl/compile_pcb/ours_first",
+        against="msl/compile_pcb/glslang_first", aim="ratio <= 0.1"),
+    Row("main-thread CPU per frame, trivial shader", "frame/trivial/ours",
+        against="frame/trivial/bare", aim="value <= 60 us"),
+    Row("own heap allocations per steady frame", "frame/trivial/ours", counter="allocations",
+        unit="count", aim="value <= 0"),
+]

@@ -1,0 +1,56 @@
+#pragma once
+// The one thread that waits for the GPU. It learns that work is done and says so to whoever
+// presented the work's picture; nobody else waits.
+
+#include "platform/linux/gpu/vulkan_context.h"
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <semaphore>
+#include <thread>
+
+namespace vantor::vulkan {
+
+/// Something that is shown when the GPU has finished it.
+class Presentable {
+  public:
+    virtual ~Presentable() = default;
+    /// On the completion thread; allocates nothing and takes no lock.
+    virtual void finished() = 0;
+};
+
+class CompletionThread {
+  public:
+    /// Pictures that can be under way at once; far more than drawables exist.
+    static constexpr std::size_t kCapacity = 1024;
+
+    explicit CompletionThread(std::shared_ptr<Context> context);
+    /// Waits for what is under way.
+    ~CompletionThread();
+    CompletionThread(const CompletionThread&) = delete;
+    CompletionThread& operator=(const CompletionThread&) = delete;
+
+    /// Calls `presentable.finished()` once the point is reached. One thread only submits. The
+    /// presentable lives until then.
+    void notify(std::uint64_t point, Presentable& presentable);
+
+  private:
+    struct Entry {
+        std::uint64_t point = 0;
+        Presentable* presentable = nullptr;
+    };
+    void run();
+
+    std::shared_ptr<Context> context_;
+    // A ring with one writer and one reader: the semaphore counts what the reader may take and
+    // publishes it, `taken_` tells the writer what is free again.
+    std::array<Entry, kCapacity> ring_;
+    std::uint64_t written_ = 0;
+    std::atomic<std::uint64_t> taken_ = 0;
+    std::counting_semaphore<> ready_{0};
+    std::thread thread_;
+};
+
+} // namespace vantor::vulkan

@@ -1,0 +1,277 @@
+#include "platform/linux/gpu/vulkan_commands.h"
+
+#include "platform/linux/gpu/vulkan_uploader.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace vantor::vulkan {
+namespace {
+
+/// References that one pass usually takes; more make the list grow once.
+constexpr std::size_t kUsualReferences = 16;
+
+VkAttachmentLoadOp loadOf(gpu::LoadAction action) {
+    switch (action) {
+    case gpu::LoadAction::load:
+        return VK_ATTACHMENT_LOAD_OP_LOAD;
+    case gpu::LoadAction::clear:
+        return VK_ATTACHMENT_LOAD_OP_CLEAR;
+    case gpu::LoadAction::dontCare:
+        break;
+    }
+    return VK_ATTACHMENT_LOAD_OP_DONT_CARE;
+}
+
+std::size_t alignedUp(std::size_t value, std::size_t alignment) {
+    return (value + alignment - 1) / alignment * alignment;
+}
+
+} // namespace
+
+DeviceParts::~DeviceParts() {
+    completion.reset();
+    if (context) {
+        vkDestroySampler(context->device(), zeros.sampler, nullptr);
+    }
+}
+
+void VulkanEncoder::begin(VkCommandBuffer commands, const gpu::RenderPassDescriptor& pass,
+                          std::vector<std::shared_ptr<void>>& kept, const Buffer& uniforms,
+                          std::size_t& uniformsUsed) {
+    commands_ = commands;
+    kept_ = &kept;
+    uniforms_ = &uniforms;
+    uniformsUsed_ = &uniformsUsed;
+    pipeline_ = nullptr;
+    buffers_.fill({});
+    textures_.fill(nullptr);
+
+    // Every texture of this device is one of ours.
+    DeviceImage& image = static_cast<VulkanTexture*>(pass.texture)->image();
+    transition(*parts_.context, commands, image, VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL,
+               pass.loadAction == gpu::LoadAction::load ? Contents::kept : Contents::discarded);
+    VkRenderingAttachmentInfo attachment{};
+    attachment.sType = VK_STRUCTURE_TYPE_RENDERING_ATTACHMENT_INFO;
+    attachment.imageView = image.view();
+    attachment.imageLayout = VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL;
+    attachment.loadOp = loadOf(pass.loadAction);
+    attachment.storeOp = pass.storeAction == gpu::StoreAction::store
+                             ? VK_ATTACHMENT_STORE_OP_STORE
+                             : VK_ATTACHMENT_STORE_OP_DONT_CARE;
+    attachment.clearValue.color.float32[0] = static_cast<float>(pass.clearColor.red);
+    attachment.clearValue.color.float32[1] = static_cast<float>(pass.clearColor.green);
+    attachment.clearValue.color.float32[2] = static_cast<float>(pass.clearColor.blue);
+    attachment.clearValue.color.float32[3] = static_cast<float>(pass.clearColor.alpha);
+    VkRenderingInfo info{};
+    info.sType = VK_STRUCTURE_TYPE_RENDERING_INFO;
+    info.renderArea = {{0, 0}, {image.width(), image.height()}};
+    info.layerCount = 1;
+    info.colorAttachmentCount = 1;
+    info.pColorAttachments = &attachment;
+    vkCmdBeginRendering(commands, &info);
+
+    // Metal's clip space has its y axis upwards.
+    const float width = static_cast<float>(image.width());
+    const float height = static_cast<float>(image.height());
+    const VkViewport viewport{0.0F, height, width, -height, 0.0F, 1.0F};
+    vkCmdSetViewport(commands, 0, 1, &viewport);
+    vkCmdSetScissor(commands, 0, 1, &info.renderArea);
+    beginEncoding();
+}
+
+void VulkanEncoder::setRenderPipelineStateImpl(
+    const std::shared_ptr<gpu::RenderPipelineState>& pipeline) {
+    pipeline_ = static_cast<VulkanPipeline*>(pipeline.get());
+    kept_->push_back(pipeline);
+    vkCmdBindPipeline(commands_, VK_PIPELINE_BIND_POINT_GRAPHICS, pipeline_->handle());
+    if (const VkDescriptorSet set = pipeline_->vertexSet(); set != VK_NULL_HANDLE) {
+        vkCmdBindDescriptorSets(commands_, VK_PIPELINE_BIND_POINT_GRAPHICS, pipeline_->layout(),
+                                msl::kVertexDescriptorSet, 1, &set, 0, nullptr);
+    }
+}
+
+void VulkanEncoder::setFragmentBytesImpl(std::span<const std::uint8_t> bytes, std::uint32_t index) {
+    const std::size_t alignment = parts_.context->limits().minStorageBufferOffsetAlignment;
+    const std::size_t offset = alignedUp(*uniformsUsed_, alignment);
+    if (offset + bytes.size() > kUniformBytes) {
+        std::fprintf(stderr, "a command buffer holds at most %zu inline bytes\n", kUniformBytes);
+        std::abort();
+    }
+    std::memcpy(uniforms_->bytes().data() + offset, bytes.data(), bytes.size());
+    *uniformsUsed_ = offset + bytes.size();
+    buffers_[index] = {.offset = offset, .size = bytes.size()};
+}
+
+void VulkanEncoder::setFragmentTextureImpl(const std::shared_ptr<gpu::Texture>& texture,
+                                           std::uint32_t index) {
+    textures_[index] = static_cast<VulkanTexture*>(texture.get());
+    if (texture) {
+        kept_->push_back(texture);
+    }
+}
+
+void VulkanEncoder::pushResources() {
+    constexpr std::size_t kMostWrites =
+        msl::kMaxBuffers + msl::kMaxTextures + msl::kMaxSamplers + msl::kMaxConstantSamplers;
+    std::array<VkWriteDescriptorSet, kMostWrites> writes;
+    std::array<VkDescriptorBufferInfo, msl::kMaxBuffers> buffers;
+    std::array<VkDescriptorImageInfo, kMostWrites> images;
+    std::uint32_t count = 0;
+    const auto add = [&](std::uint32_t binding, VkDescriptorType type) -> VkWriteDescriptorSet& {
+        VkWriteDescriptorSet& write = writes[count++];
+        write = {};
+        write.sType = VK_STRUCTURE_TYPE_WRITE_DESCRIPTOR_SET;
+        write.dstBinding = binding;
+        write.descriptorCount = 1;
+        write.descriptorType = type;
+        return write;
+    };
+    const msl::EntryPoint& fragment = pipeline_->fragment();
+    std::size_t bufferCount = 0;
+    for (const auto& buffer : fragment.buffers) {
+        const Bound& bound = buffers_[buffer.index];
+        VkDescriptorBufferInfo& info = buffers[bufferCount++];
+        info = bound.size != 0
+                   ? VkDescriptorBufferInfo{uniforms_->handle(), bound.offset, bound.size}
+                   : VkDescriptorBufferInfo{parts_.zeros.buffer->handle(), 0, VK_WHOLE_SIZE};
+        add(msl::kBufferBinding + buffer.index, VK_DESCRIPTOR_TYPE_STORAGE_BUFFER).pBufferInfo =
+            &info;
+    }
+    const auto addImage = [&](std::uint32_t binding, VkDescriptorType type, VkImageView view,
+                              VkSampler sampler) {
+        VkDescriptorImageInfo& info = images[count];
+        info = {sampler, view, VK_IMAGE_LAYOUT_SHADER_READ_ONLY_OPTIMAL};
+        add(binding, type).pImageInfo = &info;
+    };
+    for (const auto& texture : fragment.textures) {
+        const VulkanTexture* bound =
+            texture.index < textures_.size() ? textures_[texture.index] : nullptr;
+        addImage(msl::kTextureBinding + texture.index, VK_DESCRIPTOR_TYPE_SAMPLED_IMAGE,
+                 bound != nullptr ? bound->image().view() : parts_.zeros.image->view(),
+                 VK_NULL_HANDLE);
+    }
+    for (const auto& sampler : fragment.samplers) {
+        addImage(msl::kSamplerBinding + sampler.index, VK_DESCRIPTOR_TYPE_SAMPLER, VK_NULL_HANDLE,
+                 parts_.zeros.sampler);
+    }
+    for (std::size_t i = 0; i < fragment.constantSamplers.size(); ++i) {
+        addImage(fragment.constantSamplers[i].binding, VK_DESCRIPTOR_TYPE_SAMPLER, VK_NULL_HANDLE,
+                 pipeline_->constantSamplers()[i]);
+    }
+    if (count != 0) {
+        parts_.context->pushDescriptorSet()(commands_, VK_PIPELINE_BIND_POINT_GRAPHICS,
+                                            pipeline_->layout(), msl::kFragmentDescriptorSet, count,
+                                            writes.data());
+    }
+}
+
+void VulkanEncoder::drawPrimitivesImpl(gpu::PrimitiveType, std::uint32_t vertexStart,
+                                       std::uint32_t vertexCount) {
+    pushResources();
+    vkCmdDraw(commands_, vertexCount, 1, vertexStart, 0);
+}
+
+void VulkanEncoder::endEncodingImpl() { vkCmdEndRendering(commands_); }
+
+std::unique_ptr<VulkanCommandBuffer>
+VulkanCommandBuffer::create(std::shared_ptr<const DeviceParts> parts) {
+    std::unique_ptr<VulkanCommandBuffer> buffer(new VulkanCommandBuffer(std::move(parts)));
+    const Context& context = *buffer->parts_->context;
+    VkCommandPoolCreateInfo pool{};
+    pool.sType = VK_STRUCTURE_TYPE_COMMAND_POOL_CREATE_INFO;
+    pool.queueFamilyIndex = context.queueFamily();
+    if (vkCreateCommandPool(context.device(), &pool, nullptr, &buffer->pool_) != VK_SUCCESS) {
+        return nullptr;
+    }
+    VkCommandBufferAllocateInfo allocation{};
+    allocation.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_ALLOCATE_INFO;
+    allocation.commandPool = buffer->pool_;
+    allocation.level = VK_COMMAND_BUFFER_LEVEL_PRIMARY;
+    allocation.commandBufferCount = 1;
+    buffer->uniforms_ = Buffer::create(buffer->parts_->context, VulkanEncoder::kUniformBytes,
+                                       VK_BUFFER_USAGE_STORAGE_BUFFER_BIT);
+    buffer->kept_.reserve(kUsualReferences);
+    const bool made =
+        vkAllocateCommandBuffers(context.device(), &allocation, &buffer->commands_) == VK_SUCCESS;
+    return made && buffer->uniforms_ ? std::move(buffer) : nullptr;
+}
+
+VulkanCommandBuffer::~VulkanCommandBuffer() {
+    static_cast<void>(parts_->context->wait(point_));
+    vkDestroyCommandPool(parts_->context->device(), pool_, nullptr);
+}
+
+bool VulkanCommandBuffer::isIdle() const { return !recording_ && parts_->context->isDone(point_); }
+
+bool VulkanCommandBuffer::begin() {
+    kept_.clear();
+    uniformsUsed_ = 0;
+    VkCommandBufferBeginInfo info{};
+    info.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
+    info.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
+    if (vkResetCommandPool(parts_->context->device(), pool_, 0) != VK_SUCCESS ||
+        vkBeginCommandBuffer(commands_, &info) != VK_SUCCESS) {
+        return false;
+    }
+    recording_ = true;
+    beginRecording();
+    return true;
+}
+
+gpu::RenderCommandEncoder*
+VulkanCommandBuffer::renderCommandEncoderImpl(const gpu::RenderPassDescriptor& pass) {
+    encoder_.begin(commands_, pass, kept_, *uniforms_, uniformsUsed_);
+    return &encoder_;
+}
+
+void VulkanCommandBuffer::presentDrawableImpl(gpu::DrawableRef drawable) {
+    // Every drawable of our layers is one of ours.
+    presented_ = static_cast<VulkanDrawable*>(drawable.release());
+}
+
+void VulkanCommandBuffer::commitImpl() {
+    recording_ = false;
+    if (presented_ != nullptr) {
+        DeviceImage& image = static_cast<VulkanTexture&>(presented_->texture()).image();
+        transition(*parts_->context, commands_, image, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
+                   Ownership::releasedOutside);
+    }
+    const bool ended = vkEndCommandBuffer(commands_) == VK_SUCCESS;
+    const std::uint64_t point = ended ? parts_->context->submit(commands_) : 0;
+    VulkanDrawable* const drawable = std::exchange(presented_, nullptr);
+    if (point == 0) {
+        // The device is lost: nothing was drawn, and nothing is shown.
+        const gpu::DrawableRef returned(drawable);
+        return;
+    }
+    point_ = point;
+    if (drawable != nullptr) {
+        parts_->completion->notify(point, *drawable);
+    }
+}
+
+void VulkanCommandBuffer::waitUntilCompletedImpl() {
+    static_cast<void>(parts_->context->wait(point_));
+}
+
+gpu::CommandBuffer* VulkanQueue::commandBuffer() {
+    const auto idle = std::find_if(buffers_.begin(), buffers_.end(),
+                                   [](const auto& buffer) { return buffer->isIdle(); });
+    if (idle != buffers_.end()) {
+        return (*idle)->begin() ? idle->get() : nullptr;
+    }
+    if (buffers_.size() == kMaxBuffers) {
+        return nullptr;
+    }
+    auto made = VulkanCommandBuffer::create(parts_);
+    if (!made || !made->begin()) {
+        return nullptr;
+    }
+    buffers_.push_back(std::move(made));
+    return buffers_.back().get();
+}
+
+} // namespace vantor::vulkan

@@ -1,0 +1,117 @@
+#pragma once
+// Recording and submitting. Command buffers, their uniform memory and their references are
+// recycled, so that a steady frame allocates nothing. Main thread.
+
+#include "platform/gpu.h"
+#include "platform/linux/gpu/completion_thread.h"
+#include "platform/linux/gpu/vulkan_pipeline.h"
+#include "platform/linux/gpu/vulkan_texture.h"
+
+#include <array>
+#include <memory>
+#include <vector>
+
+namespace vantor::vulkan {
+
+/// What a device's queues share.
+struct DeviceParts {
+    std::shared_ptr<Context> context;
+    std::shared_ptr<Uploader> uploader;
+    Zeros zeros;
+    std::unique_ptr<CompletionThread> completion;
+
+    DeviceParts() = default;
+    ~DeviceParts();
+    DeviceParts(const DeviceParts&) = delete;
+    DeviceParts& operator=(const DeviceParts&) = delete;
+};
+
+/// A drawable whose picture is a Vulkan image that other processes may read.
+class VulkanDrawable : public gpu::Drawable, public Presentable {};
+
+class VulkanEncoder : public gpu::RenderCommandEncoder {
+  public:
+    /// Uniform bytes that one command buffer can hold.
+    static constexpr std::size_t kUniformBytes = 16 * gpu::kMaxInlineBytes;
+
+    explicit VulkanEncoder(const DeviceParts& parts) : parts_(parts) {}
+
+    /// Starts the pass. The references that it takes are kept in `kept`, the bytes in `uniforms`.
+    void begin(VkCommandBuffer commands, const gpu::RenderPassDescriptor& pass,
+               std::vector<std::shared_ptr<void>>& kept, const Buffer& uniforms,
+               std::size_t& uniformsUsed);
+
+  private:
+    /// Where a fragment buffer's bytes stand in the uniform memory; size 0 is unbound.
+    struct Bound {
+        VkDeviceSize offset = 0;
+        VkDeviceSize size = 0;
+    };
+
+    void
+    setRenderPipelineStateImpl(const std::shared_ptr<gpu::RenderPipelineState>& pipeline) override;
+    void setFragmentBytesImpl(std::span<const std::uint8_t> bytes, std::uint32_t index) override;
+    void setFragmentTextureImpl(const std::shared_ptr<gpu::Texture>& texture,
+                                std::uint32_t index) override;
+    void drawPrimitivesImpl(gpu::PrimitiveType type, std::uint32_t vertexStart,
+                            std::uint32_t vertexCount) override;
+    void endEncodingImpl() override;
+    void pushResources();
+
+    const DeviceParts& parts_;
+    VkCommandBuffer commands_ = VK_NULL_HANDLE;
+    std::vector<std::shared_ptr<void>>* kept_ = nullptr;
+    const Buffer* uniforms_ = nullptr;
+    std::size_t* uniformsUsed_ = nullptr;
+    VulkanPipeline* pipeline_ = nullptr;
+    std::array<Bound, gpu::kMaxBufferIndex + 1> buffers_{};
+    std::array<VulkanTexture*, gpu::kMaxTextureIndex + 1> textures_{};
+};
+
+class VulkanCommandBuffer : public gpu::CommandBuffer {
+  public:
+    /// Null when the device cannot make one.
+    static std::unique_ptr<VulkanCommandBuffer> create(std::shared_ptr<const DeviceParts> parts);
+    ~VulkanCommandBuffer() override;
+
+    /// Neither recording nor under way.
+    bool isIdle() const;
+    /// Makes an idle buffer record.
+    bool begin();
+
+  private:
+    explicit VulkanCommandBuffer(std::shared_ptr<const DeviceParts> parts)
+        : parts_(std::move(parts)), encoder_(*parts_) {}
+    gpu::RenderCommandEncoder*
+    renderCommandEncoderImpl(const gpu::RenderPassDescriptor& pass) override;
+    void presentDrawableImpl(gpu::DrawableRef drawable) override;
+    void commitImpl() override;
+    void waitUntilCompletedImpl() override;
+
+    std::shared_ptr<const DeviceParts> parts_;
+    VulkanEncoder encoder_;
+    VkCommandPool pool_ = VK_NULL_HANDLE;
+    VkCommandBuffer commands_ = VK_NULL_HANDLE;
+    std::unique_ptr<Buffer> uniforms_;
+    std::size_t uniformsUsed_ = 0;
+    /// What the GPU still reads.
+    std::vector<std::shared_ptr<void>> kept_;
+    VulkanDrawable* presented_ = nullptr;
+    std::uint64_t point_ = 0;
+    bool recording_ = false;
+};
+
+class VulkanQueue : public gpu::CommandQueue {
+  public:
+    /// Buffers that may be under way at once.
+    static constexpr std::size_t kMaxBuffers = 256;
+
+    explicit VulkanQueue(std::shared_ptr<const DeviceParts> parts) : parts_(std::move(parts)) {}
+    gpu::CommandBuffer* commandBuffer() override;
+
+  private:
+    std::shared_ptr<const DeviceParts> parts_;
+    std::vector<std::unique_ptr<VulkanCommandBuffer>> buffers_;
+};
+
+} // namespace vantor::vulkan

@@ -1,0 +1,297 @@
+#include "platform/linux/gpu/vulkan_context.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+namespace vantor::vulkan {
+namespace {
+
+constexpr std::uint32_t kRequiredVersion = VK_API_VERSION_1_3;
+
+std::string sentence(const char* what, VkResult result) {
+    return std::string(what) + " fails with Vulkan error " + std::to_string(result);
+}
+
+std::string lowered(std::string_view text) {
+    std::string out(text);
+    std::transform(out.begin(), out.end(), out.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return out;
+}
+
+std::optional<std::uint32_t> graphicsFamily(VkPhysicalDevice device) {
+    std::uint32_t count = 0;
+    vkGetPhysicalDeviceQueueFamilyProperties(device, &count, nullptr);
+    std::vector<VkQueueFamilyProperties> families(count);
+    vkGetPhysicalDeviceQueueFamilyProperties(device, &count, families.data());
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if ((families[i].queueFlags & VK_QUEUE_GRAPHICS_BIT) != 0) {
+            return i;
+        }
+    }
+    return std::nullopt;
+}
+
+std::vector<VkExtensionProperties> extensionsOf(VkPhysicalDevice device) {
+    std::uint32_t count = 0;
+    vkEnumerateDeviceExtensionProperties(device, nullptr, &count, nullptr);
+    std::vector<VkExtensionProperties> extensions(count);
+    vkEnumerateDeviceExtensionProperties(device, nullptr, &count, extensions.data());
+    return extensions;
+}
+
+bool has(const std::vector<VkExtensionProperties>& extensions, std::string_view name) {
+    return std::any_of(extensions.begin(), extensions.end(),
+                       [name](const auto& entry) { return entry.extensionName == name; });
+}
+
+bool isUsable(VkPhysicalDevice device) {
+    VkPhysicalDeviceProperties properties{};
+    vkGetPhysicalDeviceProperties(device, &properties);
+    if (properties.apiVersion < kRequiredVersion || !graphicsFamily(device) ||
+        !has(extensionsOf(device), VK_KHR_PUSH_DESCRIPTOR_EXTENSION_NAME)) {
+        return false;
+    }
+    VkPhysicalDeviceVulkan13Features features13{};
+    features13.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_VULKAN_1_3_FEATURES;
+    VkPhysicalDeviceVulkan12Features features12{};
+    features12.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_VULKAN_1_2_FEATURES;
+    features12.pNext = &features13;
+    VkPhysicalDeviceFeatures2 features{};
+    features.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_FEATURES_2;
+    features.pNext = &features12;
+    vkGetPhysicalDeviceFeatures2(device, &features);
+    return features13.dynamicRendering == VK_TRUE && features13.synchronization2 == VK_TRUE &&
+           features12.timelineSemaphore == VK_TRUE &&
+           features.features.robustBufferAccess == VK_TRUE;
+}
+
+int rank(VkPhysicalDevice device, const std::string& wanted) {
+    VkPhysicalDeviceProperties properties{};
+    vkGetPhysicalDeviceProperties(device, &properties);
+    if (!wanted.empty() && lowered(properties.deviceName).find(wanted) != std::string::npos) {
+        return 5;
+    }
+    switch (properties.deviceType) {
+    case VK_PHYSICAL_DEVICE_TYPE_DISCRETE_GPU:
+        return 4;
+    case VK_PHYSICAL_DEVICE_TYPE_INTEGRATED_GPU:
+        return 3;
+    case VK_PHYSICAL_DEVICE_TYPE_VIRTUAL_GPU:
+        return 2;
+    default:
+        return 1;
+    }
+}
+
+} // namespace
+
+Result<std::shared_ptr<Context>, std::string> Context::create() {
+    const std::shared_ptr<Context> context(new Context);
+    for (const auto step :
+         {&Context::createInstance, &Context::chooseDevice, &Context::createDevice}) {
+        if (auto made = (context.get()->*step)(); !made) {
+            return Failure{made.error()};
+        }
+    }
+    return context;
+}
+
+Context::~Context() {
+    if (device_ != VK_NULL_HANDLE) {
+        vkDeviceWaitIdle(device_);
+        vkDestroySemaphore(device_, timeline_, nullptr);
+        vkDestroyDevice(device_, nullptr);
+    }
+    if (instance_ != VK_NULL_HANDLE) {
+        vkDestroyInstance(instance_, nullptr);
+    }
+}
+
+Result<Done, std::string> Context::createInstance() {
+    VkApplicationInfo application{};
+    application.sType = VK_STRUCTURE_TYPE_APPLICATION_INFO;
+    application.pApplicationName = "VantorLockScreen";
+    application.apiVersion = kRequiredVersion;
+    VkInstanceCreateInfo info{};
+    info.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO;
+    info.pApplicationInfo = &application;
+    if (const VkResult result = vkCreateInstance(&info, nullptr, &instance_);
+        result != VK_SUCCESS) {
+        instance_ = VK_NULL_HANDLE;
+        return Failure{sentence("creating a Vulkan instance", result)};
+    }
+    return Done{};
+}
+
+Result<Done, std::string> Context::chooseDevice() {
+    std::uint32_t count = 0;
+    vkEnumeratePhysicalDevices(instance_, &count, nullptr);
+    std::vector<VkPhysicalDevice> devices(count);
+    vkEnumeratePhysicalDevices(instance_, &count, devices.data());
+    std::erase_if(devices, [](VkPhysicalDevice device) { return !isUsable(device); });
+    if (devices.empty()) {
+        return Failure{std::string("no Vulkan 1.3 device can be used")};
+    }
+    const char* named = std::getenv("VANTOR_GPU");
+    const std::string wanted = lowered(named != nullptr ? named : "");
+    physicalDevice_ =
+        *std::max_element(devices.begin(), devices.end(), [&](auto* one, auto* other) {
+            return rank(one, wanted) < rank(other, wanted);
+        });
+    queueFamily_ = *graphicsFamily(physicalDevice_);
+
+    VkPhysicalDevicePushDescriptorPropertiesKHR push{};
+    push.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_PUSH_DESCRIPTOR_PROPERTIES_KHR;
+    VkPhysicalDeviceIDProperties identity{};
+    identity.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_ID_PROPERTIES;
+    identity.pNext = &push;
+    VkPhysicalDeviceProperties2 properties{};
+    properties.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_PROPERTIES_2;
+    properties.pNext = &identity;
+    vkGetPhysicalDeviceProperties2(physicalDevice_, &properties);
+    limits_ = properties.properties.limits;
+    name_ = properties.properties.deviceName;
+    maxPushDescriptors_ = push.maxPushDescriptors;
+    std::memcpy(deviceUUID_.data(), identity.deviceUUID, kUUIDSize);
+    std::memcpy(driverUUID_.data(), identity.driverUUID, kUUIDSize);
+    vkGetPhysicalDeviceMemoryProperties(physicalDevice_, &memory_);
+    return Done{};
+}
+
+Result<Done, std::string> Context::createDevice() {
+    const auto available = extensionsOf(physicalDevice_);
+    std::vector<const char*> extensions{VK_KHR_PUSH_DESCRIPTOR_EXTENSION_NAME};
+    canShareMemory_ = has(available, VK_KHR_EXTERNAL_MEMORY_FD_EXTENSION_NAME);
+    if (canShareMemory_) {
+        extensions.push_back(VK_KHR_EXTERNAL_MEMORY_FD_EXTENSION_NAME);
+    }
+    VkPhysicalDeviceRobustness2FeaturesEXT robustness{};
+    robustness.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_ROBUSTNESS_2_FEATURES_EXT;
+    VkPhysicalDeviceFeatures2 supported{};
+    supported.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_FEATURES_2;
+    const bool knowsRobustness2 = has(available, VK_EXT_ROBUSTNESS_2_EXTENSION_NAME);
+    if (knowsRobustness2) {
+        supported.pNext = &robustness;
+        extensions.push_back(VK_EXT_ROBUSTNESS_2_EXTENSION_NAME);
+    }
+    vkGetPhysicalDeviceFeatures2(physicalDevice_, &supported);
+    // Reads past a buffer's end give zero where the device can promise it, and stay inside the
+    // process's own data everywhere.
+    robustness.robustImageAccess2 = VK_FALSE;
+    robustness.nullDescriptor = VK_FALSE;
+
+    VkPhysicalDeviceVulkan13Features features13{};
+    features13.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_VULKAN_1_3_FEATURES;
+    features13.pNext = knowsRobustness2 ? &robustness : nullptr;
+    features13.dynamicRendering = VK_TRUE;
+    features13.synchronization2 = VK_TRUE;
+    VkPhysicalDeviceVulkan12Features features12{};
+    features12.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_VULKAN_1_2_FEATURES;
+    features12.pNext = &features13;
+    features12.timelineSemaphore = VK_TRUE;
+    VkPhysicalDeviceFeatures2 features{};
+    features.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_FEATURES_2;
+    features.pNext = &features12;
+    features.features.robustBufferAccess = VK_TRUE;
+    features.features.shaderInt64 = supported.features.shaderInt64;
+
+    const float priority = 1.0F;
+    VkDeviceQueueCreateInfo queue{};
+    queue.sType = VK_STRUCTURE_TYPE_DEVICE_QUEUE_CREATE_INFO;
+    queue.queueFamilyIndex = queueFamily_;
+    queue.queueCount = 1;
+    queue.pQueuePriorities = &priority;
+    VkDeviceCreateInfo info{};
+    info.sType = VK_STRUCTURE_TYPE_DEVICE_CREATE_INFO;
+    info.pNext = &features;
+    info.queueCreateInfoCount = 1;
+    info.pQueueCreateInfos = &queue;
+    info.enabledExtensionCount = static_cast<std::uint32_t>(extensions.size());
+    info.ppEnabledExtensionNames = extensions.data();
+    if (const VkResult result = vkCreateDevice(physicalDevice_, &info, nullptr, &device_);
+        result != VK_SUCCESS) {
+        device_ = VK_NULL_HANDLE;
+        return Failure{sentence("creating a Vulkan device", result)};
+    }
+    vkGetDeviceQueue(device_, queueFamily_, 0, &queue_);
+    pushDescriptorSet_ = reinterpret_cast<PFN_vkCmdPushDescriptorSetKHR>(
+        vkGetDeviceProcAddr(device_, "vkCmdPushDescriptorSetKHR"));
+    getMemoryDescriptor_ =
+        reinterpret_cast<PFN_vkGetMemoryFdKHR>(vkGetDeviceProcAddr(device_, "vkGetMemoryFdKHR"));
+
+    VkSemaphoreTypeCreateInfo type{};
+    type.sType = VK_STRUCTURE_TYPE_SEMAPHORE_TYPE_CREATE_INFO;
+    type.semaphoreType = VK_SEMAPHORE_TYPE_TIMELINE;
+    VkSemaphoreCreateInfo semaphore{};
+    semaphore.sType = VK_STRUCTURE_TYPE_SEMAPHORE_CREATE_INFO;
+    semaphore.pNext = &type;
+    if (const VkResult result = vkCreateSemaphore(device_, &semaphore, nullptr, &timeline_);
+        result != VK_SUCCESS) {
+        return Failure{sentence("creating a semaphore", result)};
+    }
+    return Done{};
+}
+
+std::optional<std::uint32_t> Context::memoryType(std::uint32_t typeBits, MemoryKind kind) const {
+    const VkMemoryPropertyFlags wanted =
+        kind == MemoryKind::device
+            ? VK_MEMORY_PROPERTY_DEVICE_LOCAL_BIT
+            : VK_MEMORY_PROPERTY_HOST_VISIBLE_BIT | VK_MEMORY_PROPERTY_HOST_COHERENT_BIT;
+    // Mapped memory that the CPU caches is read an order of magnitude faster.
+    for (const VkMemoryPropertyFlags flags :
+         {wanted | VK_MEMORY_PROPERTY_HOST_CACHED_BIT, wanted}) {
+        if (kind == MemoryKind::device && flags != wanted) {
+            continue;
+        }
+        for (std::uint32_t i = 0; i < memory_.memoryTypeCount; ++i) {
+            if ((typeBits & (1U << i)) != 0 &&
+                (memory_.memoryTypes[i].propertyFlags & flags) == flags) {
+                return i;
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+std::uint64_t Context::submit(VkCommandBuffer commands) {
+    VkCommandBufferSubmitInfo buffer{};
+    buffer.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_SUBMIT_INFO;
+    buffer.commandBuffer = commands;
+    VkSemaphoreSubmitInfo signal{};
+    signal.sType = VK_STRUCTURE_TYPE_SEMAPHORE_SUBMIT_INFO;
+    signal.semaphore = timeline_;
+    signal.value = lastPoint_ + 1;
+    signal.stageMask = VK_PIPELINE_STAGE_2_ALL_COMMANDS_BIT;
+    VkSubmitInfo2 info{};
+    info.sType = VK_STRUCTURE_TYPE_SUBMIT_INFO_2;
+    info.commandBufferInfoCount = 1;
+    info.pCommandBufferInfos = &buffer;
+    info.signalSemaphoreInfoCount = 1;
+    info.pSignalSemaphoreInfos = &signal;
+    if (vkQueueSubmit2(queue_, 1, &info, VK_NULL_HANDLE) != VK_SUCCESS) {
+        return 0;
+    }
+    return ++lastPoint_;
+}
+
+bool Context::isDone(std::uint64_t point) const {
+    std::uint64_t reached = 0;
+    return vkGetSemaphoreCounterValue(device_, timeline_, &reached) != VK_SUCCESS ||
+           reached >= point;
+}
+
+bool Context::wait(std::uint64_t point) const {
+    VkSemaphoreWaitInfo info{};
+    info.sType = VK_STRUCTURE_TYPE_SEMAPHORE_WAIT_INFO;
+    info.semaphoreCount = 1;
+    info.pSemaphores = &timeline_;
+    info.pValues = &point;
+    return vkWaitSemaphores(device_, &info, UINT64_MAX) == VK_SUCCESS;
+}
+
+} // namespace vantor::vulkan

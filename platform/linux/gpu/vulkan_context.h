@@ -1,0 +1,88 @@
+#pragma once
+// One Vulkan device, its graphics queue and the clock of the work submitted to it. Shared by what
+// draws (the extension) and what composites (the agent). Handles are raw: they live and die with
+// the objects that hold a reference to the context. Used on one thread unless said otherwise.
+
+#include "platform/result.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vulkan/vulkan.h>
+
+namespace vantor::vulkan {
+
+inline constexpr std::size_t kUUIDSize = VK_UUID_SIZE;
+using DeviceUUID = std::array<std::uint8_t, kUUIDSize>;
+
+/// Memory bound to one buffer or image.
+enum class MemoryKind {
+    /// The device's own.
+    device,
+    /// Mapped by the CPU, coherent.
+    mapped,
+};
+
+class Context : public std::enable_shared_from_this<Context> {
+  public:
+    /// Makes a device: the one that the environment variable VANTOR_GPU names by a part of its
+    /// name, else a discrete one before an integrated before a software one. The error is a
+    /// sentence.
+    static Result<std::shared_ptr<Context>, std::string> create();
+    ~Context();
+    Context(const Context&) = delete;
+    Context& operator=(const Context&) = delete;
+
+    VkDevice device() const { return device_; }
+    VkQueue queue() const { return queue_; }
+    std::uint32_t queueFamily() const { return queueFamily_; }
+    const VkPhysicalDeviceLimits& limits() const { return limits_; }
+    std::uint32_t maxPushDescriptors() const { return maxPushDescriptors_; }
+    /// Of the device and its driver together: memory can be shared between processes in which both
+    /// are equal.
+    const DeviceUUID& deviceUUID() const { return deviceUUID_; }
+    const DeviceUUID& driverUUID() const { return driverUUID_; }
+    const std::string& name() const { return name_; }
+    bool canShareMemory() const { return canShareMemory_; }
+
+    PFN_vkCmdPushDescriptorSetKHR pushDescriptorSet() const { return pushDescriptorSet_; }
+    PFN_vkGetMemoryFdKHR getMemoryDescriptor() const { return getMemoryDescriptor_; }
+
+    /// A memory type among `typeBits` for that use, or nothing.
+    std::optional<std::uint32_t> memoryType(std::uint32_t typeBits, MemoryKind kind) const;
+
+    /// Submits a recorded command buffer; gives the point in the device's work at which it is done,
+    /// or 0 when the device is lost.
+    std::uint64_t submit(VkCommandBuffer commands);
+    /// Any thread.
+    bool isDone(std::uint64_t point) const;
+    /// Blocks. False when the device is lost. Any thread.
+    bool wait(std::uint64_t point) const;
+
+  private:
+    Context() = default;
+    Result<Done, std::string> createInstance();
+    Result<Done, std::string> chooseDevice();
+    Result<Done, std::string> createDevice();
+
+    VkInstance instance_ = VK_NULL_HANDLE;
+    VkPhysicalDevice physicalDevice_ = VK_NULL_HANDLE;
+    VkDevice device_ = VK_NULL_HANDLE;
+    VkQueue queue_ = VK_NULL_HANDLE;
+    std::uint32_t queueFamily_ = 0;
+    VkPhysicalDeviceLimits limits_{};
+    VkPhysicalDeviceMemoryProperties memory_{};
+    std::uint32_t maxPushDescriptors_ = 0;
+    DeviceUUID deviceUUID_{};
+    DeviceUUID driverUUID_{};
+    std::string name_;
+    bool canShareMemory_ = false;
+    PFN_vkCmdPushDescriptorSetKHR pushDescriptorSet_ = nullptr;
+    PFN_vkGetMemoryFdKHR getMemoryDescriptor_ = nullptr;
+    VkSemaphore timeline_ = VK_NULL_HANDLE;
+    std::uint64_t lastPoint_ = 0;
+};
+
+} // namespace vantor::vulkan

@@ -1,0 +1,16 @@
+#pragma once
+// Where the installed system stands: the folder that holds the extension's bundle and the
+// "PrivateFrameworks" of the agent.
+
+#include <filesystem>
+
+namespace vantor {
+
+/// The running program's file.
+std::filesystem::path runningProgram();
+
+/// The environment variable VANTOR_SYSTEM_ROOT, else the folder above the bundle that holds the
+/// running program, else "../lib/vantor" from the running program's folder.
+std::filesystem::path systemRoot();
+
+} // namespace vantor

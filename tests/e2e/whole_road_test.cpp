@@ -1,0 +1,205 @@
+// Starts the real programs with homes of their own and checks what a user would see.
+
+#include "tests/e2e/picture.h"
+#include "tests/e2e/process.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fstream>
+
+namespace vantor::e2e {
+namespace {
+
+using std::chrono::seconds;
+
+constexpr int kExtensionEnded = 3;
+
+/// A shader that shows one colour: the tint, darkened by what it is given.
+std::string flatShader(const std::string& color) {
+    return "#include <metal_stdlib>\nusing namespace metal;\n"
+           "struct Uniforms { float2 resolution; float time; float speed; float4 tint; };\n"
+           "struct VOut { float4 position [[position]]; };\n"
+           "vertex VOut v_main(uint vid [[vertex_id]]) {\n"
+           "    float2 p = float2((vid << 1) & 2, vid & 2);\n"
+           "    VOut out;\n    out.position = float4(p * 2.0 - 1.0, 0.0, 1.0);\n"
+           "    return out;\n}\n"
+           "fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {\n"
+           "    return float4(" +
+           color + " * u.tint.rgb, 1.0);\n}\n";
+}
+
+class WholeRoad : public testing::Test {
+  protected:
+    std::filesystem::path home() const { return folder_.path() / "home"; }
+    std::filesystem::path out() const { return folder_.path() / "out"; }
+    std::filesystem::path stateFile() const {
+        return home() / "Library/Containers/com.nimbara.app/Data/Library/Application Support/"
+                        "VantorEngine/LockScreen.plist";
+    }
+    std::string log() const {
+        return contents(home() / "Library/Containers/com.nimbara.app.lockscreen/Data/Library/Logs/"
+                                 "lockscreen.log");
+    }
+
+    std::map<std::string, std::string> environment() const {
+        return {{"VANTOR_USER_HOME", home().string()},
+                {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}};
+    }
+
+    std::filesystem::path write(const std::string& name, const std::string& text) const {
+        const std::filesystem::path file = folder_.path() / name;
+        std::ofstream(file) << text;
+        return file;
+    }
+
+    Outcome vantorctl(std::vector<std::string> words) const {
+        words.insert(words.begin(), VANTOR_BIN "/vantorctl");
+        return run(words, environment());
+    }
+
+    std::vector<std::string> agentCommand(const std::string& length) const {
+        return {VANTOR_BIN "/vantor-agent",
+                "run",
+                "--output",
+                "headless:160x90,160x90",
+                "--mode",
+                "locked",
+                "--choose",
+                "1=match-desktop",
+                "--choose",
+                "2=plasma",
+                "--seconds",
+                length,
+                "--out",
+                out().string()};
+    }
+    Outcome agent() const { return run(agentCommand("2"), environment()); }
+
+    void SetUp() override { std::filesystem::create_directories(home()); }
+
+  private:
+    TemporaryFolder folder_;
+};
+
+TEST_F(WholeRoad, AShaderOfTheHostApplicationShowsItsColourOnItsDisplay) {
+    const auto shader = write("flat.metal", flatShader("float3(1.0, 0.5, 0.25)"));
+    ASSERT_EQ(vantorctl({"set", "--display", "1", shader.string(), "--tint", "1,1,0.5,1"}).status,
+              0);
+    const Outcome outcome = agent();
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+
+    const Picture picture = Picture::read(out() / "display-1-a.png");
+    ASSERT_EQ(picture.width(), 160U);
+    ASSERT_EQ(picture.height(), 90U);
+    for (unsigned y = 0; y < 90; y += 7) {
+        for (unsigned x = 0; x < 160; x += 7) {
+            const Pixel pixel = picture.at(x, y);
+            ASSERT_EQ(pixel.red, 255);
+            ASSERT_NEAR(pixel.green, 128, 1);
+            ASSERT_NEAR(pixel.blue, 32, 1);
+        }
+    }
+}
+
+TEST_F(WholeRoad, BothDisplaysShowTheirOwnWallpaperAndMove) {
+    ASSERT_EQ(vantorctl({"set", "--display", "1", "builtin.elec-oscilloscope"}).status, 0);
+    const Outcome outcome = agent();
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+
+    const Picture first = Picture::read(out() / "display-1-a.png");
+    const Picture second = Picture::read(out() / "display-2-a.png");
+    EXPECT_GT(first.difference(Picture::read(out() / "display-1-b.png")), 0.1);
+    EXPECT_GT(second.difference(Picture::read(out() / "display-2-b.png")), 0.1);
+    EXPECT_GT(first.difference(second), 5.0);
+    EXPECT_NE(outcome.output.find("display 1"), std::string::npos) << outcome.output;
+    EXPECT_NE(outcome.output.find("display 2"), std::string::npos) << outcome.output;
+}
+
+TEST_F(WholeRoad, SpeedZeroStandsStill) {
+    ASSERT_EQ(vantorctl({"set", "--display", "1", "plasma", "--speed", "0"}).status, 0);
+    ASSERT_EQ(agent().status, 0);
+    EXPECT_EQ(Picture::read(out() / "display-1-a.png")
+                  .difference(Picture::read(out() / "display-1-b.png")),
+              0.0);
+}
+
+TEST_F(WholeRoad, TheLogTellsTheStoryOfARun) {
+    ASSERT_EQ(vantorctl({"set", "--display", "1", "plasma"}).status, 0);
+    ASSERT_EQ(agent().status, 0);
+    const std::string text = log();
+    EXPECT_NE(text.find(" — WallpaperExtensionKit loaded, runtime layout OK\n"), std::string::npos)
+        << text;
+    EXPECT_NE(text.find(" accept pid "), std::string::npos) << text;
+    EXPECT_NE(text.find(" choice=match-desktop 160x90@1.0x display=1 preview=false "
+                        "mode=locked/active\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find(" choice=plasma 160x90@1.0x display=2 preview=false "), std::string::npos)
+        << text;
+    EXPECT_NE(text.find(" INVALIDATE "), std::string::npos) << text;
+}
+
+TEST_F(WholeRoad, AShaderThatDoesNotCompileIsRefusedWithItsPlace) {
+    const auto shader = write("broken.metal", flatShader("float3(1.0, colour, 0.25)"));
+    const Outcome outcome = vantorctl({"set", "--display", "1", shader.string()});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.errors.find(shader.string() + ":12:"), std::string::npos) << outcome.errors;
+    EXPECT_NE(outcome.errors.find("error: "), std::string::npos) << outcome.errors;
+    EXPECT_FALSE(std::filesystem::exists(stateFile()));
+}
+
+TEST_F(WholeRoad, ABrokenShaderInTheStateIsBlackAndTouchesNothingElse) {
+    const auto shader = write("broken.metal", flatShader("float3(1.0, colour, 0.25)"));
+    ASSERT_EQ(vantorctl({"set", "--display", "1", shader.string(), "--no-check"}).status, 0);
+    const Outcome outcome = agent();
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_EQ(Picture::read(out() / "display-1-b.png").brightest(), 0);
+    EXPECT_GT(Picture::read(out() / "display-2-b.png").brightest(), 32);
+    EXPECT_NE(log().find(" failed to compile: program_source:12:"), std::string::npos) << log();
+}
+
+TEST_F(WholeRoad, AMalformedStateFileMeansTheFallbackWallpaper) {
+    std::filesystem::create_directories(stateFile().parent_path());
+    std::ofstream(stateFile()) << "bplist00 and then nothing that makes sense";
+    const Outcome outcome = agent();
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_GT(Picture::read(out() / "display-1-b.png").brightest(), 32);
+}
+
+TEST_F(WholeRoad, AnExtensionThatDiesEndsTheAgentWithAStatusOfItsOwn) {
+    ASSERT_EQ(vantorctl({"set", "--display", "1", "plasma"}).status, 0);
+    Process agent(agentCommand("60"), environment());
+    ASSERT_TRUE(
+        eventually([&] { return log().find(" display=2 ") != std::string::npos; }, seconds(30)));
+    const auto children = childrenOf(agent.pid());
+    ASSERT_EQ(children.size(), 1U);
+    ::kill(children.front(), SIGKILL);
+    const Outcome outcome = agent.wait(seconds(10));
+    EXPECT_EQ(outcome.status, kExtensionEnded);
+    EXPECT_NE(outcome.errors.find("the extension was ended by signal 9"), std::string::npos)
+        << outcome.errors;
+}
+
+TEST_F(WholeRoad, AnExtensionEndsWithinASecondOfItsAgent) {
+    ASSERT_EQ(vantorctl({"set", "--display", "1", "plasma"}).status, 0);
+    Process agent(agentCommand("60"), environment());
+    ASSERT_TRUE(
+        eventually([&] { return log().find(" display=2 ") != std::string::npos; }, seconds(30)));
+    const auto children = childrenOf(agent.pid());
+    ASSERT_EQ(children.size(), 1U);
+    agent.signal(SIGKILL);
+    EXPECT_TRUE(eventually([&] { return ::kill(children.front(), 0) != 0; }, seconds(1)));
+}
+
+TEST_F(WholeRoad, NoProcessIsLeftBehind) {
+    ASSERT_EQ(vantorctl({"set", "--display", "1", "plasma"}).status, 0);
+    Process agent(agentCommand("2"), environment());
+    ASSERT_TRUE(eventually([&] { return !childrenOf(agent.pid()).empty(); }, seconds(10)));
+    const pid_t extension = childrenOf(agent.pid()).front();
+    ASSERT_EQ(agent.wait(seconds(60)).status, 0);
+    EXPECT_NE(::kill(extension, 0), 0);
+}
+
+} // namespace
+} // namespace vantor::e2e
