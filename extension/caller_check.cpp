@@ -1,12 +1,11 @@
 #include "extension/caller_check.h"
 
 #include "platform/code_identity.h"
-#include "platform/xpc.h"
 
 namespace vantor::CallerCheck {
 
-bool isApple(CodeIdentity& identity, const XPCConnection& connection) {
-    const auto code = identity.copyGuest(connection.processIdentifier());
+bool isApple(CodeIdentity& identity, int processIdentifier) {
+    const auto code = identity.copyGuest(processIdentifier);
     if (!code) {
         return true;
     }

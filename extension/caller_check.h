@@ -1,17 +1,16 @@
 #pragma once
-// Whether a peer may be served.
+// Whether a connection comes from the system.
 
 namespace vantor {
 
 class CodeIdentity;
-class XPCConnection;
 
 namespace CallerCheck {
 
-/// False only for a peer whose code could be examined and is not the system's own. Every failure to
-/// examine it lets it through: a peer that is refused by mistake is a lock screen without a
-/// wallpaper, and what a wallpaper gives away is no secret. Any thread.
-bool isApple(CodeIdentity& identity, const XPCConnection& connection);
+/// False only for a process whose code could be examined and is not the system's own. Every failure
+/// to examine lets the caller through: an agent that the system hides must not lose its wallpaper.
+/// Any thread.
+bool isApple(CodeIdentity& identity, int processIdentifier);
 
 } // namespace CallerCheck
 } // namespace vantor

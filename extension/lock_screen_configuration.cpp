@@ -8,35 +8,30 @@
 #include "platform/platform.h"
 
 #include <string>
-#include <utility>
 
 namespace vantor {
-namespace {
-
-XPCInterface exportedInterface(Platform& platform) {
-    XPCInterface interface(kWallpaperProtocolName);
-    const ClassSet allowed = PrivateBridge::xpcAllowedClasses(platform);
-    for (const ArgumentSlot& slot : WallpaperXPCHandler::argumentSlots()) {
-        interface.setClasses(allowed, slot);
-    }
-    return interface;
-}
-
-} // namespace
 
 bool LockScreenConfiguration::accept(const std::shared_ptr<XPCConnection>& connection) {
     const std::string pid = std::to_string(connection->processIdentifier());
     LSLog::write("accept pid " + pid);
-    if (!CallerCheck::isApple(services_.platform.codeIdentity(), *connection)) {
+    if (!CallerCheck::isApple(platform_.codeIdentity(), connection->processIdentifier())) {
         LSLog::write("XPC rejected: non-Apple caller pid " + pid);
         return false;
     }
-    connection->setExportedInterface(exportedInterface(services_.platform));
+
+    XPCInterface exported(kWallpaperProtocolName);
+    const ClassSet allowed = PrivateBridge::xpcAllowedClasses(platform_);
+    for (const ArgumentSlot& slot : wallpaperArgumentSlots()) {
+        exported.setClasses(allowed, slot);
+    }
+    connection->setExportedInterface(std::move(exported));
     connection->setRemoteObjectInterface(XPCInterface(kAgentProtocolName));
 
-    auto handler = std::make_shared<WallpaperXPCHandler>(services_);
+    const auto handler = std::make_shared<WallpaperXPCHandler>(platform_, library_, registry_);
     auto proxy = connection->remoteObjectProxy();
-    handler->setAgent(proxy && proxy->conformsTo(kAgentProtocolName) ? std::move(proxy) : nullptr);
+    if (proxy && proxy->conformsTo(kAgentProtocolName)) {
+        handler->setAgent(std::move(proxy));
+    }
     connection->setExportedObject(handler);
     connection->setInvalidationHandler([weak = std::weak_ptr(handler)] {
         if (const auto alive = weak.lock()) {
@@ -45,7 +40,7 @@ bool LockScreenConfiguration::accept(const std::shared_ptr<XPCConnection>& conne
     });
     connection->setRefusalHandler(
         [](const std::string& sentence) { LSLog::write("XPC refused: " + sentence); });
-    services_.library.addHandler(handler);
+    library_.addHandler(handler);
     connection->resume();
     return true;
 }

@@ -1,22 +1,28 @@
 #pragma once
-// Accepts the agent's connections. Any thread.
+// Acceptance of the agent's connections.
 
-#include "extension/services.h"
 #include "platform/app_extension.h"
-
-#include <memory>
 
 namespace vantor {
 
+class LockScreenLibrary;
+class Platform;
+class SurfaceRegistry;
+
 class LockScreenConfiguration : public AppExtensionConfiguration {
   public:
-    explicit LockScreenConfiguration(const Services& services) : services_(services) {}
+    /// The three must outlive every connection.
+    LockScreenConfiguration(Platform& platform, LockScreenLibrary& library,
+                            SurfaceRegistry& registry)
+        : platform_(platform), library_(library), registry_(registry) {}
 
-    /// Refuses a peer that fails the caller check; that connection is left as it came.
+    /// Checks the caller, sets both interfaces, exports a handler of its own and resumes.
     bool accept(const std::shared_ptr<XPCConnection>& connection) override;
 
   private:
-    const Services services_;
+    Platform& platform_;
+    LockScreenLibrary& library_;
+    SurfaceRegistry& registry_;
 };
 
 } // namespace vantor

@@ -8,50 +8,53 @@
 
 #include <string>
 #include <unistd.h>
-#include <vector>
 
 namespace vantor {
 namespace {
 
-std::string layoutText(const std::vector<std::string>& missing) {
+constexpr const char* kFrameworkPath =
+    "/System/Library/PrivateFrameworks/WallpaperExtensionKit.framework/WallpaperExtensionKit";
+
+std::string loadedSuffix(const std::vector<std::string>& missing) {
     if (missing.empty()) {
         return ", runtime layout OK";
     }
-    std::string text = ", MISSING: ";
-    for (std::size_t i = 0; i < missing.size(); ++i) {
-        text += (i == 0 ? "" : ", ") + missing[i];
+    std::string suffix = ", MISSING: " + missing.front();
+    for (std::size_t i = 1; i < missing.size(); ++i) {
+        suffix += ", " + missing[i];
     }
-    return text;
+    return suffix;
 }
 
 } // namespace
 
-LockScreenExtension::LockScreenExtension(const Services& services)
-    : services_(services), configuration_(services),
-      changes_(services.platform, services.library, services.registry) {
-    const std::string start = "INIT pid " + std::to_string(getpid()) + " — ";
-    auto framework = services.platform.loader().loadFramework(kFrameworkPath);
+LockScreenExtension::LockScreenExtension(Platform& platform, LockScreenLibrary& library,
+                                         SurfaceRegistry& registry)
+    : platform_(platform), registry_(registry), configuration_(platform, library, registry),
+      propagation_(platform, library, registry) {
+    const std::string line = "INIT pid " + std::to_string(getpid()) + " — ";
+    auto framework = platform.loader().loadFramework(kFrameworkPath);
     if (!framework) {
-        LSLog::write(start + "dlopen failed: " + framework.error());
+        LSLog::write(line + "dlopen failed: " + framework.error());
         return;
     }
-    framework_ = *framework;
-    LSLog::write(start + "WallpaperExtensionKit loaded" +
-                 layoutText(PrivateBridge::missingClasses(services.platform)));
-    changes_.startObserving();
+    frameworkHandle_ = std::move(*framework);
+    LSLog::write(line + "WallpaperExtensionKit loaded" +
+                 loadedSuffix(PrivateBridge::missingClasses(platform)));
+    propagation_.startObserving();
     observeScreenLock();
 }
 
 void LockScreenExtension::observeScreenLock() {
-    Notifications& notifications = services_.platform.notifications();
+    Notifications& notifications = platform_.notifications();
     notifications.observeDistributed("com.apple.screenIsLocked", [this] { setScreenLocked(true); });
     notifications.observeDistributed("com.apple.screenIsUnlocked",
                                      [this] { setScreenLocked(false); });
 }
 
 void LockScreenExtension::setScreenLocked(bool locked) {
-    services_.registry.setScreenLocked(locked);
-    services_.registry.applyPolicy();
+    registry_.setScreenLocked(locked);
+    registry_.applyPolicy();
 }
 
 } // namespace vantor

@@ -1,9 +1,7 @@
 #pragma once
-// The principal object. Constructed once, on the main thread; its observers live as long as the
-// process, and so must it.
+// The extension's principal object.
 
 #include "extension/lock_screen_configuration.h"
-#include "extension/services.h"
 #include "library/change_propagation.h"
 #include "platform/app_extension.h"
 #include "platform/loader.h"
@@ -12,26 +10,28 @@
 
 namespace vantor {
 
+class LockScreenLibrary;
+class Platform;
+class SurfaceRegistry;
+
+/// Construction loads the agent's private framework and, with it loaded, observes the host
+/// application's changes and the screen lock for the rest of the process's life. Without the
+/// framework the extension still serves what it can. Main thread; never destroyed.
 class LockScreenExtension : public AppExtension {
   public:
-    static constexpr const char* kFrameworkPath =
-        "/System/Library/PrivateFrameworks/WallpaperExtensionKit.framework/WallpaperExtensionKit";
+    LockScreenExtension(Platform& platform, LockScreenLibrary& library, SurfaceRegistry& registry);
 
-    /// Loads the agent's framework and observes changes and the screen's lock. Without the
-    /// framework it observes nothing, but connections are still served.
-    explicit LockScreenExtension(const Services& services);
-
-    LockScreenConfiguration& configuration() override { return configuration_; }
+    AppExtensionConfiguration& configuration() override { return configuration_; }
 
   private:
     void observeScreenLock();
     void setScreenLocked(bool locked);
 
-    const Services services_;
+    Platform& platform_;
+    SurfaceRegistry& registry_;
     LockScreenConfiguration configuration_;
-    ChangePropagation changes_;
-    /// Null when it could not be loaded.
-    std::shared_ptr<LoadedFramework> framework_;
+    ChangePropagation propagation_;
+    std::shared_ptr<LoadedFramework> frameworkHandle_;
 };
 
 } // namespace vantor

@@ -1,23 +1,18 @@
-// The extension's program.
-
-#include "extension/lock_screen_extension.h"
 #include "extension/process_entry.h"
-#include "extension/services.h"
+#include "log/ls_log.h"
 #include "platform/platform.h"
 
-#include <memory>
+#include <cstdlib>
 
-/// The process's entry, under the name by which the extension runtime finds it again.
-extern "C" __attribute__((visibility("default"))) int VantorExtensionEntry(int argc, char** argv);
-
-int VantorExtensionEntry(int argc, char** argv) {
-    using namespace vantor;
-    static ProcessEntry entry(
-        platform(), [] { return std::make_unique<LockScreenExtension>(Services::shared()); });
-    return entry.run(argc, argv);
+/// Found by name: the extension runtime re-enters the process through it.
+extern "C" __attribute__((visibility("default"))) int VantorExtensionEntry(int argc, char** argv) {
+    return vantor::processEntry(vantor::platform(), argc, argv);
 }
 
 int main(int argc, char** argv) {
     vantor::installPlatform(&vantor::systemPlatform());
-    return VantorExtensionEntry(argc, argv);
+    const int status = VantorExtensionEntry(argc, argv);
+    vantor::LSLog::flush();
+    // Nothing is torn down: connections' threads and the GPU's may still be running.
+    std::_Exit(status);
 }

@@ -1,41 +1,46 @@
 #include "extension/process_entry.h"
 
+#include "extension/lock_screen_extension.h"
+#include "library/lock_screen_library.h"
 #include "log/ls_log.h"
 #include "platform/loader.h"
 #include "platform/platform.h"
+#include "render/surface_registry.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <utility>
 
 namespace vantor {
+namespace {
 
-ProcessEntry::ProcessEntry(Platform& platform, MakePrincipalObject makePrincipalObject)
-    : platform_(platform), makePrincipalObject_(std::move(makePrincipalObject)) {}
+bool entered = false;
 
-int ProcessEntry::run(int argc, char** argv) {
-    if (std::exchange(entered_, true)) {
-        return runExtension();
-    }
-    return handToRuntime(argc, argv);
-}
-
-int ProcessEntry::handToRuntime(int argc, char** argv) {
-    void* const found = platform_.loader().symbol("NSExtensionMain");
-    if (found == nullptr) {
-        LSLog::write("NSExtensionMain unavailable — cannot serve");
-        return EXIT_FAILURE;
-    }
-    return reinterpret_cast<ExtensionMainFunction>(found)(argc, argv);
-}
-
-int ProcessEntry::runExtension() {
-    if (const auto ran = platform_.appExtensionRuntime().main(makePrincipalObject_); !ran) {
-        std::fprintf(stderr, "the extension runtime does not run: %s\n", ran.error().c_str());
-        LSLog::flush();
+int serve(Platform& platform) {
+    auto served = platform.appExtensionRuntime().main([&platform] {
+        // The library first: it is what the registry asks.
+        LockScreenLibrary& library = LockScreenLibrary::shared();
+        return std::make_unique<LockScreenExtension>(platform, library, SurfaceRegistry::shared());
+    });
+    if (!served) {
+        std::fprintf(stderr, "the extension cannot run: %s\n", served.error().c_str());
         std::abort();
     }
     return EXIT_SUCCESS;
+}
+
+} // namespace
+
+int processEntry(Platform& platform, int argc, char** argv) {
+    if (entered) {
+        return serve(platform);
+    }
+    entered = true;
+    void* const runtime = platform.loader().symbol("NSExtensionMain");
+    if (runtime == nullptr) {
+        LSLog::write("NSExtensionMain unavailable — cannot serve");
+        return EXIT_FAILURE;
+    }
+    return reinterpret_cast<ExtensionMainFunction>(runtime)(argc, argv);
 }
 
 } // namespace vantor

@@ -1,32 +1,12 @@
 #pragma once
-// The process's main function, which is entered twice: first by the system's start of the process,
-// then by the extension runtime that the first entry hands control to. Main thread only.
-
-#include "platform/app_extension.h"
-
-#include <functional>
-#include <memory>
+// The process's main function, which runs twice.
 
 namespace vantor {
 
 class Platform;
 
-class ProcessEntry {
-  public:
-    using MakePrincipalObject = std::function<std::unique_ptr<AppExtension>()>;
-
-    ProcessEntry(Platform& platform, MakePrincipalObject makePrincipalObject);
-
-    /// The process's exit status. The second entry stops the process where the runtime cannot run.
-    int run(int argc, char** argv);
-
-  private:
-    int handToRuntime(int argc, char** argv);
-    int runExtension();
-
-    Platform& platform_;
-    const MakePrincipalObject makePrincipalObject_;
-    bool entered_ = false;
-};
+/// The first call hands control to the platform's extension runtime ("NSExtensionMain"), which
+/// calls it again; the second call serves. Gives the exit status. Main thread.
+int processEntry(Platform& platform, int argc, char** argv);
 
 } // namespace vantor

@@ -1,45 +1,63 @@
 #pragma once
-// Answers the agent's operations. One for each connection, which keeps it.
+// The object that answers the agent's operations on one connection.
 
-#include "extension/services.h"
+#include "bridge/request_decoding.h"
 #include "library/connected_agent.h"
-#include "platform/wallpaper_protocol.h"
+#include "platform/uuid.h"
 #include "platform/xpc.h"
 
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <span>
+#include <string>
 #include <vector>
 
 namespace vantor {
 
-/// Requests are decoded on the connection's queue; what touches surfaces runs, and replies, on the
-/// main queue.
-class WallpaperXPCHandler : public ExportedObject, public ConnectedAgent {
-  public:
-    explicit WallpaperXPCHandler(const Services& services) : services_(services) {}
+class LockScreenLibrary;
+class Platform;
+class SurfaceRegistry;
 
-    /// The places of the protocol that carry objects.
-    static std::span<const ArgumentSlot> argumentSlots() { return wallpaperArgumentSlots(); }
+/// Holds no state but the agent's proxy; surfaces live in the registry. Requests arrive on the
+/// connection's queue, are decoded there, and touch surfaces on the main queue only.
+class WallpaperXPCHandler : public ExportedObject,
+                            public ConnectedAgent,
+                            public std::enable_shared_from_this<WallpaperXPCHandler> {
+  public:
+    /// The three must outlive the handler and the main queue's work.
+    WallpaperXPCHandler(Platform& platform, LockScreenLibrary& library, SurfaceRegistry& registry);
+
+    void invoke(WallpaperOperation operation, std::vector<ObjectRef> arguments,
+                Reply reply) override;
 
     std::shared_ptr<AgentProxy> agent() const override;
     /// Null clears it. Any thread.
     void setAgent(std::shared_ptr<AgentProxy> agent);
 
-    void invoke(WallpaperOperation operation, std::vector<ObjectRef> arguments,
-                Reply reply) override;
+    /// An error of this extension.
+    static Error fail(int code, std::string message);
 
   private:
-    void acquire(const ObjectRef& id, const ObjectRef& request, Reply reply);
-    void update(const ObjectRef& id, const ObjectRef& request, Reply reply);
-    void invalidate(const ObjectRef& id, Reply reply);
+    void acquire(const ObjectRef& identifier, const ObjectRef& request, Reply reply);
+    void update(const ObjectRef& identifier, const ObjectRef& request, Reply reply);
+    void invalidate(const ObjectRef& identifier, Reply reply);
+    void provideSettingsViewModels(Reply reply);
     void invokeContextMenuAction(const ObjectRef& menuItemID);
 
-    const Services services_;
-    /// Guards agent_, which is set and cleared on the connection's threads and read on the main
-    /// one.
-    mutable std::mutex mutex_;
+    // On the main queue.
+    void acquireOnMain(const UUID& uuid, const PrivateBridge::Creation& creation, Reply reply);
+    void updateOnMain(const std::optional<UUID>& uuid, const PrivateBridge::Update& update,
+                      Reply reply);
+    /// Posts work that owes a reply to the main queue.
+    template <typename Work>
+    void onMain(Reply reply, Work work);
+
+    Platform& platform_;
+    LockScreenLibrary& library_;
+    SurfaceRegistry& registry_;
+
+    /// Guards agent_.
+    mutable std::mutex lock_;
     std::shared_ptr<AgentProxy> agent_;
 };
 
