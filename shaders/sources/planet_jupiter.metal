@@ -61,19 +61,23 @@ float noise(float2 p, float around) {
                mix(hash(float2(x0, y0 + 1.0)), hash(float2(x1, y0 + 1.0)), f.x), f.y);
 }
 
-// Cloud texture at longitude x (turns) and latitude y: streaks drawn out along the wind.
-float streaks(float2 p, float2 warp) {
+// Cloud texture at longitude p.x (turns) and latitude p.y: streaks drawn out along the wind.
+// `pixel` is the height of a pixel in p.y; octaves too fine for it fade to their mean.
+float streaks(float2 p, float2 warp, float pixel) {
     float2 q = float2(fract(p.x) * 12.0, p.y * 9.0) + warp;
+    float cells = 9.0 * pixel;
     float sum = 0.0;
-    float weight = 0.5;
+    float weight = 0.5333;
     float around = 12.0;
     for (int i = 0; i < 4; ++i) {
-        sum += weight * noise(q, around);
+        float visible = saturate(1.6 - 2.0 * cells);
+        sum += weight * mix(0.5, noise(q, around), visible);
         q = float2(q.x * 2.0, q.y * 2.0 + 7.7);
         around *= 2.0;
+        cells *= 2.0;
         weight *= 0.5;
     }
-    return sum / 0.9375;
+    return sum;
 }
 
 // Brightness of the zones by latitude, -1 in the darkest belt to 1 in the brightest zone.
@@ -127,6 +131,9 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         float2 o = float2(ovalAt * kTwoPi * cos(latitude), latitude + 0.385) / float2(0.235, 0.125);
         float within = dot(o, o);
         float hold = exp(-within * 0.75);
+        // The clouds behind it are torn up by its passage.
+        float wake = smoothstep(-0.30, -0.06, ovalAt) * smoothstep(-0.005, -0.05, ovalAt);
+        unrest *= 1.0 + 1.5 * wake * exp(-49.0 * (latitude + 0.36) * (latitude + 0.36));
 
         // Latitude waves and small vortices fray the edges of the bands.
         float lx = (longitude + spin) * kTwoPi;
@@ -149,11 +156,12 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
             float2(0.0, 0.55 * sin(lx * 5.0 + y * 30.0) + 0.35 * sin(lx * 11.0 - y * 47.0)) *
             unrest;
         float2 at = float2(longitude + spin, y * 3.2);
-        float cloudA = streaks(at + float2(driftA, 0.0), swirl);
-        float cloudB = streaks(at + float2(driftB, 0.0), swirl);
+        float fine = 3.2 * edge;
+        float cloudA = streaks(at + float2(driftA, 0.0), swirl, fine);
+        float cloudB = streaks(at + float2(driftB, 0.0), swirl, fine);
         float cloud = mix(cloudA, cloudB, blend);
-        float curl =
-            streaks(float2(at.x + 0.13, at.y * 1.5 + cloud * 0.45), swirl * 1.2 + 1.3 * cloud);
+        float2 curled = float2(at.x + 0.13, at.y * 1.5 + cloud * 0.45);
+        float curl = streaks(curled, swirl * 1.2 + 1.3 * cloud, 2.0 * fine);
 
         float tone = bands(y + 0.060 * (cloud - 0.5) * unrest);
         tone += ((cloud - 0.5) * 1.15 + (curl - 0.5) * 0.75) * unrest;
@@ -170,10 +178,11 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         surface = mix(surface, polar, smoothstep(0.7, 1.2, abs(latitude)) * 0.8);
 
         // The oval itself: a pale collar, then rust wound into a spiral.
+        within *= 1.0 + 0.14 * (curl - 0.5) + 0.26 * (cloud - 0.5);
         float spiral = sin(6.0 * sqrt(within) + 2.0 * atan2(o.y, o.x) - kTwoPi * fract(t * 0.02));
         float3 rust = mix(float3(0.74, 0.34, 0.20), u.color1.rgb, u.params.z);
         rust *= 0.92 + 0.08 * spiral + 0.25 * (cloud - 0.5);
-        surface = mix(surface, zone * 1.02, 0.75 * smoothstep(2.3, 1.3, within));
+        surface = mix(surface, zone * 1.02, 0.75 * smoothstep(2.1, 1.35, within));
         surface = mix(surface, rust, smoothstep(1.25, 0.75, within));
         // White ovals follow each other along one southern latitude.
         float pearl = fract((longitude + spin) * 9.0 + 0.2) - 0.5;

@@ -122,7 +122,7 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float room = smoothstep(2.2, 5.0, interval / (slope * pixel));
     float under = step(above, -0.5 * interval);
 
-    float thin = ink(away, pen) * mix(0.25, 1.0, room) * mix(0.42, 0.13, under);
+    float thin = ink(away, pen) * mix(0.25, 1.0, room) * mix(0.52, 0.17, under);
     float thick = isIndex * ink(away, 1.5 * pen) * mix(1.0, 0.28, under);
     float glow = isIndex * exp(-away / (4.5 * pen)) * (1.0 + u.params.z) * mix(0.26, 0.05, under);
     float3 colour = u.background.rgb * (0.7 + 0.5 * mix(high, 0.0, under));

@@ -135,12 +135,12 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
                 // where the next one stands on it, and its edge is bright.
                 float next = top + 1.0 / float(kSheets);
                 float close =
-                    smoothstep(next - 0.008, next + 0.010, ground(at + 0.40 * l, orbit).x);
-                float far = smoothstep(next - 0.012, next + 0.045, ground(at + l, orbit).x);
+                    smoothstep(next - 0.003, next + 0.010, ground(at + 0.40 * l, orbit).x);
+                float far = smoothstep(next - 0.004, next + 0.045, ground(at + l, orbit).x);
                 float shadow = max(close, 0.85 * far) * (0.62 + 0.6 * u.params.z);
-                float foot = smoothstep(next - 0.028, next, h.x);
+                float foot = smoothstep(next - 0.016, next, h.x);
                 float edge = saturate(1.5 - inside / max(1.6 * pixel, 0.006));
-                seen = hue * (0.26 + 0.66 * top) * (1.0 - shadow) * (1.0 - 0.28 * foot);
+                seen = hue * (0.26 + 0.66 * top) * (1.0 - shadow) * (1.0 - 0.14 * foot);
                 seen += (hue + 0.12) * edge * (0.30 - 0.24 * shadow);
             } else {
                 // A wall: facing the light or turned from it, darker towards its foot.

@@ -27,7 +27,7 @@ struct Nothing {};
 
 class LaunchSocket {
   public:
-    /// Takes a connected SOCK_SEQPACKET socket and makes it non-blocking.
+    /// Takes a connected SOCK_SEQPACKET socket. Neither sending nor receiving ever blocks.
     explicit LaunchSocket(FileDescriptor descriptor);
 
     int descriptor() const { return descriptor_.get(); }

@@ -21,4 +21,12 @@ std::filesystem::path systemRoot() {
     return folder.parent_path() / "lib" / "vantor";
 }
 
+std::filesystem::path installationPrefix() {
+    const std::filesystem::path folder = runningProgram().parent_path();
+    if (folder.extension() == ".appex") {
+        return folder.parent_path().parent_path().parent_path();
+    }
+    return folder.parent_path();
+}
+
 } // namespace vantor

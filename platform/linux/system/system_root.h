@@ -13,4 +13,8 @@ std::filesystem::path runningProgram();
 /// running program, else "../lib/vantor" from the running program's folder.
 std::filesystem::path systemRoot();
 
+/// The folder that the running installation's programs stand below: "PREFIX" of "PREFIX/bin" and
+/// "PREFIX/lib/vantor".
+std::filesystem::path installationPrefix();
+
 } // namespace vantor

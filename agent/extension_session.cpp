@@ -1,0 +1,84 @@
+#include "agent/extension_session.h"
+
+#include "agent/kit/kit_classes.h"
+
+namespace vantor::agent {
+namespace {
+
+/// The one class that replies to the agent's requests are made of.
+constexpr std::string_view kReplyClass = "WallpaperRemoteContextXPC";
+
+} // namespace
+
+Result<std::unique_ptr<ExtensionSession>, std::string>
+ExtensionSession::start(MainLoop& loop, const launch::LaunchRequest& request,
+                        std::span<const launch::ScreenRecord> screens, SessionHandlers handlers) {
+    std::unique_ptr<ExtensionSession> session(new ExtensionSession);
+    registerKitClasses(session->runtime_);
+    auto host = launch::LaunchHost::start(
+        loop, request,
+        {.attached = std::move(handlers.attached), .ended = std::move(handlers.ended)});
+    if (!host) {
+        return Failure{host.error()};
+    }
+    session->host_ = std::move(*host);
+    FileDescriptor socket = session->host_->connect();
+    if (!session->host_->setScreens(screens) || !socket) {
+        return Failure{std::string("the extension takes no connection")};
+    }
+    session->client_ = xpc::XPCClient::create(
+        loop, std::move(socket), session->runtime_, {session->runtime_.classNamed(kReplyClass)},
+        {.called = [](AgentOperation, const std::vector<ObjectRef>&) -> std::optional<Error> {
+             return std::nullopt;
+         },
+         // The end of its process, which follows, says more.
+         .disconnected = [] {}});
+    if (!session->client_) {
+        return Failure{std::string("no connection to the extension can be made")};
+    }
+    return session;
+}
+
+void ExtensionSession::acquire(const UUID& identifier, const CreationRequest& request,
+                               std::function<void(Result<std::uint32_t, std::string>)> done) {
+    ObjectRef creation = makeCreationRequest(request);
+    if (!creation) {
+        done(Failure{"there is no mode \"" + request.presentationMode + "/" +
+                     request.activityState + "\""});
+        return;
+    }
+    client_->call(WallpaperOperation::acquire, {makeWallpaperID(identifier), std::move(creation)},
+                  [done = std::move(done)](const xpc::CallResult& result) {
+                      if (result.error) {
+                          done(Failure{result.error->message});
+                          return;
+                      }
+                      const auto contextID =
+                          result.object ? remoteContextID(*result.object) : std::nullopt;
+                      if (!contextID) {
+                          done(Failure{std::string("the reply holds no remote context")});
+                          return;
+                      }
+                      done(*contextID);
+                  });
+}
+
+void ExtensionSession::update(const UUID& identifier, const UpdateRequest& request,
+                              std::function<void(std::optional<Error>)> done) {
+    client_->call(WallpaperOperation::update,
+                  {makeWallpaperID(identifier), makeUpdateRequest(request)},
+                  [done = std::move(done)](const xpc::CallResult& result) { done(result.error); });
+}
+
+void ExtensionSession::invalidate(const UUID& identifier,
+                                  std::function<void(std::optional<Error>)> done) {
+    client_->call(WallpaperOperation::invalidate, {makeWallpaperID(identifier)},
+                  [done = std::move(done)](const xpc::CallResult& result) { done(result.error); });
+}
+
+void ExtensionSession::tick(std::uint32_t displayID) {
+    // An extension that does not keep up, or is gone, misses a tick and nothing else.
+    static_cast<void>(host_->tick(displayID));
+}
+
+} // namespace vantor::agent

@@ -1,0 +1,62 @@
+#pragma once
+// A running extension as the agent uses it: its process, one connection for requests, and the
+// screens and ticks it is told of. Main thread.
+
+#include "agent/kit/requests.h"
+#include "platform/linux/archive/class_registry.h"
+#include "platform/linux/launch/launch_host.h"
+#include "platform/linux/main_loop.h"
+#include "platform/linux/system/xpc/xpc_client.h"
+#include "platform/result.h"
+#include "platform/uuid.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace vantor::agent {
+
+struct SessionHandlers {
+    /// The private socket of a remote context that was asked for, or none when it does not exist.
+    std::function<void(std::uint32_t contextID, FileDescriptor socket)> attached;
+    /// The extension's process has ended; see launch::HostHandlers.
+    std::function<void(const std::string& how)> ended;
+};
+
+class ExtensionSession {
+  public:
+    /// Starts the extension and connects. The error is a sentence.
+    static Result<std::unique_ptr<ExtensionSession>, std::string>
+    start(MainLoop& loop, const launch::LaunchRequest& request,
+          std::span<const launch::ScreenRecord> screens, SessionHandlers handlers);
+    ExtensionSession(const ExtensionSession&) = delete;
+    ExtensionSession& operator=(const ExtensionSession&) = delete;
+
+    pid_t processIdentifier() const { return host_->processIdentifier(); }
+
+    /// Asks for a wallpaper; `done` gets the identifier of its remote context, or the reason why
+    /// there is none.
+    void acquire(const UUID& identifier, const CreationRequest& request,
+                 std::function<void(Result<std::uint32_t, std::string>)> done);
+    /// `done` gets the extension's error, if any.
+    void update(const UUID& identifier, const UpdateRequest& request,
+                std::function<void(std::optional<Error>)> done);
+    void invalidate(const UUID& identifier, std::function<void(std::optional<Error>)> done);
+
+    /// Asks for the remote context's socket; the answer is `attached`. False when the extension is
+    /// gone.
+    [[nodiscard]] bool attach(std::uint32_t contextID) { return host_->attach(contextID); }
+    /// The display is about to show a frame.
+    void tick(std::uint32_t displayID);
+
+  private:
+    ExtensionSession() = default;
+
+    ClassRegistry runtime_;
+    std::unique_ptr<launch::LaunchHost> host_;
+    std::unique_ptr<xpc::XPCClient> client_;
+};
+
+} // namespace vantor::agent

@@ -1,0 +1,301 @@
+#include "agent/host/compositor.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+
+namespace vantor::agent {
+namespace {
+
+using namespace layerwire;
+using vulkan::Contents;
+using vulkan::Ownership;
+
+constexpr VkImageUsageFlags kOutputUsage = VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT |
+                                           VK_IMAGE_USAGE_TRANSFER_DST_BIT |
+                                           VK_IMAGE_USAGE_TRANSFER_SRC_BIT;
+constexpr VkImageUsageFlags kStillUsage =
+    VK_IMAGE_USAGE_TRANSFER_DST_BIT | VK_IMAGE_USAGE_TRANSFER_SRC_BIT;
+constexpr VkImageSubresourceLayers kColor{VK_IMAGE_ASPECT_COLOR_BIT, 0, 0, 1};
+
+/// Pixels, right and bottom excluded.
+struct PixelRect {
+    std::int32_t left = 0;
+    std::int32_t top = 0;
+    std::int32_t right = 0;
+    std::int32_t bottom = 0;
+
+    bool isEmpty() const { return left >= right || top >= bottom; }
+    std::int32_t width() const { return right - left; }
+    std::int32_t height() const { return bottom - top; }
+};
+
+PixelRect intersection(const PixelRect& one, const PixelRect& other) {
+    return {.left = std::max(one.left, other.left),
+            .top = std::max(one.top, other.top),
+            .right = std::min(one.right, other.right),
+            .bottom = std::min(one.bottom, other.bottom)};
+}
+
+std::int32_t pixel(double value) { return static_cast<std::int32_t>(std::lround(value)); }
+
+} // namespace
+
+/// Where a layer lies on the output.
+struct Compositor::Placed {
+    PixelRect rect;
+    /// What of it may be seen.
+    PixelRect clip;
+    double originX = 0;
+    double originY = 0;
+};
+
+std::unique_ptr<Compositor> Compositor::create(std::shared_ptr<vulkan::Context> gpu,
+                                               std::uint32_t width, std::uint32_t height) {
+    std::unique_ptr<Compositor> made(new Compositor(std::move(gpu)));
+    made->output_ = vulkan::DeviceImage::create(made->gpu_, {.format = VK_FORMAT_B8G8R8A8_UNORM,
+                                                             .width = width,
+                                                             .height = height,
+                                                             .usage = kOutputUsage});
+    VkCommandPoolCreateInfo pool{};
+    pool.sType = VK_STRUCTURE_TYPE_COMMAND_POOL_CREATE_INFO;
+    pool.queueFamilyIndex = made->gpu_->queueFamily();
+    if (!made->output_ ||
+        vkCreateCommandPool(made->gpu_->device(), &pool, nullptr, &made->pool_) != VK_SUCCESS) {
+        return nullptr;
+    }
+    VkCommandBufferAllocateInfo allocation{};
+    allocation.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_ALLOCATE_INFO;
+    allocation.commandPool = made->pool_;
+    allocation.level = VK_COMMAND_BUFFER_LEVEL_PRIMARY;
+    allocation.commandBufferCount = 1;
+    return vkAllocateCommandBuffers(made->gpu_->device(), &allocation, &made->commands_) ==
+                   VK_SUCCESS
+               ? std::move(made)
+               : nullptr;
+}
+
+Compositor::~Compositor() {
+    static_cast<void>(gpu_->wait(point_));
+    vkDestroyCommandPool(gpu_->device(), pool_, nullptr);
+}
+
+bool Compositor::isIdle() const { return gpu_->isDone(point_); }
+
+bool Compositor::begin() {
+    VkCommandBufferBeginInfo info{};
+    info.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
+    info.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
+    return isIdle() && vkResetCommandPool(gpu_->device(), pool_, 0) == VK_SUCCESS &&
+           vkBeginCommandBuffer(commands_, &info) == VK_SUCCESS;
+}
+
+bool Compositor::compose(const HostedContext& context, double scale) {
+    if (!begin()) {
+        return false;
+    }
+    vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
+                       Contents::discarded);
+    const VkClearColorValue black{{0.0F, 0.0F, 0.0F, 1.0F}};
+    const VkImageSubresourceRange whole{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
+    vkCmdClearColorImage(commands_, output_->handle(), VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, &black,
+                         1, &whole);
+
+    const PixelRect bounds{.right = static_cast<std::int32_t>(output_->width()),
+                           .bottom = static_cast<std::int32_t>(output_->height())};
+    std::array<Placed, kMaxLayers> placed{};
+    const auto layers = context.layers();
+    for (std::size_t i = 0; i < layers.size(); ++i) {
+        const LayerState& layer = layers[i];
+        const Placed* parent = layer.parent == kNoParent ? nullptr : &placed[layer.parent];
+        Placed& here = placed[i];
+        here.originX = layer.x + (parent != nullptr ? parent->originX : 0);
+        here.originY = layer.y + (parent != nullptr ? parent->originY : 0);
+        here.rect = {.left = pixel(here.originX * scale),
+                     .top = pixel(here.originY * scale),
+                     .right = pixel((here.originX + layer.width) * scale),
+                     .bottom = pixel((here.originY + layer.height) * scale)};
+        const bool parentMasks = parent != nullptr && layers[layer.parent].masksToBounds != 0;
+        const PixelRect outside = parent != nullptr ? parent->clip : bounds;
+        here.clip = parentMasks ? intersection(outside, parent->rect) : outside;
+
+        fill(here, layer);
+        if (const Picture* picture = context.picture(layer.picture)) {
+            drawPicture(here, layer, *picture);
+        }
+        if (vulkan::DeviceImage* frame = context.frame(layer.layerID)) {
+            drawFrame(here, *frame);
+        }
+    }
+    if (vkEndCommandBuffer(commands_) != VK_SUCCESS) {
+        return false;
+    }
+    point_ = gpu_->submit(commands_);
+    return point_ != 0;
+}
+
+void Compositor::fill(const Placed& placed, const LayerState& layer) {
+    const PixelRect area = intersection(placed.rect, placed.clip);
+    if (layer.background[3] <= 0.0F || area.isEmpty()) {
+        return;
+    }
+    vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL);
+    VkRenderingAttachmentInfo attachment{};
+    attachment.sType = VK_STRUCTURE_TYPE_RENDERING_ATTACHMENT_INFO;
+    attachment.imageView = output_->view();
+    attachment.imageLayout = VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL;
+    // The clear of a render area is the cheapest filled rectangle there is.
+    attachment.loadOp = VK_ATTACHMENT_LOAD_OP_CLEAR;
+    attachment.storeOp = VK_ATTACHMENT_STORE_OP_STORE;
+    std::copy_n(layer.background.begin(), 3, attachment.clearValue.color.float32);
+    attachment.clearValue.color.float32[3] = 1.0F;
+    VkRenderingInfo info{};
+    info.sType = VK_STRUCTURE_TYPE_RENDERING_INFO;
+    info.renderArea = {
+        {area.left, area.top},
+        {static_cast<std::uint32_t>(area.width()), static_cast<std::uint32_t>(area.height())}};
+    info.layerCount = 1;
+    info.colorAttachmentCount = 1;
+    info.pColorAttachments = &attachment;
+    vkCmdBeginRendering(commands_, &info);
+    vkCmdEndRendering(commands_);
+    vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL);
+}
+
+void Compositor::drawFrame(const Placed& placed, vulkan::DeviceImage& frame) {
+    const PixelRect area = intersection(placed.rect, placed.clip);
+    if (area.isEmpty()) {
+        return;
+    }
+    vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
+                       Ownership::acquiredFromOutside);
+    const bool oneToOne = static_cast<std::uint32_t>(placed.rect.width()) == frame.width() &&
+                          static_cast<std::uint32_t>(placed.rect.height()) == frame.height();
+    if (oneToOne) {
+        VkImageCopy copy{};
+        copy.srcSubresource = kColor;
+        copy.srcOffset = {area.left - placed.rect.left, area.top - placed.rect.top, 0};
+        copy.dstSubresource = kColor;
+        copy.dstOffset = {area.left, area.top, 0};
+        copy.extent = {static_cast<std::uint32_t>(area.width()),
+                       static_cast<std::uint32_t>(area.height()), 1};
+        vkCmdCopyImage(commands_, frame.handle(), VK_IMAGE_LAYOUT_GENERAL, output_->handle(),
+                       VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &copy);
+    } else {
+        // A frame of another size than its layer is one of before a resize: it is stretched, as
+        // layers stretch their contents, and clipped by taking the matching part of it.
+        const double stretchX = frame.width() / static_cast<double>(placed.rect.width());
+        const double stretchY = frame.height() / static_cast<double>(placed.rect.height());
+        VkImageBlit blit{};
+        blit.srcSubresource = kColor;
+        blit.srcOffsets[0] = {pixel((area.left - placed.rect.left) * stretchX),
+                              pixel((area.top - placed.rect.top) * stretchY), 0};
+        blit.srcOffsets[1] = {pixel((area.right - placed.rect.left) * stretchX),
+                              pixel((area.bottom - placed.rect.top) * stretchY), 1};
+        blit.dstSubresource = kColor;
+        blit.dstOffsets[0] = {area.left, area.top, 0};
+        blit.dstOffsets[1] = {area.right, area.bottom, 1};
+        vkCmdBlitImage(commands_, frame.handle(), VK_IMAGE_LAYOUT_GENERAL, output_->handle(),
+                       VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &blit, VK_FILTER_LINEAR);
+    }
+    vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
+                       Ownership::releasedOutside);
+}
+
+void Compositor::drawPicture(const Placed& placed, const LayerState& layer,
+                             const Picture& picture) {
+    PixelRect target = placed.rect;
+    PixelRect clip = placed.clip;
+    if (layer.gravity == Gravity::aspectFill && !target.isEmpty()) {
+        const double fillScale = std::max(target.width() / static_cast<double>(picture.width),
+                                          target.height() / static_cast<double>(picture.height));
+        const std::int32_t width = pixel(picture.width * fillScale);
+        const std::int32_t height = pixel(picture.height * fillScale);
+        target.left += (target.width() - width) / 2;
+        target.top += (target.height() - height) / 2;
+        target.right = target.left + width;
+        target.bottom = target.top + height;
+    }
+    if (layer.masksToBounds != 0) {
+        clip = intersection(clip, placed.rect);
+    }
+    const PixelRect area = intersection(target, clip);
+    if (area.isEmpty()) {
+        return;
+    }
+    if (stillID_ != layer.picture) {
+        stillStaging_ =
+            vulkan::Buffer::create(gpu_, picture.bytes.size(), VK_BUFFER_USAGE_TRANSFER_SRC_BIT);
+        still_ = vulkan::DeviceImage::create(gpu_, {.format = VK_FORMAT_B8G8R8A8_UNORM,
+                                                    .width = picture.width,
+                                                    .height = picture.height,
+                                                    .usage = kStillUsage});
+        if (!stillStaging_ || !still_) {
+            stillID_ = kNoImage;
+            return;
+        }
+        stillID_ = layer.picture;
+        std::memcpy(stillStaging_->bytes().data(), picture.bytes.data(), picture.bytes.size());
+        vulkan::transition(*gpu_, commands_, *still_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
+                           Contents::discarded);
+        VkBufferImageCopy copy{};
+        copy.imageSubresource = kColor;
+        copy.imageExtent = {picture.width, picture.height, 1};
+        vkCmdCopyBufferToImage(commands_, stillStaging_->handle(), still_->handle(),
+                               VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &copy);
+        vulkan::transition(*gpu_, commands_, *still_, VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL);
+    }
+    const double stretchX = picture.width / static_cast<double>(target.width());
+    const double stretchY = picture.height / static_cast<double>(target.height());
+    VkImageBlit blit{};
+    blit.srcSubresource = kColor;
+    blit.srcOffsets[0] = {pixel((area.left - target.left) * stretchX),
+                          pixel((area.top - target.top) * stretchY), 0};
+    blit.srcOffsets[1] = {pixel((area.right - target.left) * stretchX),
+                          pixel((area.bottom - target.top) * stretchY), 1};
+    blit.dstSubresource = kColor;
+    blit.dstOffsets[0] = {area.left, area.top, 0};
+    blit.dstOffsets[1] = {area.right, area.bottom, 1};
+    vkCmdBlitImage(commands_, still_->handle(), VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL,
+                   output_->handle(), VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &blit,
+                   VK_FILTER_LINEAR);
+}
+
+bool Compositor::read(std::span<std::uint8_t> bytes) {
+    const VkDeviceSize size = VkDeviceSize{output_->width()} * output_->height() * 4;
+    if (!readback_) {
+        readback_ = vulkan::Buffer::create(gpu_, size, VK_BUFFER_USAGE_TRANSFER_DST_BIT);
+    }
+    if (!readback_ || bytes.size() < size || !gpu_->wait(point_) || !begin()) {
+        return false;
+    }
+    vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL);
+    VkBufferImageCopy copy{};
+    copy.imageSubresource = kColor;
+    copy.imageExtent = {output_->width(), output_->height(), 1};
+    vkCmdCopyImageToBuffer(commands_, output_->handle(), VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL,
+                           readback_->handle(), 1, &copy);
+    VkMemoryBarrier2 toHost{};
+    toHost.sType = VK_STRUCTURE_TYPE_MEMORY_BARRIER_2;
+    toHost.srcStageMask = VK_PIPELINE_STAGE_2_COPY_BIT;
+    toHost.srcAccessMask = VK_ACCESS_2_TRANSFER_WRITE_BIT;
+    toHost.dstStageMask = VK_PIPELINE_STAGE_2_HOST_BIT;
+    toHost.dstAccessMask = VK_ACCESS_2_HOST_READ_BIT;
+    VkDependencyInfo dependency{};
+    dependency.sType = VK_STRUCTURE_TYPE_DEPENDENCY_INFO;
+    dependency.memoryBarrierCount = 1;
+    dependency.pMemoryBarriers = &toHost;
+    vkCmdPipelineBarrier2(commands_, &dependency);
+    if (vkEndCommandBuffer(commands_) != VK_SUCCESS) {
+        return false;
+    }
+    point_ = gpu_->submit(commands_);
+    if (point_ == 0 || !gpu_->wait(point_)) {
+        return false;
+    }
+    std::memcpy(bytes.data(), readback_->bytes().data(), size);
+    return true;
+}
+
+} // namespace vantor::agent

@@ -1,0 +1,65 @@
+#include "msl/ir/ir.h"
+#include "msl/lower/lower.h"
+#include "msl/msl.h"
+#include "msl/parser/parser.h"
+#include "msl/preprocessor/preprocessor.h"
+#include "msl/sema/sema.h"
+#include "msl/spirv/emitter.h"
+
+namespace msl {
+namespace {
+
+// The module, or nothing where a stage has reported an error.
+std::optional<Module> compileStages(const SourceManager::File& file, SourceManager& sources,
+                                    const Options& options, Diagnostics& diagnostics) {
+    Arena arena;
+    NameTable names(arena);
+    TypeTable types(arena);
+
+    Preprocessor preprocessor(sources, names, arena, diagnostics, options.includeFolders);
+    const auto tokens = preprocessor.run(file);
+
+    Parser parser(tokens, names, arena, diagnostics);
+    const auto declarations = parser.run();
+
+    Sema sema(names, arena, types, diagnostics);
+    const auto unit = sema.run(declarations);
+    if (diagnostics.hasErrors()) {
+        return std::nullopt;
+    }
+    if (unit.entryPoints.empty()) {
+        diagnostics.error(Range{}, "the source has no vertex or fragment function");
+        return std::nullopt;
+    }
+
+    ir::Module form;
+    Module result;
+    Lowerer lowerer(form, diagnostics);
+    lowerer.run(unit, result);
+    if (diagnostics.hasErrors()) {
+        return std::nullopt;
+    }
+
+    result.words = emitSpirv(form);
+    return result;
+}
+
+} // namespace
+
+CompileResult compile(std::string_view source, const Options& options) {
+    SourceManager sources;
+    Diagnostics diagnostics(sources);
+    CompileResult result;
+    if (source.size() > kMaxSourceBytes) {
+        diagnostics.error(Range{}, "a source of " + std::to_string(source.size()) +
+                                       " bytes exceeds the limit of " +
+                                       std::to_string(kMaxSourceBytes));
+    } else {
+        const auto& file = sources.add(options.fileName, source);
+        result.module = compileStages(file, sources, options, diagnostics);
+    }
+    result.diagnostics = diagnostics.take();
+    return result;
+}
+
+} // namespace msl

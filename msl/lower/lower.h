@@ -1,0 +1,222 @@
+// Lowering: the typed tree becomes the intermediate form. Every call is expanded in place with what
+// is known of its arguments; references and pointers disappear into the places they name; locals
+// become single-assignment values; control flow becomes structured blocks.
+#pragma once
+
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "msl/ir/builder.h"
+#include "msl/msl.h"
+#include "msl/sema/tree.h"
+#include "msl/source/source.h"
+
+namespace msl {
+
+class Lowerer {
+  public:
+    Lowerer(ir::Module& module, Diagnostics& diagnostics);
+
+    // Fills the module and describes its entry points. Valid only where no error was reported.
+    void run(const tree::Unit& unit, Module& result);
+
+  private:
+    using Value = ir::Value;
+
+    struct Step {
+        bool dynamic = false;
+        uint32_t index = 0; // or, where dynamic, the value that holds it
+    };
+    // Something stored, or a part of it.
+    struct Place {
+        enum class Root : uint8_t { none, ssa, memory, buffer, value };
+        Root root = Root::none;
+        uint8_t swizzleCount = 0; // components picked from the vector that the steps lead to
+        uint8_t swizzle[4] = {};
+        bool constantSpace = false;
+        uint32_t base = 0; // an ssa variable, or a value
+        const Type* rootType = nullptr;
+        const Type* type = nullptr; // of what the steps lead to, before the swizzle
+        std::vector<Step> steps;
+    };
+    struct Binding {
+        enum class Kind : uint8_t { none, ssa, place, texture, sampler };
+        Kind kind = Kind::none;
+        uint32_t ssa = 0;
+        Value resource = ir::kNoValue;
+        Place place;
+    };
+    struct Change {
+        uint32_t variable = 0;
+        Value value = ir::kNoValue;
+    };
+    // One way into a merge block, with the variables that differ from the construct's start.
+    struct Edge {
+        ir::BlockId from = ir::kNoBlock;
+        bool returned = false;
+        std::vector<Change> changes;
+    };
+    // A loop or switch that can be left from inside.
+    struct Breakable {
+        bool isLoop = false;
+        size_t mark = 0;
+        ir::BlockId breakTarget = ir::kNoBlock;
+        ir::BlockId continueTarget = ir::kNoBlock;
+        std::vector<Edge> breaks;
+        std::vector<Edge> continues;
+    };
+    // One expansion of a function.
+    struct Frame {
+        const tree::Function* function = nullptr;
+        std::vector<Binding> slots;
+        std::vector<Breakable> breakables;
+        uint32_t flag = 0;   // ssa variable: whether the function has returned
+        uint32_t result = 0; // ssa variable: what it returns
+        bool returned = false;
+    };
+    struct HoistedLoad {
+        Value base = ir::kNoValue;
+        std::vector<uint32_t> path;
+        Value loaded = ir::kNoValue;
+    };
+    class Depth;
+
+    // types.cpp
+    ir::TypeId irType(const Type* type);
+    ir::TypeId layoutType(const Type* type, Range range);
+    bool isMemoryType(const Type* type) const;
+
+    // places.cpp
+    Place place(const tree::Expr* expr);
+    Place placeAtDepth(const tree::Expr* expr);
+    Place pointerTarget(const tree::Expr* expr);
+    Place variablePlace(const tree::Expr* expr);
+    Place valuePlace(const Type* type, Value value);
+    Place spilled(const Place& place);
+    void addStep(Place& place, Step step, const Type* type);
+    void addIndex(Place& place, const tree::Expr* index, const Type* type);
+    Value load(const Place& place);
+    Value loadWhole(const Place& place);
+    Value loadParts(const Place& place, const Type* type, Range range);
+    Value pointerOf(const Place& place, const Type* type);
+    Value loadFrom(const Place& place, const Type* type);
+    void store(const Place& place, Value value);
+    Value replacePart(Value whole, const Place& place, size_t step, Value part);
+    Value extractPart(Value whole, const Step& step);
+    Value pickSwizzle(const Place& place, Value vector);
+    void storeParts(const Place& place, const Type* type, Value value);
+    Place globalPlace(const tree::Variable& variable);
+    Place newMemory(const Type* type);
+
+    // statements.cpp
+    void statement(const tree::Stmt* stmt);
+    void statementAtDepth(const tree::Stmt* stmt);
+    void statements(std::span<tree::Stmt* const> list);
+    void declareVariable(const tree::Stmt* stmt);
+    void ifElse(const tree::Stmt* stmt, std::span<tree::Stmt* const> rest);
+    void loop(const tree::Stmt* stmt);
+    void multiway(const tree::Stmt* stmt);
+    void leave(const tree::Stmt* stmt);
+    bool afterReturn(std::span<tree::Stmt* const> rest);
+    void breakTo(Breakable& target, std::vector<Edge>& edges, ir::BlockId block);
+    bool live() const { return builder_.open() && !frame_->returned; }
+    Edge edge(size_t mark);
+    void rollBack(size_t mark);
+    void merge(ir::BlockId block, std::vector<Edge>& edges);
+    uint32_t newVariable(Value value);
+    void setVariable(uint32_t variable, Value value);
+    std::vector<uint32_t> loopVariables(const tree::Stmt* stmt);
+
+    // expressions.cpp
+    Value value(const tree::Expr* expr);
+    Value valueAtDepth(const tree::Expr* expr);
+    Value constant(const Type* type, uint64_t bits);
+    Value convert(Value value, const Type* from, const Type* to);
+    Value convertScalars(Value value, const Type* from, const Type* to, uint32_t count);
+    Value wrapSmall(Value value, const Type* type);
+    Value construct(const tree::Expr* expr);
+    Value conditional(const tree::Expr* expr);
+    Value logical(const tree::Expr* expr);
+    Value choose(Value condition, const Type* type, const tree::Expr* a, const tree::Expr* b);
+    Value assign(const tree::Expr* expr, Place* target);
+    Value zeroOf(const Type* type);
+
+    // operators.cpp
+    Value binary(TokenKind op, const Type* operandA, const Type* operandB, Value a, Value b);
+    Value matrixBinary(TokenKind op, const Type* operandA, const Type* operandB, Value a, Value b);
+    Value unaryMinus(const Type* type, Value a);
+    Value step(const tree::Expr* expr);
+
+    // calls.cpp
+    Value call(const tree::Expr* expr);
+    void bindParameter(Frame& frame, const tree::Variable& parameter, const tree::Expr* argument);
+    Value library(const tree::Expr* expr);
+
+    // library.cpp
+    Value special(const tree::Expr* expr, const std::vector<Value>& x);
+    Value floatSpecial(Special what, const tree::Expr* expr, const std::vector<Value>& x);
+    Value integerSpecial(Special what, const Type* type, const std::vector<Value>& x);
+    Value packSpecial(Special what, const std::vector<Value>& x);
+    Value minMax(const Type* type, bool max, Value a, Value b);
+    Value floatSplat(ir::TypeId type, float number);
+    Value intSplat(ir::TypeId type, uint64_t number);
+
+    // textures.cpp
+    Value texture(const tree::Expr* expr);
+    Value textureResource(const tree::Expr* expr);
+    Value samplerResource(const tree::Expr* expr);
+    Value textureCoordinate(const tree::Expr* expr, bool integer);
+    Value fromTexel(const Type* texture, Value texel, const Type* result);
+
+    // entry.cpp
+    void entryPoint(const tree::Function& function, Module& result);
+    bool entryParameter(const tree::Variable& parameter, Binding& binding, EntryPoint& entry);
+    bool resourceParameter(const tree::Variable& parameter, uint32_t index, Binding& binding,
+                           EntryPoint& entry);
+    std::optional<Value> inputValue(const Type* type, std::span<const ast::Attribute> attributes,
+                                    Name name, Range range);
+    std::optional<Value> stageIn(const tree::Variable& parameter);
+    bool storeResult(const tree::Function& function);
+    bool outputValue(const Type* type, std::span<const ast::Attribute> attributes, Name name,
+                     Range range, Value value);
+    Value interfaceVariable(ir::TypeId type, ir::Global global);
+    uint32_t varyingLocation(Name name);
+    ir::TypeId interfaceType(const Type* type);
+    Value constantSampler(uint32_t index);
+    std::optional<uint32_t> attributeNumber(const ast::Attribute& attribute);
+    void useGlobal(Value variable);
+
+    bool spend(Range range);
+    void error(Range range, std::string message) { diagnostics_.error(range, std::move(message)); }
+
+    ir::Module& module_;
+    ir::Builder builder_;
+    Diagnostics& diagnostics_;
+    const tree::Unit* unit_ = nullptr;
+    ir::Function* function_ = nullptr;
+    Stage stage_ = Stage::fragment;
+    Frame* frame_ = nullptr;
+    ir::BlockId prologue_ = ir::kNoBlock;
+    std::vector<Value> current_; // of each ssa variable
+    struct Logged {
+        uint32_t variable;
+        Value before;
+    };
+    std::vector<Logged> log_;
+    std::vector<uint32_t> stamps_; // of each ssa variable: the last collection that saw it
+    uint32_t stamp_ = 0;
+    std::vector<Binding> globals_;
+    std::vector<HoistedLoad> hoisted_;
+    std::unordered_map<const Type*, ir::TypeId> types_;
+    std::unordered_map<const Type*, ir::TypeId> layouts_;
+    std::vector<Name> varyings_;
+    std::vector<Value> constantSamplers_;
+    std::vector<uint32_t> usedSamplers_;
+    uint32_t depth_ = 0;
+    uint32_t steps_ = 0;
+    bool stopped_ = false;
+    bool usesInt64_ = false;
+};
+
+} // namespace msl

@@ -1,0 +1,570 @@
+#include "msl/parser/nesting.h"
+#include "msl/parser/parser.h"
+
+namespace msl {
+
+using namespace ast;
+
+TypeSyntax* Parser::builtinSyntax(const Type* type, Range range) {
+    auto* syntax = arena_.make<TypeSyntax>();
+    syntax->kind = TypeSyntaxKind::builtin;
+    syntax->builtin = type;
+    syntax->range = range;
+    return syntax;
+}
+
+// How many tokens of "a::b::" stand at `ahead`.
+size_t Parser::skipQualifiers(size_t ahead) const {
+    size_t i = ahead;
+    if (peek(i).is(TokenKind::colonColon)) {
+        ++i;
+    }
+    while (peek(i).is(TokenKind::identifier) && peek(i + 1).is(TokenKind::colonColon)) {
+        i += 2;
+    }
+    return i - ahead;
+}
+
+// Whether the next tokens name a type.
+bool Parser::startsType() const {
+    const Token& token = peek(skipQualifiers(0));
+    if (!token.is(TokenKind::identifier)) {
+        return false;
+    }
+    switch (token.name->keyword) {
+    case Keyword::boolWord:
+    case Keyword::charWord:
+    case Keyword::shortWord:
+    case Keyword::intWord:
+    case Keyword::longWord:
+    case Keyword::halfWord:
+    case Keyword::floatWord:
+    case Keyword::doubleWord:
+    case Keyword::voidWord:
+    case Keyword::unsignedWord:
+    case Keyword::signedWord:
+    case Keyword::autoWord:
+    case Keyword::decltypeWord:
+    case Keyword::structWord:
+    case Keyword::classWord:
+    case Keyword::unionWord:
+    case Keyword::enumWord:
+    case Keyword::typenameWord:
+    case Keyword::constWord:
+    case Keyword::volatileWord:
+    case Keyword::constantWord:
+    case Keyword::deviceWord:
+    case Keyword::threadWord:
+    case Keyword::threadgroupWord:
+        return true;
+    case Keyword::none:
+        break;
+    default:
+        return false;
+    }
+    const auto kind = token.name->parserKind;
+    if (kind == ParserKind::type || kind == ParserKind::typeTemplate) {
+        return true;
+    }
+    if (kind != ParserKind::unknown) {
+        return false;
+    }
+    if (builtinTypeOf(token.name) != nullptr) {
+        return true;
+    }
+    const auto text = token.name->text;
+    return (text.starts_with("texture") || text.starts_with("depth") || text == "vec" ||
+            text == "array" || text == "matrix") &&
+           peek(skipQualifiers(0) + 1).is(TokenKind::less);
+}
+
+// Whether a statement that starts here declares something: a type that is not at once called.
+bool Parser::startsDeclaration() const {
+    if (!at(TokenKind::identifier) && !at(TokenKind::colonColon)) {
+        return at(TokenKind::leftBracket) && peek(1).is(TokenKind::leftBracket);
+    }
+    switch (at(TokenKind::identifier) ? peek().name->keyword : Keyword::none) {
+    case Keyword::typedefWord:
+    case Keyword::usingWord:
+    case Keyword::staticWord:
+    case Keyword::constexprWord:
+    case Keyword::inlineWord:
+    case Keyword::externWord:
+    case Keyword::staticAssertWord:
+    case Keyword::namespaceWord:
+    case Keyword::templateWord:
+        return true;
+    default:
+        break;
+    }
+    if (!startsType()) {
+        return false;
+    }
+    const size_t after = skipQualifiers(0) + 1;
+    const auto kind = peek(after).kind;
+    const bool scopedName =
+        peek(after - 1).is(TokenKind::identifier) && peek(after).is(TokenKind::colonColon);
+    return kind != TokenKind::leftParen && kind != TokenKind::leftBrace && !scopedName;
+}
+
+QualifiedName* Parser::qualifiedName(bool asType) {
+    auto* result = arena_.make<QualifiedName>();
+    const Token& first = peek();
+    std::vector<Name> spaces;
+    accept(TokenKind::colonColon);
+    while (at(TokenKind::identifier) && peek(1).is(TokenKind::colonColon)) {
+        spaces.push_back(advance().name);
+        advance();
+    }
+    if (accept(Keyword::operatorWord)) {
+        std::string text = "operator";
+        if (at(TokenKind::leftParen) || at(TokenKind::leftBracket)) {
+            text += at(TokenKind::leftParen) ? "()" : "[]";
+            advance();
+            advance();
+        } else {
+            text += spelling(advance().kind);
+        }
+        result->name = names_.intern(text);
+    } else {
+        Range range;
+        if (!expectName(result->name, range, asType ? "a type" : "a name")) {
+            return nullptr;
+        }
+    }
+    result->spaces = arena_.copy(spaces);
+    result->range = rangeFrom(first);
+    const bool isTemplate =
+        result->name->parserKind == ParserKind::typeTemplate ||
+        result->name->parserKind == ParserKind::functionTemplate ||
+        (asType && at(TokenKind::less) && result->name->parserKind == ParserKind::unknown);
+    if (isTemplate && at(TokenKind::less)) {
+        std::vector<TemplateArgument> list;
+        if (!templateArguments(list)) {
+            return nullptr;
+        }
+        result->hasArguments = true;
+        result->arguments = arena_.copy(list);
+        result->range = rangeFrom(first);
+    }
+    return result;
+}
+
+// Takes one '>' off the front, which may be the half of a '>>'.
+bool Parser::closeAngle() {
+    if (at(TokenKind::greater)) {
+        advance();
+        return true;
+    }
+    if (at(TokenKind::shiftRight)) {
+        if (halfAngle_) {
+            advance();
+        }
+        halfAngle_ = !halfAngle_;
+        return true;
+    }
+    unexpected("'>'");
+    return false;
+}
+
+bool Parser::templateArguments(std::vector<TemplateArgument>& list) {
+    const Nesting nesting(*this);
+    if (nesting.refused()) {
+        return false;
+    }
+    advance();
+    ++angleDepth_;
+    bool good = true;
+    while (good && !at(TokenKind::greater) && !at(TokenKind::shiftRight)) {
+        TemplateArgument argument;
+        if (startsType()) {
+            argument.type = typeName();
+            good = argument.type != nullptr;
+        } else {
+            argument.value = binary(1);
+            good = argument.value != nullptr;
+        }
+        list.push_back(argument);
+        if (!accept(TokenKind::comma)) {
+            break;
+        }
+    }
+    --angleDepth_;
+    return good && closeAngle();
+}
+
+std::vector<Attribute> Parser::attributes() {
+    std::vector<Attribute> list;
+    while (true) {
+        if (at(Keyword::attributeWord) || at(Keyword::alignasWord)) {
+            advance();
+            uint32_t nesting = 0;
+            do {
+                nesting += at(TokenKind::leftParen) ? 1U : 0U;
+                nesting -= at(TokenKind::rightParen) ? 1U : 0U;
+                advance();
+            } while (nesting > 0 && !at(TokenKind::endOfFile));
+            continue;
+        }
+        if (!at(TokenKind::leftBracket) || !peek(1).is(TokenKind::leftBracket)) {
+            return list;
+        }
+        advance();
+        advance();
+        while (at(TokenKind::identifier)) {
+            Attribute attribute;
+            attribute.range = peek().range();
+            attribute.name = advance().name;
+            while (accept(TokenKind::colonColon)) {
+                attribute.name = advance().name;
+            }
+            if (accept(TokenKind::leftParen)) {
+                if (at(TokenKind::identifier) && peek(1).is(TokenKind::rightParen)) {
+                    attribute.word = peek().name;
+                }
+                if (attribute.word != nullptr && attribute.word->keyword != Keyword::none) {
+                    advance();
+                } else if (!at(TokenKind::rightParen)) {
+                    attribute.argument = expression();
+                }
+                if (!expect(TokenKind::rightParen, "after the attribute's argument")) {
+                    return list;
+                }
+            }
+            list.push_back(attribute);
+            if (!accept(TokenKind::comma)) {
+                break;
+            }
+        }
+        if (!expect(TokenKind::rightBracket, "after the attribute") ||
+            !expect(TokenKind::rightBracket, "after the attribute")) {
+            return list;
+        }
+    }
+}
+
+bool Parser::specifiers(Specifiers& result) {
+    const Token& first = peek();
+    bool seen = false;
+    auto list = attributes();
+    while (true) {
+        if (at(TokenKind::leftBracket) && peek(1).is(TokenKind::leftBracket)) {
+            for (const auto& attribute : attributes()) {
+                list.push_back(attribute);
+            }
+            continue;
+        }
+        if (!typeSpecifier(result, seen)) {
+            break;
+        }
+    }
+    result.attributes = arena_.copy(list);
+    if (result.type == nullptr) {
+        if (!diagnostics_.exhausted()) {
+            if (atIdentifier()) {
+                error(peek(), "there is no type named '" + std::string(peek().name->text) + "'");
+                for (const auto name : names_.all()) {
+                    if ((name->parserKind == ParserKind::type || builtinTypeOf(name) != nullptr) &&
+                        name != peek().name &&
+                        editDistance(name->text, peek().name->text, 2) <= 2) {
+                        diagnostics_.note(peek().range(),
+                                          "did you mean '" + std::string(name->text) + "'?");
+                        break;
+                    }
+                }
+            } else {
+                unexpected("a declaration");
+            }
+        }
+        return false;
+    }
+    result.type->isConst = result.type->isConst || result.isConst || result.isConstexpr;
+    if (result.space != AddressSpace::none) {
+        result.type->space = result.space;
+    }
+    if (result.type->range.length == 0) {
+        result.type->range = rangeFrom(first);
+    }
+    return true;
+}
+
+// One word of a declaration's beginning. False where none follows.
+bool Parser::typeSpecifier(Specifiers& result, bool& seen) {
+    const Token& token = peek();
+    if (!token.is(TokenKind::identifier) && !token.is(TokenKind::colonColon)) {
+        return false;
+    }
+    const auto word = token.is(TokenKind::identifier) ? token.name->keyword : Keyword::none;
+    switch (word) {
+    case Keyword::constWord:
+        result.isConst = true;
+        advance();
+        return true;
+    case Keyword::constexprWord:
+        result.isConstexpr = true;
+        advance();
+        return true;
+    case Keyword::staticWord:
+        result.isStatic = true;
+        advance();
+        return true;
+    case Keyword::typedefWord:
+        result.isTypedef = true;
+        advance();
+        return true;
+    case Keyword::inlineWord:
+    case Keyword::externWord:
+    case Keyword::volatileWord:
+    case Keyword::mutableWord:
+    case Keyword::registerWord:
+    case Keyword::explicitWord:
+    case Keyword::typenameWord:
+    case Keyword::virtualWord:
+    case Keyword::friendWord:
+        advance();
+        return true;
+    case Keyword::attributeWord:
+    case Keyword::alignasWord:
+        attributes();
+        return true;
+    case Keyword::constantWord:
+        result.space = AddressSpace::constant;
+        advance();
+        return true;
+    case Keyword::deviceWord:
+        result.space = AddressSpace::device;
+        advance();
+        return true;
+    case Keyword::threadWord:
+        result.space = AddressSpace::thread;
+        advance();
+        return true;
+    case Keyword::threadgroupWord:
+        result.space = AddressSpace::threadgroup;
+        advance();
+        return true;
+    case Keyword::vertexWord:
+        result.stage = FunctionStage::vertex;
+        advance();
+        return true;
+    case Keyword::fragmentWord:
+        result.stage = FunctionStage::fragment;
+        advance();
+        return true;
+    case Keyword::kernelWord:
+        result.stage = FunctionStage::kernel;
+        advance();
+        return true;
+    default:
+        break;
+    }
+    if (seen) {
+        return false;
+    }
+    if (word == Keyword::structWord || word == Keyword::classWord || word == Keyword::unionWord ||
+        word == Keyword::enumWord) {
+        bool definition = false;
+        const Token& start = token;
+        Decl* decl = word == Keyword::enumWord ? enumDeclaration() : structDeclaration(definition);
+        if (decl == nullptr) {
+            return false;
+        }
+        auto* syntax = arena_.make<TypeSyntax>();
+        syntax->kind = TypeSyntaxKind::declared;
+        syntax->declared = decl;
+        syntax->range = {start.location, start.length};
+        result.type = syntax;
+        result.defined = decl;
+        return seen = true;
+    }
+    if (word == Keyword::unsignedWord || word == Keyword::signedWord) {
+        const bool isUnsigned = word == Keyword::unsignedWord;
+        const Token& first = advance();
+        TypeKind kind = isUnsigned ? TypeKind::uintType : TypeKind::intType;
+        if (accept(Keyword::charWord)) {
+            kind = isUnsigned ? TypeKind::ucharType : TypeKind::charType;
+        } else if (accept(Keyword::shortWord)) {
+            kind = isUnsigned ? TypeKind::ushortType : TypeKind::shortType;
+            accept(Keyword::intWord);
+        } else if (accept(Keyword::longWord)) {
+            kind = isUnsigned ? TypeKind::ulongType : TypeKind::longType;
+            accept(Keyword::longWord);
+            accept(Keyword::intWord);
+        } else {
+            accept(Keyword::intWord);
+        }
+        result.type = builtinSyntax(scalarType(kind), rangeFrom(first));
+        return seen = true;
+    }
+    if (word == Keyword::autoWord) {
+        auto* syntax = builtinSyntax(nullptr, advance().range());
+        syntax->kind = TypeSyntaxKind::automatic;
+        result.type = syntax;
+        return seen = true;
+    }
+    if (word == Keyword::decltypeWord) {
+        const Token& first = advance();
+        if (!expect(TokenKind::leftParen, "after 'decltype'")) {
+            return false;
+        }
+        auto* syntax = builtinSyntax(nullptr, first.range());
+        syntax->kind = TypeSyntaxKind::typeOf;
+        syntax->operand = expression();
+        if (syntax->operand == nullptr || !expect(TokenKind::rightParen, "after the expression")) {
+            return false;
+        }
+        result.type = syntax;
+        return seen = true;
+    }
+    if (word == Keyword::doubleWord) {
+        error(token, "the language has no 'double'; 'float' is its widest floating-point type");
+        advance();
+        result.type = builtinSyntax(floatType(), token.range());
+        return seen = true;
+    }
+    if (!startsType()) {
+        return false;
+    }
+    const size_t qualifiers = skipQualifiers(0);
+    const Token& last = peek(qualifiers);
+    const bool user = last.name->parserKind == ParserKind::type ||
+                      last.name->parserKind == ParserKind::typeTemplate;
+    if (!user && builtinTypeOf(last.name) != nullptr) {
+        for (size_t i = 0; i <= qualifiers; ++i) {
+            advance();
+        }
+        const Type* type = builtinTypeOf(last.name);
+        if (word == Keyword::longWord || word == Keyword::shortWord) {
+            accept(Keyword::longWord);
+            accept(Keyword::intWord);
+        }
+        result.type = builtinSyntax(type, last.range());
+        return seen = true;
+    }
+    auto* name = qualifiedName(true);
+    if (name == nullptr) {
+        return false;
+    }
+    auto* syntax = arena_.make<TypeSyntax>();
+    syntax->kind = TypeSyntaxKind::named;
+    syntax->name = name;
+    syntax->range = name->range;
+    result.type = syntax;
+    return seen = true;
+}
+
+bool Parser::arraySuffixes(TypeSyntax*& type) {
+    std::vector<std::pair<Expr*, Range>> lengths;
+    while (at(TokenKind::leftBracket) && !peek(1).is(TokenKind::leftBracket)) {
+        const Token& open = advance();
+        Expr* length = nullptr;
+        if (!at(TokenKind::rightBracket)) {
+            length = expression();
+            if (length == nullptr) {
+                return false;
+            }
+        }
+        if (!expect(TokenKind::rightBracket, "after the array's length")) {
+            return false;
+        }
+        if (lengths.size() >= kMaxNesting / 4) {
+            error(open, "an array has too many dimensions");
+            return false;
+        }
+        lengths.emplace_back(length, rangeFrom(open));
+    }
+    for (auto i = lengths.rbegin(); i != lengths.rend(); ++i) {
+        auto* array = arena_.make<TypeSyntax>();
+        array->kind = TypeSyntaxKind::array;
+        array->element = type;
+        array->length = i->first;
+        array->range = i->second;
+        array->isConst = type->isConst;
+        array->space = type->space;
+        type = array;
+    }
+    return true;
+}
+
+bool Parser::declarator(const Specifiers& specifiers, Declarator& result, bool abstract) {
+    const Nesting nesting(*this);
+    if (nesting.refused()) {
+        return false;
+    }
+    // Several declarators may share the specifiers, and some change the type they start from.
+    result.type = arena_.make<TypeSyntax>(*specifiers.type);
+    const bool grouped = at(TokenKind::leftParen) &&
+                         (peek(1).is(TokenKind::ampersand) || peek(1).is(TokenKind::star));
+    if (grouped) {
+        advance();
+    }
+    TypeSyntax* outer = nullptr;
+    uint32_t count = 0;
+    while (true) {
+        if (at(TokenKind::star) || at(TokenKind::ampersand)) {
+            if (++count > 8) {
+                error(peek(), "a type has too many levels of pointers");
+                return false;
+            }
+            auto* pointer = arena_.make<TypeSyntax>();
+            pointer->kind =
+                at(TokenKind::star) ? TypeSyntaxKind::pointer : TypeSyntaxKind::reference;
+            pointer->range = advance().range();
+            pointer->element = result.type;
+            if (grouped) {
+                outer = pointer;
+            }
+            result.type = pointer;
+        } else if (at(Keyword::constWord)) {
+            advance();
+            result.type->isConst = true;
+        } else if (at(Keyword::constantWord) || at(Keyword::deviceWord) ||
+                   at(Keyword::threadWord) || at(Keyword::threadgroupWord)) {
+            const auto word = advance().name->keyword;
+            result.type->space = word == Keyword::constantWord ? AddressSpace::constant
+                                 : word == Keyword::deviceWord ? AddressSpace::device
+                                 : word == Keyword::threadWord ? AddressSpace::thread
+                                                               : AddressSpace::threadgroup;
+        } else if (at(Keyword::volatileWord)) {
+            advance();
+        } else {
+            break;
+        }
+    }
+    if (atIdentifier() || at(Keyword::operatorWord) ||
+        (at(TokenKind::identifier) && peek(1).is(TokenKind::colonColon))) {
+        result.range = peek().range();
+        result.name = qualifiedName(false);
+        if (result.name == nullptr) {
+            return false;
+        }
+        result.range = result.name->range;
+    } else if (!abstract) {
+        unexpected("a name");
+        return false;
+    }
+    if (grouped) {
+        if (!expect(TokenKind::rightParen, "after the declarator")) {
+            return false;
+        }
+        if (outer != nullptr) {
+            return arraySuffixes(outer->element);
+        }
+    }
+    return at(TokenKind::leftParen) || arraySuffixes(result.type);
+}
+
+TypeSyntax* Parser::typeName() {
+    const Nesting nesting(*this);
+    if (nesting.refused()) {
+        return nullptr;
+    }
+    Specifiers parts;
+    Declarator result;
+    if (!specifiers(parts) || !declarator(parts, result, true)) {
+        return nullptr;
+    }
+    return result.type;
+}
+
+} // namespace msl

@@ -1,0 +1,394 @@
+#include <algorithm>
+#include <bit>
+
+#include "msl/sema/sema.h"
+
+namespace msl {
+
+using tree::ExprKind;
+
+const Type* Sema::commonScalar(const Type* a, const Type* b) const {
+    const auto promoted = [](const Type* type) {
+        return type->isInteger() && type->kind < TypeKind::intType ? intType() : type;
+    };
+    a = promoted(a);
+    b = promoted(b);
+    return a->kind >= b->kind ? a : b;
+}
+
+Rank Sema::rank(const Type* from, const Type* to) const {
+    from = unpacked(from);
+    to = unpacked(to);
+    if (from == to) {
+        return Rank::exact;
+    }
+    if (from->isEnum() && !from->enumeration->scoped && to->isScalar()) {
+        return to == from->element ? Rank::promotion : Rank::conversion;
+    }
+    if (from->isEnum() && from->enumeration->scoped) {
+        return Rank::none;
+    }
+    if (from->isScalar() && to->isScalar()) {
+        const bool small = from->isInteger() && from->kind < TypeKind::intType;
+        if ((small && to == intType()) || (from->kind == TypeKind::halfType && to == floatType())) {
+            return Rank::promotion;
+        }
+        return Rank::conversion;
+    }
+    if ((from->isScalar() || from->isEnum()) && to->isVector()) {
+        return Rank::splat;
+    }
+    if (from->isVector() && to->isVector() && from->count == to->count) {
+        return Rank::vectorConversion;
+    }
+    if (from->isMatrix() && to->isMatrix() && from->count == to->count &&
+        from->element->count == to->element->count) {
+        return Rank::vectorConversion;
+    }
+    if (to->isPointer() && from->isPointer() && from->element == to->element &&
+        from->space == to->space && (to->constPointee || !from->constPointee)) {
+        return Rank::promotion;
+    }
+    if (to->isPointer() && from->isArray() && from->element == to->element) {
+        return Rank::exact;
+    }
+    return Rank::none;
+}
+
+// The conversion itself, known to be possible.
+tree::Expr* Sema::convertTo(tree::Expr* expr, const Type* to) {
+    if (unpacked(expr->type) == unpacked(to)) {
+        return expr;
+    }
+    if (expr->kind == ExprKind::constant && (to->isScalar() || to->isEnum())) {
+        if (const auto value = convertScalar({expr->type, expr->bits}, to)) {
+            return constantExpr(to, value->bits, expr->range);
+        }
+    }
+    if (to->isPointer() && expr->type->isArray()) {
+        // An array is the address of its first element.
+        tree::Expr* element = makeExpr(ExprKind::index, expr->type->element, expr->range);
+        element->a = expr;
+        element->b = constantExpr(intType(), 0, expr->range);
+        element->lvalue = true;
+        element->isConst = expr->isConst;
+        element->space = expr->space;
+        tree::Expr* address = makeExpr(ExprKind::addressOf, to, expr->range);
+        address->a = finish(element);
+        return finish(address);
+    }
+    if (to->isPointer()) {
+        tree::Expr* same = arena_.make<tree::Expr>(*expr);
+        same->type = to;
+        return same;
+    }
+    tree::Expr* result = makeExpr(ExprKind::convert, unpacked(to), expr->range);
+    result->a = expr;
+    return finish(result);
+}
+
+tree::Expr* Sema::convert(tree::Expr* expr, const Type* to, Range range, std::string_view what) {
+    if (rank(expr->type, to) == Rank::none) {
+        error(range, std::string(what) + " has the type '" + toText(expr->type) +
+                         "', which does not convert to '" + toText(to) + "'");
+        return nullptr;
+    }
+    if (to->isPointer() && expr->type->isArray()) {
+        if (expr->space != to->space && !(expr->space == AddressSpace::none)) {
+            error(range, std::string(what) + " lies in another address space than '" + toText(to) +
+                             "' names");
+            return nullptr;
+        }
+        noteAssigned(expr);
+    }
+    return convertTo(expr, to);
+}
+
+tree::Expr* Sema::explicitConvert(tree::Expr* expr, const Type* to, Range range) {
+    const Type* from = expr->type;
+    if (from->isEnum() && (to->isScalar() || to->isEnum())) {
+        return convertTo(expr, to);
+    }
+    if (to->isEnum() && from->isScalar()) {
+        return convertTo(expr, to);
+    }
+    if (to->isVoid()) {
+        tree::Expr* result = makeExpr(ExprKind::convert, to, range);
+        result->a = expr;
+        return finish(result);
+    }
+    if (to->isMatrix() && from->isScalar()) {
+        return matrixFrom(to, {expr}, range);
+    }
+    if (to->isPointer() && from->isPointer() && from->element == to->element) {
+        return convertTo(expr, to);
+    }
+    if (rank(from, to) == Rank::none) {
+        error(range, "'" + toText(from) + "' does not convert to '" + toText(to) + "'");
+        return nullptr;
+    }
+    return convertTo(expr, to);
+}
+
+// Small integers and enumerations become int, as C++ promotes operands.
+tree::Expr* Sema::promote(tree::Expr* expr) {
+    const Type* type = expr->type;
+    if (type->isEnum() && !type->enumeration->scoped) {
+        return convertTo(expr, commonScalar(type->element, intType()));
+    }
+    if (type->isInteger() && type->kind < TypeKind::intType) {
+        return convertTo(expr, intType());
+    }
+    return expr;
+}
+
+tree::Expr* Sema::vectorFrom(const Type* type, std::vector<tree::Expr*> parts, Range range) {
+    type = unpacked(type);
+    if (parts.empty()) {
+        return defaultValue(type, range);
+    }
+    if (parts.size() == 1 &&
+        (parts[0]->type->isScalar() || parts[0]->type->isEnum() ||
+         (parts[0]->type->isVector() && parts[0]->type->count == type->count))) {
+        return explicitConvert(parts[0], type, range);
+    }
+    uint32_t total = 0;
+    for (auto*& part : parts) {
+        if (!part->type->isArithmetic() && !part->type->isEnum()) {
+            error(part->range, "a vector cannot be made from '" + toText(part->type) + "'");
+            return nullptr;
+        }
+        total += part->type->components();
+        part = convertTo(part, vectorType(type->element->kind, part->type->components()));
+    }
+    if (total != type->count) {
+        error(range, "'" + toText(type) + "' needs " + std::to_string(type->count) +
+                         " components, not " + std::to_string(total));
+        return nullptr;
+    }
+    tree::Expr* result = makeExpr(ExprKind::construct, type, range);
+    result->items = arena_.copy(parts);
+    return finish(result);
+}
+
+tree::Expr* Sema::matrixFrom(const Type* type, std::vector<tree::Expr*> parts, Range range) {
+    const Type* column = type->element;
+    const uint32_t columns = type->count;
+    const uint32_t rows = column->count;
+    if (parts.empty()) {
+        return defaultValue(type, range);
+    }
+    if (parts.size() == 1 && parts[0]->type->isMatrix()) {
+        return explicitConvert(parts[0], type, range);
+    }
+    std::vector<tree::Expr*> result;
+    if (parts.size() == 1 && parts[0]->type->isScalar()) {
+        // A scalar fills the diagonal.
+        tree::Expr* scalar = convertTo(parts[0], type->scalar());
+        tree::Expr* matrix = makeExpr(ExprKind::construct, type, range);
+        matrix->items = arena_.copy(std::vector<tree::Expr*>{scalar});
+        return finish(matrix);
+    }
+    if (parts.size() == columns && parts[0]->type->isVector()) {
+        for (auto* part : parts) {
+            tree::Expr* converted = convert(part, column, part->range, "a column");
+            if (converted == nullptr) {
+                return nullptr;
+            }
+            result.push_back(converted);
+        }
+    } else if (parts.size() == size_t{columns} * rows) {
+        for (uint32_t i = 0; i < columns; ++i) {
+            const auto first = parts.begin() + static_cast<ptrdiff_t>(i * rows);
+            tree::Expr* made = vectorFrom(column, {first, first + rows}, range);
+            if (made == nullptr) {
+                return nullptr;
+            }
+            result.push_back(made);
+        }
+    } else {
+        error(range, "'" + toText(type) + "' is made from " + std::to_string(columns) +
+                         " columns or " + std::to_string(columns * rows) + " numbers, not from " +
+                         std::to_string(parts.size()) + " values");
+        return nullptr;
+    }
+    tree::Expr* matrix = makeExpr(ExprKind::construct, type, range);
+    matrix->items = arena_.copy(result);
+    return finish(matrix);
+}
+
+// What a value of the type is when nothing is said: zeros, and a struct's own default values.
+tree::Expr* Sema::defaultValue(const Type* type, Range range) {
+    if (type->isStruct()) {
+        const auto record = records_.find(type);
+        const bool plain = record == records_.end() || record->second->defaults.empty();
+        bool nested = false;
+        for (const auto& field : type->structure->fields) {
+            nested = nested || field.type->isStruct();
+        }
+        if (!plain || nested) {
+            size_t used = 0;
+            return aggregate(type, {}, {}, used, range);
+        }
+    }
+    return finish(makeExpr(ExprKind::zero, type, range));
+}
+
+tree::Expr* Sema::initialise(const Type* type, const ast::Expr* init, ast::InitKind kind) {
+    if (init->kind == ast::ExprKind::list) {
+        return fromList(type, init->items, init->designators, init->range,
+                        kind != ast::InitKind::paren);
+    }
+    tree::Expr* expr = value(init);
+    if (expr == nullptr) {
+        return nullptr;
+    }
+    return convert(expr, type, init->range, "the value");
+}
+
+tree::Expr* Sema::fromList(const Type* type, std::span<ast::Expr* const> items,
+                           std::span<const Name> designators, Range range, bool braces) {
+    if (items.empty() && braces) {
+        return defaultValue(type, range);
+    }
+    if (type->isStruct()) {
+        const auto record = records_.find(type);
+        if (record != records_.end()) {
+            for (const auto& method : record->second->methods) {
+                if (method.name != type->structure->name) {
+                    continue;
+                }
+                std::vector<tree::Expr*> arguments;
+                if (!argumentsOf(items, arguments)) {
+                    return nullptr;
+                }
+                if (arguments.size() == 1 && arguments[0]->type == type) {
+                    return arguments[0];
+                }
+                return callOverloads(method.overloads, nullptr, arguments, items, nullptr, range,
+                                     false);
+            }
+        }
+    }
+    if (type->isArray() || type->isStruct()) {
+        if (items.size() == 1 && items[0]->kind != ast::ExprKind::list && designators.empty()) {
+            const uint32_t before = diagnostics_.errorCount();
+            tree::Expr* only = value(items[0]);
+            if (only == nullptr || diagnostics_.errorCount() != before) {
+                return nullptr;
+            }
+            if (only->type == type) {
+                return only;
+            }
+            pending_.emplace(items[0], only);
+        }
+        if (!braces) {
+            error(range, "'" + toText(type) + "' is made with braces, not with parentheses");
+            return nullptr;
+        }
+        size_t used = 0;
+        tree::Expr* result = aggregate(type, items, designators, used, range);
+        if (result != nullptr && used < items.size()) {
+            error(items[used]->range, "there are more values than '" + toText(type) + "' has");
+            return nullptr;
+        }
+        return result;
+    }
+    std::vector<tree::Expr*> parts;
+    if (!argumentsOf(items, parts)) {
+        return nullptr;
+    }
+    if (type->isVector()) {
+        return vectorFrom(type, parts, range);
+    }
+    if (type->isMatrix()) {
+        return matrixFrom(type, parts, range);
+    }
+    if (parts.size() != 1) {
+        error(range, "'" + toText(type) + "' is made from one value, not from " +
+                         std::to_string(parts.size()));
+        return nullptr;
+    }
+    return braces ? convert(parts[0], type, parts[0]->range, "the value")
+                  : explicitConvert(parts[0], type, range);
+}
+
+// An array or struct from a list, whose inner braces may be left out.
+tree::Expr* Sema::aggregate(const Type* type, std::span<ast::Expr* const> items,
+                            std::span<const Name> designators, size_t& used, Range range) {
+    const size_t count = type->isArray() ? type->length : type->structure->fields.size();
+    if (type->leaves > kMaxTypeLeaves * 4) {
+        error(range, "a value of more than " + std::to_string(kMaxTypeLeaves * 4) +
+                         " parts cannot be initialised");
+        return nullptr;
+    }
+    std::vector<tree::Expr*> parts(count, nullptr);
+    size_t position = 0;
+    while (used < items.size() && (position < count || !designators.empty())) {
+        if (!designators.empty() && designators[used] != nullptr) {
+            position = count;
+            for (size_t i = 0; type->isStruct() && i < count; ++i) {
+                if (type->structure->fields[i].name == designators[used]) {
+                    position = i;
+                }
+            }
+            if (position == count) {
+                error(items[used]->range, "'" + toText(type) + "' has no member '" +
+                                              std::string(designators[used]->text) + "'");
+                return nullptr;
+            }
+        }
+        if (position >= count) {
+            break;
+        }
+        const Type* part = type->isArray() ? type->element : type->structure->fields[position].type;
+        const ast::Expr* item = items[used];
+        tree::Expr* made = nullptr;
+        if (item->kind == ast::ExprKind::list) {
+            made = fromList(part, item->items, item->designators, item->range, true);
+            ++used;
+        } else if (part->isArray() || part->isStruct()) {
+            tree::Expr* whole = value(item);
+            if (whole == nullptr) {
+                return nullptr;
+            }
+            if (whole->type == part) {
+                made = whole;
+                ++used;
+            } else {
+                pending_.emplace(item, whole);
+                made = aggregate(part, items, {}, used, item->range);
+            }
+        } else {
+            made = initialise(part, item, ast::InitKind::brace);
+            ++used;
+        }
+        if (made == nullptr) {
+            return nullptr;
+        }
+        parts[position++] = made;
+    }
+    const auto record = type->isStruct() ? records_.find(type) : records_.end();
+    for (size_t i = 0; i < count; ++i) {
+        if (parts[i] != nullptr) {
+            continue;
+        }
+        const Type* part = type->isArray() ? type->element : type->structure->fields[i].type;
+        const ast::Expr* init = nullptr;
+        if (record != records_.end()) {
+            for (const auto& given : record->second->defaults) {
+                init = given.field == i ? given.init : init;
+            }
+        }
+        parts[i] = init != nullptr ? initialise(part, init, ast::InitKind::equal)
+                                   : defaultValue(part, range);
+        if (parts[i] == nullptr) {
+            return nullptr;
+        }
+    }
+    tree::Expr* result = makeExpr(ExprKind::construct, type, range);
+    result->items = arena_.copy(parts);
+    return finish(result);
+}
+
+} // namespace msl

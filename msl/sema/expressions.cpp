@@ -1,0 +1,936 @@
+#include <algorithm>
+#include <bit>
+
+#include "msl/sema/depth.h"
+#include "msl/sema/sema.h"
+
+namespace msl {
+
+using tree::ExprKind;
+
+tree::Expr* Sema::makeExpr(ExprKind kind, const Type* type, Range range) {
+    auto* expr = arena_.make<tree::Expr>();
+    expr->kind = kind;
+    expr->type = type;
+    expr->range = range;
+    return expr;
+}
+
+// Sums up what the parts say of cost and effects.
+tree::Expr* Sema::finish(tree::Expr* expr) {
+    uint32_t cost = 1;
+    bool simple = true;
+    const auto add = [&](const tree::Expr* part) {
+        if (part != nullptr) {
+            cost += part->cost;
+            simple = simple && part->simple;
+        }
+    };
+    add(expr->a);
+    add(expr->b);
+    add(expr->c);
+    for (const auto* item : expr->items) {
+        add(item);
+    }
+    switch (expr->kind) {
+    case ExprKind::assign:
+    case ExprKind::compound:
+    case ExprKind::step:
+    case ExprKind::call:
+        simple = false;
+        break;
+    case ExprKind::library:
+        simple = simple && expr->library->lowering != Lowering::special;
+        cost += 2;
+        break;
+    case ExprKind::index:
+        // Reading beyond an array's end must not happen where the source does not read.
+        simple = simple && expr->b->kind == ExprKind::constant;
+        break;
+    case ExprKind::binary:
+        simple = simple && !(expr->type->isInteger() &&
+                             (expr->op == TokenKind::slash || expr->op == TokenKind::percent));
+        break;
+    case ExprKind::deref:
+        simple = false;
+        break;
+    default:
+        break;
+    }
+    expr->simple = simple;
+    expr->cost = static_cast<uint16_t>(std::min(cost, 60000U));
+    return expr;
+}
+
+tree::Expr* Sema::constantExpr(const Type* type, uint64_t bits, Range range) {
+    tree::Expr* expr = makeExpr(ExprKind::constant, type, range);
+    expr->bits = bits;
+    return finish(expr);
+}
+
+tree::Expr* Sema::variableExpr(tree::Variable* variable, Range range) {
+    tree::Expr* expr = makeExpr(ExprKind::variable, variable->type, range);
+    expr->variable = variable;
+    expr->lvalue = true;
+    expr->isConst = variable->isConst;
+    expr->space = variable->space;
+    return finish(expr);
+}
+
+tree::Expr* Sema::fieldExpr(tree::Expr* base, uint32_t index, Range range) {
+    tree::Expr* expr = makeExpr(ExprKind::field, base->type->structure->fields[index].type, range);
+    expr->a = base;
+    expr->index = index;
+    expr->lvalue = base->lvalue;
+    expr->isConst = base->isConst;
+    expr->space = base->space;
+    return finish(expr);
+}
+
+tree::Expr* Sema::value(const ast::Expr* expr) {
+    if (!pending_.empty()) {
+        if (const auto known = pending_.find(expr); known != pending_.end()) {
+            tree::Expr* result = known->second;
+            pending_.erase(known);
+            return result;
+        }
+    }
+    tree::Expr* result = expression(expr);
+    if (result != nullptr && result->type->isVoid()) {
+        error(expr->range, "this has no value");
+        return nullptr;
+    }
+    return result;
+}
+
+tree::Expr* Sema::expression(const ast::Expr* expr) {
+    const DepthGuard guard(depth_);
+    return tooDeep(expr->range) || diagnostics_.exhausted() ? nullptr : expressionAtDepth(expr);
+}
+
+tree::Expr* Sema::expressionAtDepth(const ast::Expr* expr) {
+    using enum ast::ExprKind;
+    switch (expr->kind) {
+    case intLiteral:
+        return constantExpr(expr->literalType, expr->intValue, expr->range);
+    case floatLiteral:
+        return constantExpr(
+            expr->literalType,
+            std::bit_cast<uint64_t>(static_cast<double>(static_cast<float>(expr->floatValue))),
+            expr->range);
+    case boolLiteral:
+        return constantExpr(boolType(), expr->intValue, expr->range);
+    case nullLiteral:
+        error(expr->range, "null pointers are not supported");
+        return nullptr;
+    case name:
+        return nameExpression(expr);
+    case call:
+        return Sema::call(expr);
+    case construct: {
+        if (expr->type->kind == ast::TypeSyntaxKind::automatic) {
+            error(expr->range, "'auto' has no meaning here");
+            return nullptr;
+        }
+        const Type* type = resolve(expr->type);
+        if (type == nullptr) {
+            return nullptr;
+        }
+        if (type->isVoid() || type->isResource() || type->isReference()) {
+            error(expr->range, "a value of the type '" + toText(type) + "' cannot be made");
+            return nullptr;
+        }
+        if (expr->items.empty()) {
+            return defaultValue(type, expr->range);
+        }
+        tree::Expr* made =
+            fromList(type, expr->items, expr->designators, expr->range, expr->braces);
+        return made;
+    }
+    case cast: {
+        const Type* type = resolve(expr->type);
+        tree::Expr* operand = type == nullptr ? nullptr : expression(expr->a);
+        return operand == nullptr ? nullptr : explicitConvert(operand, type, expr->range);
+    }
+    case bitCast: {
+        const Type* type = resolve(expr->type);
+        tree::Expr* operand = type == nullptr ? nullptr : value(expr->a);
+        if (operand == nullptr) {
+            return nullptr;
+        }
+        if (!type->isArithmetic() || !operand->type->isArithmetic() || type->scalar()->isBool() ||
+            operand->type->scalar()->isBool() || type->size != operand->type->size) {
+            error(expr->range, "'as_type' takes a scalar or vector of the same size; '" +
+                                   toText(operand->type) + "' is not as large as '" + toText(type) +
+                                   "'");
+            return nullptr;
+        }
+        if (type->scalar()->size < 4 || operand->type->scalar()->size < 4) {
+            if (type->scalar()->kind != operand->type->scalar()->kind &&
+                (type->scalar()->isFloating() || operand->type->scalar()->isFloating() ||
+                 type->scalar()->size != operand->type->scalar()->size)) {
+                error(expr->range, "'as_type' between '" + toText(operand->type) + "' and '" +
+                                       toText(type) + "' is not supported");
+                return nullptr;
+            }
+            return convertTo(operand, type);
+        }
+        tree::Expr* result = makeExpr(ExprKind::bitCast, unpacked(type), expr->range);
+        result->a = operand;
+        return finish(result);
+    }
+    case ast::ExprKind::unary:
+        return Sema::unary(expr);
+    case postfix:
+        return stepExpression(expr, true);
+    case ast::ExprKind::binary:
+    case logical:
+        return Sema::binary(expr);
+    case ast::ExprKind::assign:
+        return Sema::assign(expr);
+    case ast::ExprKind::conditional:
+        return Sema::conditional(expr);
+    case comma: {
+        tree::Expr* left = expression(expr->a);
+        tree::Expr* right = expression(expr->b);
+        if (left == nullptr || right == nullptr) {
+            return nullptr;
+        }
+        tree::Expr* result = makeExpr(ExprKind::comma, right->type, expr->range);
+        result->a = left;
+        result->b = right;
+        return finish(result);
+    }
+    case member:
+        return memberExpression(expr);
+    case index:
+        return indexExpression(expr);
+    case list:
+        error(expr->range, "a list in braces is no value by itself");
+        return nullptr;
+    case sizeOf:
+    case alignOf: {
+        const Type* type = nullptr;
+        if (expr->type != nullptr) {
+            type = resolve(expr->type);
+        } else if (const auto* operand = value(expr->a)) {
+            type = operand->type;
+        }
+        if (type == nullptr) {
+            return nullptr;
+        }
+        return constantExpr(scalarType(TypeKind::ulongType),
+                            expr->kind == sizeOf ? type->size : type->alignment, expr->range);
+    }
+    case thisObject: {
+        if (state_ == nullptr || state_->function->self == nullptr) {
+            error(expr->range, "'this' has no meaning outside a member function");
+            return nullptr;
+        }
+        tree::Expr* self = variableExpr(state_->function->self, expr->range);
+        tree::Expr* result =
+            makeExpr(ExprKind::addressOf,
+                     types_.pointer(self->type, AddressSpace::thread, self->isConst), expr->range);
+        result->a = self;
+        return finish(result);
+    }
+    }
+    return nullptr;
+}
+
+tree::Expr* Sema::nameExpression(const ast::Expr* expr) {
+    const auto& name = *expr->name;
+    Symbol* symbol = lookup(name);
+    const bool local = symbol != nullptr && symbol->space == nullptr;
+    if (!local && name.spaces.empty() && state_ != nullptr && state_->function->self != nullptr) {
+        const Type* self = state_->function->self->type;
+        for (uint32_t i = 0; i < self->structure->fields.size(); ++i) {
+            if (self->structure->fields[i].name == name.name) {
+                return fieldExpr(variableExpr(state_->function->self, expr->range), i, expr->range);
+            }
+        }
+    }
+    if (symbol == nullptr) {
+        if (name.name->text == "__builtin_inff" || name.name->text == "__builtin_nanf") {
+            const double number =
+                name.name->text == "__builtin_inff" ? __builtin_inf() : __builtin_nan("");
+            return constantExpr(floatType(), std::bit_cast<uint64_t>(number), expr->range);
+        }
+        if (!findLibraryFunctions(name.name).empty()) {
+            error(expr->range, "'" + std::string(name.name->text) + "' is a function; call it");
+            return nullptr;
+        }
+        reportUnknown(name, "variable");
+        return nullptr;
+    }
+    switch (symbol->kind) {
+    case SymbolKind::variable:
+        if (symbol->variable == nullptr) {
+            return nullptr; // its declaration was wrong and has been reported
+        }
+        return variableExpr(symbol->variable, expr->range);
+    case SymbolKind::enumerator:
+    case SymbolKind::value:
+        return constantExpr(symbol->type, symbol->value, expr->range);
+    case SymbolKind::functions:
+        error(expr->range, "'" + std::string(name.name->text) + "' is a function; call it");
+        return nullptr;
+    default:
+        error(expr->range, "'" + std::string(name.name->text) + "' is not a value");
+        return nullptr;
+    }
+}
+
+tree::Expr* Sema::memberExpression(const ast::Expr* expr) {
+    tree::Expr* base = value(expr->a);
+    if (base == nullptr) {
+        return nullptr;
+    }
+    if (expr->op == TokenKind::arrow) {
+        if (!base->type->isPointer()) {
+            error(expr->range, "'->' needs a pointer, not '" + toText(base->type) + "'");
+            return nullptr;
+        }
+        tree::Expr* target = makeExpr(ExprKind::deref, base->type->element, expr->range);
+        target->a = base;
+        target->lvalue = true;
+        target->isConst = base->type->constPointee;
+        target->space = base->type->space;
+        base = finish(target);
+    }
+    const Name name = expr->name->name;
+    if (base->type->isVector()) {
+        return swizzle(base, expr);
+    }
+    if (base->type->isStruct()) {
+        const auto& fields = base->type->structure->fields;
+        for (uint32_t i = 0; i < fields.size(); ++i) {
+            if (fields[i].name == name) {
+                return fieldExpr(base, i, expr->range);
+            }
+        }
+        const uint32_t before = diagnostics_.errorCount();
+        error(expr->range,
+              "'" + toText(base->type) + "' has no member '" + std::string(name->text) + "'");
+        for (const auto& field : fields) {
+            if (diagnostics_.errorCount() > before &&
+                editDistance(field.name->text, name->text, 2) <= 2) {
+                diagnostics_.note(expr->range,
+                                  "did you mean '" + std::string(field.name->text) + "'?");
+                break;
+            }
+        }
+        return nullptr;
+    }
+    if (base->type->isPointer()) {
+        error(expr->range, "'" + toText(base->type) + "' is a pointer; its members follow '->'");
+        return nullptr;
+    }
+    error(expr->range, "'" + toText(base->type) + "' has no members");
+    return nullptr;
+}
+
+tree::Expr* Sema::swizzle(tree::Expr* base, const ast::Expr* expr) {
+    const auto text = expr->name->name->text;
+    const Type* type = base->type;
+    tree::Expr* result = makeExpr(ExprKind::swizzle, nullptr, expr->range);
+    bool repeated = false;
+    bool good = text.size() >= 1 && text.size() <= 4;
+    const std::string_view set =
+        good && std::string_view("rgba").find(text[0]) != std::string_view::npos ? "rgba" : "xyzw";
+    for (size_t i = 0; good && i < text.size(); ++i) {
+        const auto component = set.find(text[i]);
+        good = component != std::string_view::npos && component < type->count;
+        if (good) {
+            for (size_t j = 0; j < i; ++j) {
+                repeated = repeated || result->components[j] == component;
+            }
+            result->components[i] = static_cast<uint8_t>(component);
+        }
+    }
+    if (!good) {
+        error(expr->range, "'" + toText(type) + "' has no component '" + std::string(text) + "'");
+        return nullptr;
+    }
+    result->componentCount = static_cast<uint8_t>(text.size());
+    result->type = vectorType(type->element->kind, result->componentCount);
+    result->a = base;
+    result->lvalue = base->lvalue && !repeated;
+    result->isConst = base->isConst;
+    result->space = base->space;
+    return finish(result);
+}
+
+tree::Expr* Sema::indexExpression(const ast::Expr* expr) {
+    tree::Expr* base = value(expr->a);
+    tree::Expr* position = value(expr->b);
+    if (base == nullptr || position == nullptr) {
+        return nullptr;
+    }
+    if (base->type->isStruct()) {
+        bool found = false;
+        tree::Expr* result = operatorCall("operator[]", {base, position}, expr->range, found);
+        if (found) {
+            return result;
+        }
+    }
+    const Type* type = base->type;
+    if (!type->isArray() && !type->isVector() && !type->isMatrix() && !type->isPointer()) {
+        error(expr->range, "'" + toText(type) + "' cannot be indexed");
+        return nullptr;
+    }
+    if (!position->type->isInteger() && !position->type->isEnum()) {
+        error(position->range, "an index is an integer, not '" + toText(position->type) + "'");
+        return nullptr;
+    }
+    position = promote(position);
+    if (position->type->size == 8) {
+        position = convertTo(position, intType());
+    }
+    constantSteps_ = 0;
+    const uint32_t length = type->isArray() ? type->length : type->count;
+    if (const auto known = evaluate(position)) {
+        const auto at = static_cast<int64_t>(known->bits);
+        if (!type->isPointer() && length != 0 && (at < 0 || at >= length)) {
+            error(position->range,
+                  "the index " + std::to_string(at) + " is outside '" + toText(type) + "'");
+            return nullptr;
+        }
+        position = constantExpr(position->type, known->bits, position->range);
+    }
+    tree::Expr* result = makeExpr(ExprKind::index, type->element, expr->range);
+    result->a = base;
+    result->b = position;
+    result->lvalue = type->isPointer() || base->lvalue;
+    result->isConst = type->isPointer() ? type->constPointee : base->isConst;
+    result->space = type->isPointer() ? type->space : base->space;
+    return finish(result);
+}
+
+tree::Expr* Sema::unary(const ast::Expr* expr) {
+    if (expr->op == TokenKind::plusPlus || expr->op == TokenKind::minusMinus) {
+        return stepExpression(expr, false);
+    }
+    tree::Expr* operand = value(expr->a);
+    if (operand == nullptr) {
+        return nullptr;
+    }
+    if (operand->type->isStruct() && expr->op != TokenKind::ampersand) {
+        bool found = false;
+        tree::Expr* result = operatorCall("operator" + std::string(spelling(expr->op)), {operand},
+                                          expr->range, found);
+        if (found) {
+            return result;
+        }
+    }
+    const auto refuse = [&]() -> tree::Expr* {
+        error(expr->range, "'" + std::string(spelling(expr->op)) + "' does not apply to '" +
+                               toText(operand->type) + "'");
+        return nullptr;
+    };
+    switch (expr->op) {
+    case TokenKind::ampersand: {
+        if (!operand->lvalue || operand->kind == ExprKind::swizzle) {
+            error(expr->range, "only what is stored has an address");
+            return nullptr;
+        }
+        noteAssigned(operand);
+        tree::Expr* result =
+            makeExpr(ExprKind::addressOf,
+                     types_.pointer(operand->type, operand->space, operand->isConst), expr->range);
+        result->a = operand;
+        return finish(result);
+    }
+    case TokenKind::star: {
+        if (!operand->type->isPointer()) {
+            return refuse();
+        }
+        tree::Expr* result = makeExpr(ExprKind::deref, operand->type->element, expr->range);
+        result->a = operand;
+        result->lvalue = true;
+        result->isConst = operand->type->constPointee;
+        result->space = operand->type->space;
+        return finish(result);
+    }
+    case TokenKind::exclamation: {
+        if (!operand->type->isArithmetic()) {
+            return refuse();
+        }
+        operand = convertTo(operand, vectorType(TypeKind::boolType, operand->type->components()));
+        break;
+    }
+    case TokenKind::tilde:
+        operand = promote(operand);
+        if (!operand->type->isArithmetic() || operand->type->scalar()->isFloating()) {
+            return refuse();
+        }
+        break;
+    default:
+        operand = promote(operand);
+        if (!operand->type->isArithmetic() && !operand->type->isMatrix()) {
+            return refuse();
+        }
+        if (expr->op == TokenKind::plus) {
+            tree::Expr* same = makeExpr(ExprKind::convert, operand->type, expr->range);
+            same->a = operand;
+            return finish(same);
+        }
+        break;
+    }
+    operand->type = unpacked(operand->type);
+    tree::Expr* result = makeExpr(ExprKind::unary, unpacked(operand->type), expr->range);
+    result->op = expr->op;
+    result->a = operand;
+    finish(result);
+    if (operand->kind == ExprKind::constant) {
+        constantSteps_ = 0;
+        if (const auto known = evaluate(result)) {
+            return constantExpr(result->type, known->bits, expr->range);
+        }
+    }
+    return result;
+}
+
+bool Sema::writable(const tree::Expr* expr, Range range) {
+    if (!expr->lvalue) {
+        error(range, expr->kind == ExprKind::swizzle
+                         ? "a swizzle that repeats a component cannot be written"
+                         : "this value cannot be written");
+        return false;
+    }
+    if (expr->isConst) {
+        const tree::Expr* root = expr;
+        while (root->a != nullptr && root->kind != ExprKind::variable) {
+            root = root->a;
+        }
+        error(range, root->kind == ExprKind::variable && root->variable->name != nullptr
+                         ? "'" + std::string(root->variable->name->text) +
+                               "' is constant and cannot be written"
+                         : "a constant cannot be written");
+        return false;
+    }
+    if (expr->type->isResource()) {
+        error(range, "a '" + toText(expr->type) + "' cannot be assigned");
+        return false;
+    }
+    noteAssigned(expr);
+    return true;
+}
+
+tree::Expr* Sema::stepExpression(const ast::Expr* expr, bool after) {
+    tree::Expr* operand = value(expr->a);
+    if (operand == nullptr || !writable(operand, expr->range)) {
+        return nullptr;
+    }
+    if (!operand->type->isArithmetic() || operand->type->scalar()->isBool()) {
+        error(expr->range, "'" + std::string(spelling(expr->op)) + "' does not apply to '" +
+                               toText(operand->type) + "'");
+        return nullptr;
+    }
+    tree::Expr* result = makeExpr(ExprKind::step, unpacked(operand->type), expr->range);
+    result->op = expr->op;
+    result->a = operand;
+    result->after = after;
+    return finish(result);
+}
+
+// Brings two operands to the types that the operator takes.
+bool Sema::binaryOperands(TokenKind op, tree::Expr*& a, tree::Expr*& b, Range range) {
+    const auto refuse = [&] {
+        error(range, "'" + std::string(spelling(op)) + "' does not apply to '" + toText(a->type) +
+                         "' and '" + toText(b->type) + "'");
+        return false;
+    };
+    const bool equality = op == TokenKind::equalEqual || op == TokenKind::exclamationEqual;
+    if (equality && a->type->isEnum() && a->type == b->type) {
+        a = convertTo(a, a->type->element);
+        b = convertTo(b, b->type->element);
+    }
+    if (a->type->isEnum() && a->type == b->type && a->type->enumeration->scoped &&
+        (op == TokenKind::less || op == TokenKind::greater || op == TokenKind::lessEqual ||
+         op == TokenKind::greaterEqual)) {
+        a = convertTo(a, a->type->element);
+        b = convertTo(b, b->type->element);
+    }
+    a = promote(a);
+    b = promote(b);
+    if (a->type->isMatrix() || b->type->isMatrix()) {
+        const Type* element = floatType();
+        if (a->type->isMatrix() && b->type->isMatrix() && a->type->scalar() == b->type->scalar()) {
+            element = a->type->scalar();
+        }
+        const auto toElement = [&](tree::Expr* expr) -> tree::Expr* {
+            if (expr->type->isMatrix()) {
+                return convertTo(
+                    expr, matrixType(element->kind, expr->type->count, expr->type->element->count));
+            }
+            return expr->type->isArithmetic()
+                       ? convertTo(expr, vectorType(element->kind, expr->type->components()))
+                       : nullptr;
+        };
+        tree::Expr* left = toElement(a);
+        tree::Expr* right = toElement(b);
+        if (left == nullptr || right == nullptr) {
+            return refuse();
+        }
+        const bool scalar = left->type->isScalar() || right->type->isScalar();
+        bool fits = false;
+        if (op == TokenKind::star) {
+            if (scalar) {
+                fits = true;
+            } else if (left->type->isMatrix() && right->type->isMatrix()) {
+                fits = left->type->count == right->type->element->count;
+            } else if (left->type->isMatrix()) {
+                fits = left->type->count == right->type->count;
+            } else {
+                fits = left->type->count == right->type->element->count;
+            }
+        } else if (op == TokenKind::plus || op == TokenKind::minus || equality) {
+            fits = left->type == right->type;
+        } else if (op == TokenKind::slash) {
+            fits = right->type->isScalar();
+        }
+        if (!fits) {
+            return refuse();
+        }
+        a = left;
+        b = right;
+        return true;
+    }
+    if (!a->type->isArithmetic() || !b->type->isArithmetic()) {
+        return refuse();
+    }
+    const bool shift = op == TokenKind::shiftLeft || op == TokenKind::shiftRight;
+    const bool aVector = a->type->isVector();
+    const bool bVector = b->type->isVector();
+    if (aVector && bVector && a->type->count != b->type->count) {
+        return refuse();
+    }
+    const uint32_t count = std::max(a->type->components(), b->type->components());
+    const Type* aScalar = a->type->scalar();
+    const Type* bScalar = b->type->scalar();
+    const Type* common = nullptr;
+    if (shift) {
+        a = convertTo(a, vectorType(aScalar->kind, count));
+        b = convertTo(b, vectorType(aScalar->kind, count));
+        common = aScalar;
+    } else {
+        if (aVector == bVector) {
+            common = aVector && aScalar == bScalar ? aScalar : commonScalar(aScalar, bScalar);
+        } else {
+            // A scalar takes the vector's component type; it must not lose its fraction.
+            common = aVector ? aScalar : bScalar;
+            const Type* scalar = aVector ? bScalar : aScalar;
+            if (scalar->isFloating() && !common->isFloating()) {
+                error(range, "'" + std::string(spelling(op)) + "' of '" + toText(a->type) +
+                                 "' and '" + toText(b->type) +
+                                 "' would lose the fraction; convert one of them");
+                return false;
+            }
+        }
+        a = convertTo(a, vectorType(common->kind, count));
+        b = convertTo(b, vectorType(common->kind, count));
+    }
+    const bool integerOnly = shift || op == TokenKind::percent || op == TokenKind::ampersand ||
+                             op == TokenKind::pipe || op == TokenKind::caret;
+    if (integerOnly && common->isFloating()) {
+        if (op == TokenKind::percent) {
+            error(range, "'%' does not apply to '" + toText(a->type) + "'; 'fmod' does");
+            return false;
+        }
+        return refuse();
+    }
+    return true;
+}
+
+tree::Expr* Sema::makeBinary(TokenKind op, tree::Expr* a, tree::Expr* b, Range range) {
+    const Type* type = unpacked(a->type);
+    switch (op) {
+    case TokenKind::equalEqual:
+    case TokenKind::exclamationEqual:
+    case TokenKind::less:
+    case TokenKind::greater:
+    case TokenKind::lessEqual:
+    case TokenKind::greaterEqual:
+        type = a->type->isMatrix() ? boolType()
+                                   : vectorType(TypeKind::boolType, a->type->components());
+        break;
+    case TokenKind::star:
+        if (a->type->isMatrix() && b->type->isMatrix()) {
+            type = matrixType(a->type->scalar()->kind, b->type->count, a->type->element->count);
+        } else if (a->type->isMatrix() && b->type->isVector()) {
+            type = a->type->element;
+        } else if (a->type->isVector() && b->type->isMatrix()) {
+            type = vectorType(b->type->scalar()->kind, b->type->count);
+        } else if (b->type->isMatrix()) {
+            type = b->type;
+        }
+        break;
+    default:
+        break;
+    }
+    tree::Expr* result = makeExpr(ExprKind::binary, type, range);
+    result->op = op;
+    result->a = a;
+    result->b = b;
+    return finish(result);
+}
+
+tree::Expr* Sema::operatorCall(std::string_view name, std::vector<tree::Expr*> operands,
+                               Range range, bool& found) {
+    const Name interned = names_.intern(name);
+    found = false;
+    const Type* self = operands[0]->type;
+    if (self->isStruct()) {
+        const auto record = records_.find(self);
+        if (record != records_.end()) {
+            for (const auto& method : record->second->methods) {
+                if (method.name == interned) {
+                    std::vector<tree::Expr*> rest(operands.begin() + 1, operands.end());
+                    found = true;
+                    return callOverloads(method.overloads, operands[0], rest, {}, nullptr, range,
+                                         false);
+                }
+            }
+        }
+    }
+    const Symbol* symbol = lookup(interned);
+    if (symbol == nullptr || symbol->kind != SymbolKind::functions) {
+        return nullptr;
+    }
+    found = true;
+    return callOverloads(symbol->overloads, nullptr, operands, {}, nullptr, range, false);
+}
+
+tree::Expr* Sema::binary(const ast::Expr* expr) {
+    tree::Expr* a = value(expr->a);
+    tree::Expr* b = value(expr->b);
+    if (a == nullptr || b == nullptr) {
+        return nullptr;
+    }
+    if (expr->kind == ast::ExprKind::logical) {
+        if (!a->type->isArithmetic() || !b->type->isArithmetic() ||
+            (a->type->isVector() && b->type->isVector() && a->type->count != b->type->count)) {
+            error(expr->range, "'" + std::string(spelling(expr->op)) + "' does not apply to '" +
+                                   toText(a->type) + "' and '" + toText(b->type) + "'");
+            return nullptr;
+        }
+        const uint32_t count = std::max(a->type->components(), b->type->components());
+        a = convertTo(a, vectorType(TypeKind::boolType, count));
+        b = convertTo(b, vectorType(TypeKind::boolType, count));
+        if (count > 1) {
+            return makeBinary(expr->op == TokenKind::ampersandAmpersand ? TokenKind::ampersand
+                                                                        : TokenKind::pipe,
+                              a, b, expr->range);
+        }
+        tree::Expr* result = makeExpr(ExprKind::logical, boolType(), expr->range);
+        result->op = expr->op;
+        result->a = a;
+        result->b = b;
+        return finish(result);
+    }
+    if (a->type->isStruct() || b->type->isStruct()) {
+        bool found = false;
+        tree::Expr* result =
+            operatorCall("operator" + std::string(spelling(expr->op)), {a, b}, expr->range, found);
+        if (found) {
+            return result;
+        }
+    }
+    if (a->type->isPointer() || b->type->isPointer() || a->type->isArray()) {
+        const bool plus = expr->op == TokenKind::plus || expr->op == TokenKind::minus;
+        if (plus && (a->type->isPointer() || a->type->isArray()) && b->type->isInteger()) {
+            const Type* pointer = a->type->isPointer()
+                                      ? a->type
+                                      : types_.pointer(a->type->element, a->space, a->isConst);
+            tree::Expr* offset = convertTo(b, intType());
+            if (expr->op == TokenKind::minus) {
+                tree::Expr* negated = makeExpr(ExprKind::unary, intType(), expr->range);
+                negated->op = TokenKind::minus;
+                negated->a = offset;
+                offset = finish(negated);
+            }
+            tree::Expr* element = makeExpr(ExprKind::index, pointer->element, expr->range);
+            element->a = a;
+            element->b = offset;
+            element->lvalue = true;
+            element->isConst = pointer->constPointee;
+            element->space = pointer->space;
+            finish(element);
+            if (a->type->isArray()) {
+                noteAssigned(a);
+            }
+            tree::Expr* result = makeExpr(ExprKind::addressOf, pointer, expr->range);
+            result->a = element;
+            return finish(result);
+        }
+    }
+    if (!binaryOperands(expr->op, a, b, expr->range)) {
+        return nullptr;
+    }
+    return makeBinary(expr->op, a, b, expr->range);
+}
+
+tree::Expr* Sema::assign(const ast::Expr* expr) {
+    tree::Expr* target = value(expr->a);
+    if (target == nullptr) {
+        return nullptr;
+    }
+    if (expr->op == TokenKind::equal) {
+        if (target->type->isStruct() && !target->lvalue) {
+            writable(target, expr->range);
+            return nullptr;
+        }
+        tree::Expr* source = initialise(target->type, expr->b, ast::InitKind::equal);
+        if (source == nullptr || !writable(target, expr->range)) {
+            return nullptr;
+        }
+        if (target->type->isPointer()) {
+            error(expr->range, "a pointer keeps what it is initialised with; assigning it is not "
+                               "supported");
+            return nullptr;
+        }
+        tree::Expr* result = makeExpr(ExprKind::assign, target->type, expr->range);
+        result->a = target;
+        result->b = source;
+        result->lvalue = true;
+        result->space = target->space;
+        return finish(result);
+    }
+    tree::Expr* source = value(expr->b);
+    if (source == nullptr) {
+        return nullptr;
+    }
+    const auto text = spelling(expr->op);
+    if (target->type->isStruct()) {
+        bool found = false;
+        tree::Expr* result =
+            operatorCall("operator" + std::string(text), {target, source}, expr->range, found);
+        if (found) {
+            return result;
+        }
+    }
+    if (!writable(target, expr->range)) {
+        return nullptr;
+    }
+    TokenKind op = TokenKind::unknown;
+    switch (expr->op) {
+    case TokenKind::plusEqual:
+        op = TokenKind::plus;
+        break;
+    case TokenKind::minusEqual:
+        op = TokenKind::minus;
+        break;
+    case TokenKind::starEqual:
+        op = TokenKind::star;
+        break;
+    case TokenKind::slashEqual:
+        op = TokenKind::slash;
+        break;
+    case TokenKind::percentEqual:
+        op = TokenKind::percent;
+        break;
+    case TokenKind::ampersandEqual:
+        op = TokenKind::ampersand;
+        break;
+    case TokenKind::pipeEqual:
+        op = TokenKind::pipe;
+        break;
+    case TokenKind::caretEqual:
+        op = TokenKind::caret;
+        break;
+    case TokenKind::shiftLeftEqual:
+        op = TokenKind::shiftLeft;
+        break;
+    default:
+        op = TokenKind::shiftRight;
+        break;
+    }
+    // The operation runs on a copy of the target, so that the target itself is found only once.
+    tree::Expr* left = arena_.make<tree::Expr>(*target);
+    tree::Expr* right = source;
+    if (!binaryOperands(op, left, right, expr->range)) {
+        return nullptr;
+    }
+    const Type* computed = makeBinary(op, left, right, expr->range)->type;
+    if (rank(computed, target->type) == Rank::none) {
+        error(expr->range, "'" + std::string(text) + "' gives '" + toText(computed) +
+                               "', which does not convert to '" + toText(target->type) + "'");
+        return nullptr;
+    }
+    tree::Expr* carrier = makeExpr(ExprKind::zero, unpacked(left->type), expr->range);
+    tree::Expr* result = makeExpr(ExprKind::compound, target->type, expr->range);
+    result->op = op;
+    result->a = target;
+    result->b = right;
+    result->c = finish(carrier);
+    result->lvalue = true;
+    result->space = target->space;
+    return finish(result);
+}
+
+tree::Expr* Sema::conditional(const ast::Expr* expr) {
+    tree::Expr* test = value(expr->a);
+    tree::Expr* a = expression(expr->b);
+    tree::Expr* b = expression(expr->c);
+    if (test == nullptr || a == nullptr || b == nullptr) {
+        return nullptr;
+    }
+    if (!test->type->isArithmetic() && !test->type->isEnum()) {
+        error(test->range, "a condition is a number or bool, not '" + toText(test->type) + "'");
+        return nullptr;
+    }
+    const Type* type = nullptr;
+    if (unpacked(a->type) == unpacked(b->type)) {
+        type = unpacked(a->type);
+    } else if (a->type->isArithmetic() && b->type->isArithmetic()) {
+        const uint32_t count = std::max(a->type->components(), b->type->components());
+        if ((a->type->isVector() && a->type->count != count) ||
+            (b->type->isVector() && b->type->count != count)) {
+            error(expr->range, "the choices '" + toText(a->type) + "' and '" + toText(b->type) +
+                                   "' have no common type");
+            return nullptr;
+        }
+        const Type* common = nullptr;
+        if (a->type->isVector() != b->type->isVector()) {
+            common = a->type->isVector() ? a->type->scalar() : b->type->scalar();
+        } else {
+            common = commonScalar(a->type->scalar(), b->type->scalar());
+        }
+        type = vectorType(common->kind, count);
+    } else if (rank(b->type, a->type) != Rank::none) {
+        type = a->type;
+    } else if (rank(a->type, b->type) != Rank::none) {
+        type = b->type;
+    } else {
+        error(expr->range, "the choices '" + toText(a->type) + "' and '" + toText(b->type) +
+                               "' have no common type");
+        return nullptr;
+    }
+    if (test->type->isVector()) {
+        const uint32_t count = test->type->count;
+        if (!type->isArithmetic() || (type->isVector() && type->count != count)) {
+            error(expr->range, "a condition of " + std::to_string(count) +
+                                   " components does not choose between values of '" +
+                                   toText(type) + "'");
+            return nullptr;
+        }
+        type = vectorType(type->scalar()->kind, count);
+        tree::Expr* result = makeExpr(ExprKind::select, type, expr->range);
+        result->a = convertTo(test, vectorType(TypeKind::boolType, count));
+        result->b = convertTo(a, type);
+        result->c = convertTo(b, type);
+        return finish(result);
+    }
+    if (type->isPointer() || type->isResource()) {
+        error(expr->range, "a condition cannot choose between values of '" + toText(type) + "'");
+        return nullptr;
+    }
+    tree::Expr* result = makeExpr(ExprKind::conditional, type, expr->range);
+    result->a = convertTo(test, boolType());
+    result->b = convertTo(a, type);
+    result->c = convertTo(b, type);
+    return finish(result);
+}
+
+} // namespace msl

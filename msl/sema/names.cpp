@@ -1,0 +1,164 @@
+#include <algorithm>
+
+#include "msl/sema/sema.h"
+
+namespace msl {
+
+Sema::Sema(NameTable& names, Arena& arena, TypeTable& types, Diagnostics& diagnostics)
+    : names_(names), arena_(arena), types_(types), diagnostics_(diagnostics) {
+    metal_.name = names_.intern("metal");
+    metal_.parent = &global_;
+}
+
+tree::Unit Sema::run(const std::vector<ast::Decl*>& declarations) {
+    for (const auto* decl : declarations) {
+        if (diagnostics_.exhausted()) {
+            break;
+        }
+        declaration(decl);
+    }
+    return std::move(unit_);
+}
+
+bool Sema::tooDeep(Range range) {
+    if (depth_ <= kMaxLoweringDepth) {
+        return false;
+    }
+    error(range, "the source is nested too deeply");
+    return true;
+}
+
+Symbol* Sema::lookup(Name name) const {
+    const void* function = state_ != nullptr ? state_->function : nullptr;
+    for (Symbol* symbol = name->symbol; symbol != nullptr; symbol = symbol->outer) {
+        if (symbol->space == nullptr) {
+            if (symbol->owner == function) {
+                return symbol;
+            }
+            continue;
+        }
+        for (const Space* space = space_; space != nullptr; space = space->parent) {
+            if (symbol->space == space) {
+                return symbol;
+            }
+        }
+        if (std::find(used_.begin(), used_.end(), symbol->space) != used_.end()) {
+            return symbol;
+        }
+    }
+    return nullptr;
+}
+
+Symbol* Sema::lookupIn(Name name, const Space* space) const {
+    for (Symbol* symbol = name->symbol; symbol != nullptr; symbol = symbol->outer) {
+        if (symbol->space == space) {
+            return symbol;
+        }
+    }
+    return nullptr;
+}
+
+bool Sema::isMetalSpace(const ast::QualifiedName& name) const {
+    if (name.spaces.empty()) {
+        return false;
+    }
+    const auto first = name.spaces.front()->text;
+    return first == "metal" || first == "simd" || first == "fast" || first == "precise";
+}
+
+// The namespace that a qualified name names; nothing, and a diagnostic, where there is none.
+Space* Sema::spaceOf(const ast::QualifiedName& name) {
+    Space* space = nullptr;
+    for (const Name part : name.spaces) {
+        Symbol* symbol = space == nullptr ? lookup(part) : lookupIn(part, space);
+        if (symbol != nullptr && symbol->kind == SymbolKind::space) {
+            space = symbol->target;
+            continue;
+        }
+        if (symbol != nullptr && symbol->kind == SymbolKind::type) {
+            const auto record = records_.find(symbol->type);
+            if (record != records_.end() && record->second->space != nullptr) {
+                space = record->second->space;
+                continue;
+            }
+        }
+        error(name.range, "there is no namespace or type named '" + std::string(part->text) + "'");
+        return nullptr;
+    }
+    return space;
+}
+
+Symbol* Sema::lookup(const ast::QualifiedName& name) {
+    if (name.spaces.empty()) {
+        return lookup(name.name);
+    }
+    if (isMetalSpace(name) && lookup(name.spaces.front()) == nullptr) {
+        return nullptr;
+    }
+    const Space* space = spaceOf(name);
+    return space == nullptr ? nullptr : lookupIn(name.name, space);
+}
+
+Symbol* Sema::declare(SymbolKind kind, Name name, Range range) {
+    auto* symbol = arena_.make<Symbol>();
+    symbol->kind = kind;
+    symbol->name = name;
+    symbol->range = range;
+    if (state_ != nullptr) {
+        symbol->owner = state_->function;
+        scope_.push_back(symbol);
+    } else {
+        symbol->space = space_;
+    }
+    symbol->outer = name->symbol;
+    name->symbol = symbol;
+    return symbol;
+}
+
+void Sema::closeScope(size_t mark) {
+    while (scope_.size() > mark) {
+        scope_.back()->name->symbol = scope_.back()->outer;
+        scope_.pop_back();
+    }
+}
+
+bool Sema::sameScope(const Symbol& symbol) const {
+    if (state_ == nullptr) {
+        return symbol.space == space_;
+    }
+    return symbol.owner == state_->function &&
+           std::find(scope_.begin() + static_cast<ptrdiff_t>(scopeStart_), scope_.end(), &symbol) !=
+               scope_.end();
+}
+
+void Sema::reportUnknown(const ast::QualifiedName& name, std::string_view what) {
+    const auto text = name.name->text;
+    const uint32_t before = diagnostics_.errorCount();
+    error(name.range, "there is no " + std::string(what) + " named '" + std::string(text) + "'");
+    if (diagnostics_.errorCount() == before || diagnostics_.exhausted()) {
+        return;
+    }
+    const uint32_t limit = text.size() <= 4 ? 1 : 2;
+    std::string_view best;
+    uint32_t distance = limit + 1;
+    const auto consider = [&](std::string_view candidate) {
+        const uint32_t edits = editDistance(candidate, text, limit);
+        if (edits < distance && edits > 0) {
+            distance = edits;
+            best = candidate;
+        }
+    };
+    for (const Name known : names_.all()) {
+        if (known->symbol != nullptr && lookup(known) != nullptr) {
+            consider(known->text);
+        }
+    }
+    for (const auto& function : allLibraryFunctions()) {
+        consider(function.name);
+    }
+    if (!best.empty()) {
+        diagnostics_.note(name.range, "did you mean '" + std::string(best) + "'?");
+    }
+}
+
+} // namespace msl

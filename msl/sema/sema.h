@@ -1,0 +1,246 @@
+// Semantic analysis: names, types, conversions, overloads, templates and constants. Makes the typed
+// tree from the syntax tree and reports everything that the language forbids.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "msl/parser/ast.h"
+#include "msl/sema/tree.h"
+#include "msl/source/source.h"
+
+namespace msl {
+
+struct Space;
+
+enum class SymbolKind : uint8_t { variable, functions, type, enumerator, space, value };
+
+struct Overload {
+    tree::Function* function = nullptr;     // nothing for a template
+    const ast::Function* pattern = nullptr; // of a template
+};
+
+// One meaning of a name. The meanings of a name are chained from the innermost outwards.
+struct Symbol {
+    SymbolKind kind = SymbolKind::variable;
+    Name name = nullptr;
+    Symbol* outer = nullptr;
+    Space* space = nullptr;      // the namespace it belongs to; nothing for a local one
+    const void* owner = nullptr; // the function whose local it is
+    Range range;
+    tree::Variable* variable = nullptr;
+    const Type* type = nullptr;
+    Space* target = nullptr;
+    uint64_t value = 0;     // of an enumerator
+    uint32_t overloads = 0; // index into Sema's overload sets
+};
+
+struct Space {
+    Name name = nullptr;
+    Space* parent = nullptr;
+};
+
+// How well an argument fits a parameter, best first.
+enum class Rank : uint8_t { exact, promotion, conversion, splat, vectorConversion, none };
+
+class Sema {
+  public:
+    Sema(NameTable& names, Arena& arena, TypeTable& types, Diagnostics& diagnostics);
+
+    // The unit's entry points. Valid only where no error was reported.
+    tree::Unit run(const std::vector<ast::Decl*>& declarations);
+
+  private:
+    struct Member {
+        Name name = nullptr;
+        uint32_t overloads = 0;
+    };
+    struct Default {
+        uint32_t field = 0;
+        const ast::Expr* init = nullptr;
+    };
+    struct StructRecord {
+        std::vector<Member> methods;
+        std::vector<Default> defaults;
+        Space* space = nullptr; // of its static members
+    };
+    struct Instance {
+        const ast::Function* pattern = nullptr;
+        std::vector<const Type*> types;
+        std::vector<uint64_t> values;
+        tree::Function* function = nullptr;
+    };
+    struct TemplateBinding {
+        const Type* type = nullptr;
+        std::optional<uint64_t> value;
+    };
+    struct Loop {
+        std::vector<tree::Variable*> assigned;
+        size_t scopeMark = 0;
+        bool isSwitch = false;
+    };
+    struct FunctionState {
+        tree::Function* function = nullptr;
+        const Type* result = nullptr;
+        StructRecord* record = nullptr;
+        std::vector<Loop> loops;
+        uint32_t slots = 0;
+        bool deducedResult = false;
+    };
+    class DepthGuard;
+
+    // names.cpp
+    Symbol* lookup(Name name) const;
+    Symbol* lookup(const ast::QualifiedName& name);
+    Symbol* lookupIn(Name name, const Space* space) const;
+    Space* spaceOf(const ast::QualifiedName& name);
+    Space* findSpace(Name name) const;
+    Symbol* declare(SymbolKind kind, Name name, Range range);
+    void closeScope(size_t mark);
+    bool sameScope(const Symbol& symbol) const;
+    void reportUnknown(const ast::QualifiedName& name, std::string_view what);
+    bool isMetalSpace(const ast::QualifiedName& name) const;
+
+    // types.cpp
+    const Type* resolve(const ast::TypeSyntax* syntax);
+    const Type* resolveNamed(const ast::TypeSyntax* syntax);
+    const Type* resolveTemplate(const ast::QualifiedName& name);
+    const Type* resolveArray(const ast::TypeSyntax* syntax, const ast::Expr* init);
+    bool checkSize(const Type* type, Range range);
+
+    // declarations.cpp
+    void declaration(const ast::Decl* decl);
+    void structDeclaration(const ast::Decl* decl);
+    void enumDeclaration(const ast::Decl* decl);
+    void functionDeclaration(const ast::Decl* decl);
+    tree::Function* makeFunction(const ast::Function& syntax, const Type* self);
+    void analyseBody(tree::Function& function, StructRecord* record);
+    void globalVariable(const ast::Variable* variable);
+    tree::Variable* makeVariable(const ast::Variable& syntax, const Type* type,
+                                 tree::VariableKind kind);
+    bool sameParameters(const tree::Function& a, const tree::Function& b) const;
+    bool samplerVariable(const ast::Variable* syntax, tree::Variable* variable);
+    void usingSpace(const ast::Decl* decl);
+    void entryPoint(tree::Function& function);
+
+    // statements.cpp
+    tree::Stmt* statement(const ast::Stmt* stmt);
+    tree::Stmt* statementAtDepth(const ast::Stmt* stmt);
+    tree::Stmt* compound(const ast::Stmt* stmt);
+    tree::Stmt* localDeclaration(const ast::Decl* decl, Range range);
+    tree::Stmt* localVariable(const ast::Variable* variable);
+    tree::Stmt* loop(const ast::Stmt* stmt);
+    tree::Stmt* rangeLoop(const ast::Stmt* stmt);
+    tree::Stmt* multiway(const ast::Stmt* stmt);
+    tree::Stmt* returnStatement(const ast::Stmt* stmt);
+    tree::Stmt* makeStmt(tree::StmtKind kind, Range range);
+    tree::Stmt* block(const std::vector<tree::Stmt*>& items, Range range);
+    tree::Expr* condition(const ast::Expr* expr);
+    void noteAssigned(const tree::Expr* lvalue);
+
+    // expressions.cpp
+    tree::Expr* expression(const ast::Expr* expr);
+    tree::Expr* expressionAtDepth(const ast::Expr* expr);
+    tree::Expr* value(const ast::Expr* expr); // an expression that is no type, void or list
+    tree::Expr* nameExpression(const ast::Expr* expr);
+    tree::Expr* memberExpression(const ast::Expr* expr);
+    tree::Expr* swizzle(tree::Expr* base, const ast::Expr* expr);
+    tree::Expr* indexExpression(const ast::Expr* expr);
+    tree::Expr* unary(const ast::Expr* expr);
+    tree::Expr* binary(const ast::Expr* expr);
+    tree::Expr* assign(const ast::Expr* expr);
+    tree::Expr* conditional(const ast::Expr* expr);
+    tree::Expr* stepExpression(const ast::Expr* expr, bool after);
+    tree::Expr* makeExpr(tree::ExprKind kind, const Type* type, Range range);
+    tree::Expr* finish(tree::Expr* expr);
+    tree::Expr* constantExpr(const Type* type, uint64_t bits, Range range);
+    tree::Expr* variableExpr(tree::Variable* variable, Range range);
+    tree::Expr* fieldExpr(tree::Expr* base, uint32_t index, Range range);
+    bool binaryOperands(TokenKind op, tree::Expr*& a, tree::Expr*& b, Range range);
+    tree::Expr* makeBinary(TokenKind op, tree::Expr* a, tree::Expr* b, Range range);
+    tree::Expr* operatorCall(std::string_view name, std::vector<tree::Expr*> operands, Range range,
+                             bool& found);
+    bool writable(const tree::Expr* expr, Range range);
+
+    // conversions.cpp
+    Rank rank(const Type* from, const Type* to) const;
+    tree::Expr* convert(tree::Expr* expr, const Type* to, Range range, std::string_view what);
+    tree::Expr* convertTo(tree::Expr* expr, const Type* to);
+    tree::Expr* explicitConvert(tree::Expr* expr, const Type* to, Range range);
+    tree::Expr* promote(tree::Expr* expr);
+    const Type* commonScalar(const Type* a, const Type* b) const;
+    tree::Expr* initialise(const Type* type, const ast::Expr* init, ast::InitKind kind);
+    tree::Expr* fromList(const Type* type, std::span<ast::Expr* const> items,
+                         std::span<const Name> designators, Range range, bool braces);
+    tree::Expr* aggregate(const Type* type, std::span<ast::Expr* const> items,
+                          std::span<const Name> designators, size_t& used, Range range);
+    tree::Expr* vectorFrom(const Type* type, std::vector<tree::Expr*> parts, Range range);
+    tree::Expr* matrixFrom(const Type* type, std::vector<tree::Expr*> parts, Range range);
+    tree::Expr* defaultValue(const Type* type, Range range);
+
+    // calls.cpp
+    tree::Expr* call(const ast::Expr* expr);
+    tree::Expr* callOverloads(uint32_t set, tree::Expr* self, std::vector<tree::Expr*>& arguments,
+                              std::span<const ast::Expr* const> syntax,
+                              const ast::QualifiedName* name, Range range, bool quiet);
+    tree::Expr* callLibrary(std::span<const LibraryFunction> functions,
+                            std::vector<tree::Expr*>& arguments, Range range);
+    tree::Expr* tryLibrary(const LibraryFunction& function, std::vector<tree::Expr*>& arguments,
+                           Range range, std::string* problem);
+    const Type* deduce(const LibraryFunction& function, const std::vector<tree::Expr*>& arguments,
+                       std::string* problem);
+    const Type* parameterType(char letter, const Type* generic) const;
+    tree::Expr* textureCall(const ast::Expr* expr, tree::Expr* texture, Name name);
+    tree::Function* instantiate(const ast::Function& pattern, const ast::QualifiedName* name,
+                                const std::vector<tree::Expr*>& arguments);
+    bool match(const ast::TypeSyntax* syntax, const Type* type,
+               std::span<const ast::TemplateParameter> parameters,
+               std::vector<TemplateBinding>& bindings);
+    bool argumentsOf(std::span<ast::Expr* const> items, std::vector<tree::Expr*>& result);
+    tree::Expr* finishCall(tree::Function& function, tree::Expr* self,
+                           std::vector<tree::Expr*>& arguments, Range range);
+    bool bindsReference(const tree::Variable& parameter, const tree::Expr* argument) const;
+    std::string signature(const tree::Function& function) const;
+
+    // constants.cpp
+    struct Scalar {
+        const Type* type = nullptr;
+        uint64_t bits = 0;
+    };
+    std::optional<Scalar> evaluate(const tree::Expr* expr);
+    std::optional<Scalar> evaluateAtDepth(const tree::Expr* expr);
+    std::optional<int64_t> integerConstant(const ast::Expr* expr, std::string_view what);
+    static std::optional<Scalar> convertScalar(Scalar value, const Type* to);
+
+    void error(Range range, std::string message) { diagnostics_.error(range, std::move(message)); }
+    bool tooDeep(Range range);
+
+    NameTable& names_;
+    Arena& arena_;
+    TypeTable& types_;
+    Diagnostics& diagnostics_;
+    tree::Unit unit_;
+    Space global_;
+    Space metal_;
+    Space* space_ = &global_;
+    std::vector<Space*> used_;
+    std::vector<Symbol*> scope_; // local meanings, in order of declaration
+    size_t scopeStart_ = 0;      // where the innermost block begins in it
+    std::vector<std::vector<Overload>> overloads_;
+    std::vector<Instance> instances_;
+    std::unordered_map<const Type*, StructRecord*> records_;
+    std::vector<std::unique_ptr<StructRecord>> recordStorage_;
+    FunctionState* state_ = nullptr;
+    std::unordered_map<const ast::Decl*, const Type*> declaredTypes_;
+    // Expressions analysed to learn their type, whose analysis is used when they are met again.
+    std::unordered_map<const ast::Expr*, tree::Expr*> pending_;
+    uint32_t depth_ = 0;
+    uint32_t templateDepth_ = 0;
+    uint32_t constantSteps_ = 0;
+    bool sawKernel_ = false;
+};
+
+} // namespace msl

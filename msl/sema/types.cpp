@@ -1,0 +1,231 @@
+#include "msl/sema/depth.h"
+#include "msl/sema/sema.h"
+
+namespace msl {
+
+using ast::TypeSyntaxKind;
+
+bool Sema::checkSize(const Type* type, Range range) {
+    if (type->size <= kMaxTypeBytes && type->leaves <= kMaxTypeBytes / 4) {
+        return true;
+    }
+    error(range, "the type has more than " + std::to_string(kMaxTypeBytes) + " bytes");
+    return false;
+}
+
+const Type* Sema::resolveArray(const ast::TypeSyntax* syntax, const ast::Expr* init) {
+    const Type* element = resolve(syntax->element);
+    if (element == nullptr) {
+        return nullptr;
+    }
+    if (element->isVoid() || element->isReference()) {
+        error(syntax->range, "an array cannot hold '" + toText(element) + "'");
+        return nullptr;
+    }
+    uint64_t length = 0;
+    if (syntax->length != nullptr) {
+        const auto value = integerConstant(syntax->length, "the length of an array");
+        if (!value) {
+            return nullptr;
+        }
+        if (*value <= 0 || *value > kMaxArrayLength) {
+            error(syntax->length->range, "an array of length " + std::to_string(*value) +
+                                             " is not within 1 and " +
+                                             std::to_string(kMaxArrayLength));
+            return nullptr;
+        }
+        length = static_cast<uint64_t>(*value);
+    } else if (init != nullptr && init->kind == ast::ExprKind::list) {
+        length = init->items.size();
+        if (length == 0 || length > kMaxArrayLength) {
+            error(init->range, "an array needs at least one element");
+            return nullptr;
+        }
+    } else if (element->isArray() && element->length == 0) {
+        error(syntax->range, "only the first dimension of an array may be left open");
+        return nullptr;
+    }
+    if (length * element->size > kMaxTypeBytes || length * element->leaves > kMaxTypeBytes / 4) {
+        error(syntax->range, "the type has more than " + std::to_string(kMaxTypeBytes) + " bytes");
+        return nullptr;
+    }
+    return types_.array(element, static_cast<uint32_t>(length));
+}
+
+const Type* Sema::resolve(const ast::TypeSyntax* syntax) {
+    const DepthGuard guard(depth_);
+    if (tooDeep(syntax->range)) {
+        return nullptr;
+    }
+    switch (syntax->kind) {
+    case TypeSyntaxKind::builtin:
+        return syntax->builtin;
+    case TypeSyntaxKind::named:
+        return resolveNamed(syntax);
+    case TypeSyntaxKind::declared: {
+        const auto known = declaredTypes_.find(syntax->declared);
+        if (known != declaredTypes_.end()) {
+            return known->second;
+        }
+        if (syntax->declared->isDefinition || syntax->declared->name == nullptr) {
+            declaration(syntax->declared);
+            const auto made = declaredTypes_.find(syntax->declared);
+            return made == declaredTypes_.end() ? nullptr : made->second;
+        }
+        const Symbol* symbol = lookup(syntax->declared->name);
+        if (symbol == nullptr || symbol->kind != SymbolKind::type) {
+            error(syntax->declared->range,
+                  "there is no type named '" + std::string(syntax->declared->name->text) + "'");
+            return nullptr;
+        }
+        return symbol->type;
+    }
+    case TypeSyntaxKind::array:
+        return resolveArray(syntax, nullptr);
+    case TypeSyntaxKind::pointer:
+    case TypeSyntaxKind::reference: {
+        const Type* element = resolve(syntax->element);
+        if (element == nullptr) {
+            return nullptr;
+        }
+        if (element->isReference()) {
+            error(syntax->range, "there are no pointers or references to references");
+            return nullptr;
+        }
+        const auto space = syntax->element->space == AddressSpace::none ? AddressSpace::thread
+                                                                        : syntax->element->space;
+        const bool isConst = syntax->element->isConst || space == AddressSpace::constant;
+        return syntax->kind == TypeSyntaxKind::pointer ? types_.pointer(element, space, isConst)
+                                                       : types_.reference(element, space, isConst);
+    }
+    case TypeSyntaxKind::typeOf: {
+        const auto* operand = expression(syntax->operand);
+        return operand == nullptr ? nullptr : operand->type;
+    }
+    case TypeSyntaxKind::automatic:
+        error(syntax->range, "'auto' has no meaning here");
+        return nullptr;
+    }
+    return nullptr;
+}
+
+const Type* Sema::resolveNamed(const ast::TypeSyntax* syntax) {
+    const auto& name = *syntax->name;
+    if (name.hasArguments) {
+        return resolveTemplate(name);
+    }
+    if (const Symbol* symbol = lookup(name); symbol != nullptr) {
+        if (symbol->kind == SymbolKind::type) {
+            return symbol->type;
+        }
+        error(name.range, "'" + std::string(name.name->text) + "' is not a type");
+        return nullptr;
+    }
+    if (name.spaces.empty() || isMetalSpace(name)) {
+        if (const Type* builtin = findBuiltinType(name.name->text)) {
+            return builtin;
+        }
+    }
+    reportUnknown(name, "type");
+    return nullptr;
+}
+
+// Textures, vec<T, n>, matrix<T, c, r> and array<T, n>.
+const Type* Sema::resolveTemplate(const ast::QualifiedName& name) {
+    const auto text = name.name->text;
+    const auto argument = [&](size_t i) -> const Type* {
+        if (i >= name.arguments.size() || name.arguments[i].type == nullptr) {
+            error(name.range, "'" + std::string(text) + "' needs a type in its '<>'");
+            return nullptr;
+        }
+        return resolve(name.arguments[i].type);
+    };
+    const auto number = [&](size_t i) -> std::optional<int64_t> {
+        if (i >= name.arguments.size() || name.arguments[i].value == nullptr) {
+            error(name.range, "'" + std::string(text) + "' needs a number in its '<>'");
+            return std::nullopt;
+        }
+        return integerConstant(name.arguments[i].value, "a template argument");
+    };
+    if (text == "vec" || text == "array" || text == "matrix") {
+        const Type* element = argument(0);
+        const auto count = element == nullptr ? std::nullopt : number(1);
+        if (!count) {
+            return nullptr;
+        }
+        if (text == "array") {
+            if (*count <= 0 || *count > kMaxArrayLength ||
+                static_cast<uint64_t>(*count) * element->size > kMaxTypeBytes) {
+                error(name.range, "an array of length " + std::to_string(*count) +
+                                      " is not within the bounds of arrays");
+                return nullptr;
+            }
+            return types_.array(element, static_cast<uint32_t>(*count));
+        }
+        const auto rows = text == "matrix" ? number(2) : count;
+        if (!rows || *count < 2 || *count > 4 || *rows < 2 || *rows > 4 || !element->isScalar() ||
+            (text == "matrix" && !element->isFloating())) {
+            error(name.range, "there is no such vector or matrix type");
+            return nullptr;
+        }
+        return text == "vec" ? vectorType(element->kind, static_cast<uint32_t>(*count))
+                             : matrixType(element->kind, static_cast<uint32_t>(*count),
+                                          static_cast<uint32_t>(*rows));
+    }
+    struct TextureName {
+        std::string_view name;
+        TextureShape shape;
+        bool depth;
+    };
+    static constexpr TextureName kTextures[] = {
+        {"texture1d", TextureShape::texture1d, false},
+        {"texture2d", TextureShape::texture2d, false},
+        {"texture3d", TextureShape::texture3d, false},
+        {"texturecube", TextureShape::textureCube, false},
+        {"texture2d_array", TextureShape::texture2dArray, false},
+        {"texturecube_array", TextureShape::textureCubeArray, false},
+        {"depth2d", TextureShape::texture2d, true},
+        {"depthcube", TextureShape::textureCube, true},
+        {"depth2d_array", TextureShape::texture2dArray, true},
+        {"depthcube_array", TextureShape::textureCubeArray, true},
+    };
+    for (const auto& texture : kTextures) {
+        if (texture.name != text) {
+            continue;
+        }
+        const Type* component = argument(0);
+        if (component == nullptr) {
+            return nullptr;
+        }
+        if (!component->isScalar() || component->isBool() || component->size > 4) {
+            error(name.range,
+                  "a texture holds half, float, int or uint, not '" + toText(component) + "'");
+            return nullptr;
+        }
+        auto access = TextureAccess::sample;
+        if (name.arguments.size() > 1) {
+            const auto* value = name.arguments[1].value;
+            const auto word = value != nullptr && value->kind == ast::ExprKind::name
+                                  ? value->name->name->text
+                                  : std::string_view();
+            if (word == "read") {
+                access = TextureAccess::read;
+            } else if (word != "sample") {
+                error(name.range, "textures are only sampled and read; access '" +
+                                      std::string(word) + "' is not supported");
+                return nullptr;
+            }
+        }
+        return types_.texture(texture.shape, texture.depth, component, access);
+    }
+    if (const Symbol* symbol = lookup(name.name); symbol != nullptr) {
+        error(name.range, "'" + std::string(text) +
+                              "' is not a template of the library; struct "
+                              "templates are not supported");
+        return nullptr;
+    }
+    error(name.range, "the type '" + std::string(text) + "<>' is not supported");
+    return nullptr;
+}
+
+} // namespace msl

@@ -1,0 +1,150 @@
+#include "platform/linux/layers/linux_metal_layer.h"
+
+#include "platform/linux/layers/layer_wire.h"
+#include "platform/linux/layers/system_class.h"
+
+#include <algorithm>
+#include <sys/eventfd.h>
+
+namespace vantor {
+namespace {
+
+/// The whole pixels of one side; 0 for what no image can have.
+std::uint32_t pixels(double side) {
+    return side >= 1.0 && side <= layerwire::kMaxImageSide ? static_cast<std::uint32_t>(side) : 0;
+}
+
+} // namespace
+
+FrameSignal::FrameSignal() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+FrameSignal::~FrameSignal() = default;
+
+void FrameSignal::raise() { eventfd_write(descriptor_.get(), 1); }
+
+void FrameSignal::clear() {
+    eventfd_t count = 0;
+    eventfd_read(descriptor_.get(), &count);
+}
+
+void FrameSignal::adopt(std::shared_ptr<LayerDrawable> drawable) {
+    adopted_.push_back(std::move(drawable));
+}
+
+void FrameSignal::releaseAdopted() {
+    std::erase_if(adopted_, [](const auto& drawable) { return !drawable->isBusy(); });
+}
+
+LayerDrawable::LayerDrawable(std::shared_ptr<vulkan::VulkanTexture> image, std::uint32_t imageID,
+                             std::shared_ptr<FrameSignal> signal)
+    : image_(std::move(image)), imageID_(imageID), signal_(std::move(signal)) {}
+
+bool LayerDrawable::isFree() const {
+    return state_.load(std::memory_order_acquire) == State::idle && !latest_ && holders_ == 0;
+}
+
+bool LayerDrawable::isBusy() const {
+    return state_.load(std::memory_order_acquire) == State::drawing;
+}
+
+gpu::DrawableRef LayerDrawable::acquire(std::uint64_t sequence) {
+    sequence_ = sequence;
+    state_.store(State::drawing, std::memory_order_relaxed);
+    return gpu::DrawableRef(this);
+}
+
+bool LayerDrawable::takeFinished() {
+    if (state_.load(std::memory_order_acquire) != State::finished) {
+        return false;
+    }
+    state_.store(State::idle, std::memory_order_relaxed);
+    return true;
+}
+
+void LayerDrawable::finished() {
+    // The main thread may let go of this drawable as soon as it sees the state.
+    const std::shared_ptr<FrameSignal> signal = signal_;
+    state_.store(State::finished, std::memory_order_release);
+    signal->raise();
+}
+
+void LayerDrawable::giveBack() { state_.store(State::idle, std::memory_order_relaxed); }
+
+LinuxMetalLayer::LinuxMetalLayer(std::shared_ptr<LayerChanges> changes,
+                                 std::shared_ptr<FrameSignal> signal)
+    : LinuxLayer(std::move(changes)), signal_(std::move(signal)) {}
+
+LinuxMetalLayer::~LinuxMetalLayer() {
+    for (auto& drawable : drawables_) {
+        if (drawable && drawable->isBusy()) {
+            signal_->adopt(std::move(drawable));
+        }
+    }
+}
+
+const ObjectClass& LinuxMetalLayer::objectClass() const {
+    static const SystemClass layerClass("CAMetalLayer");
+    return layerClass;
+}
+
+void LinuxMetalLayer::setDevice(std::shared_ptr<gpu::Device> device) {
+    // Every device of this platform is one of ours.
+    device_ = std::static_pointer_cast<vulkan::VulkanDevice>(std::move(device));
+}
+
+void LinuxMetalLayer::setPixelFormat(gpu::PixelFormat format) { pixelFormat_ = format; }
+
+void LinuxMetalLayer::setMaximumDrawableCount(int) {
+    // Two are the least that a layer may have, and all that this platform makes.
+}
+
+gpu::DrawableRef LinuxMetalLayer::nextDrawable() {
+    const std::uint32_t width = pixels(drawableSize_.width);
+    const std::uint32_t height = pixels(drawableSize_.height);
+    if (!device_ || width == 0 || height == 0 || pixelFormat_ != gpu::PixelFormat::bgra8Unorm) {
+        return nullptr;
+    }
+    // A frame that is finished but was not looked at yet may free the other drawable.
+    takeFinished();
+    for (auto& drawable : drawables_) {
+        if (drawable && !drawable->isFree()) {
+            continue;
+        }
+        if (!drawable || drawable->image().width() != width ||
+            drawable->image().height() != height) {
+            auto image = device_->newSharedTexture(width, height);
+            if (!image) {
+                return nullptr;
+            }
+            drawable =
+                std::make_shared<LayerDrawable>(std::move(image), changes()->nextNumber(), signal_);
+            changes()->pending = true;
+        }
+        return drawable->acquire(++lastSequence_);
+    }
+    return nullptr;
+}
+
+bool LinuxMetalLayer::takeFinished() {
+    bool changed = false;
+    for (const auto& drawable : drawables_) {
+        if (!drawable || !drawable->takeFinished()) {
+            continue;
+        }
+        if (latest_ && latest_->sequence() > drawable->sequence()) {
+            continue;
+        }
+        if (latest_) {
+            latest_->setLatest(false);
+        }
+        latest_ = drawable;
+        latest_->setLatest(true);
+        changed = true;
+    }
+    if (changed) {
+        changes()->pending = true;
+    }
+    return changed;
+}
+
+} // namespace vantor

@@ -1,0 +1,81 @@
+#include "tests/support/fake_platform.h"
+
+#include "log/ls_log.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vantor {
+namespace {
+
+/// The agent's classes and the key that each reads its payload under.
+constexpr std::pair<const char*, const char*> kAgentClasses[] = {
+    {"WallpaperIDXPC", "WallpaperID"},
+    {"WallpaperCreationRequestXPC", "WallpaperCreationRequest"},
+    {"WallpaperUpdateRequestXPC", "WallpaperUpdateRequest"},
+    {"WallpaperRemoteContextXPC", "UInt32"},
+    {"WallpaperSnapshotXPC", "WallpaperSnapshot"},
+    {"WallpaperContentTypeSetXPC", "WallpaperContentTypeSet"},
+    {"WallpaperChoiceIDXPC", "WallpaperChoiceID"},
+    {"WallpaperChoiceIDsXPC", "WallpaperChoiceIDs"},
+    {"WallpaperExtensionChoiceRequestXPC", "WallpaperExtensionChoiceRequest"},
+    {"WallpaperChoiceRequestAdditionResultXPC", "WallpaperChoiceRequestAdditionResult"},
+    {"WallpaperDebugRequestXPC", "WallpaperDebugRequest"},
+    {"WallpaperDebugResponseXPC", "WallpaperDebugResponse"},
+    {"WallpaperMigrationVersionXPC", "WallpaperMigrationVersion"},
+    {"WallpaperSettingsViewModelsXPC", "WallpaperSettingsViewModels"},
+    {"AuditTokenXPC", "AuditToken"},
+};
+
+} // namespace
+
+FakePlatform& FakePlatform::shared() {
+    // Never destroyed: the process-wide log writes to it until the end.
+    static FakePlatform& instance = *[] {
+        auto* made = new FakePlatform;
+        installPlatform(made);
+        return made;
+    }();
+    return instance;
+}
+
+void FakePlatform::reset() {
+    parts_->mainQueue.clear();
+    parts_ = std::make_unique<Parts>();
+    unifiedLog_.clear();
+}
+
+FakeObjectClass& FakePlatform::addClass(std::string name, std::string payloadKey) {
+    auto made = std::make_unique<FakeObjectClass>(std::move(name));
+    made->payloadKey = std::move(payloadKey);
+    fakeRequire(parts_->objectRuntime.registerClass(*made), "a class has a name of its own");
+    parts_->classes.push_back(std::move(made));
+    return *parts_->classes.back();
+}
+
+FakeRemoteContextClass& FakePlatform::addRemoteContexts() {
+    auto made = std::make_unique<FakeRemoteContextClass>();
+    FakeRemoteContextClass& added = *made;
+    fakeRequire(parts_->objectRuntime.registerClass(added), "a class has a name of its own");
+    parts_->classes.push_back(std::move(made));
+    return added;
+}
+
+void FakePlatform::addAgentClasses() {
+    for (const auto& [name, payloadKey] : kAgentClasses) {
+        addClass(name, payloadKey);
+    }
+}
+
+FakePlatformTest::~FakePlatformTest() {
+    // The log's thread must not write into a home that is being removed.
+    LSLog::flush();
+    platform.reset();
+}
+
+std::size_t FakePlatformTest::logged(std::string_view line) const {
+    const auto lines = log();
+    return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), line));
+}
+
+} // namespace vantor

@@ -1,0 +1,21 @@
+#pragma once
+// A folder of a test's own, removed with all it holds.
+
+#include <filesystem>
+
+namespace vantor {
+
+class TemporaryFolder {
+  public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+
+  private:
+    std::filesystem::path path_;
+};
+
+} // namespace vantor
