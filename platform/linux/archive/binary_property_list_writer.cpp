@@ -9,8 +9,6 @@
 namespace vantor::archive {
 namespace {
 
-constexpr std::size_t kTrailerSize = 32;
-
 std::size_t bytesFor(std::uint64_t value) {
     return value <= 0xff ? 1 : value <= 0xffff ? 2 : value <= 0xffffffff ? 4 : 8;
 }
