@@ -32,9 +32,9 @@ void Display::refresh() {
     if (!context_ || !compositor_->isIdle()) {
         return;
     }
-    // The composition that used the replaced frames is done.
+    // The last composition, the only one that can have used them, is done.
+    context_->releaseReplaced();
     if (!changed_) {
-        context_->releaseReplaced();
         return;
     }
     if (!compositor_->compose(*context_, mode_.scale)) {
@@ -48,7 +48,6 @@ void Display::refresh() {
             firstFrame_ = lastFrame_;
         }
     }
-    context_->releaseReplaced();
 }
 
 bool Display::writePNG(Images& images, const std::filesystem::path& file) {

@@ -4,6 +4,7 @@
 #include "agent/host/compositor.h"
 #include "agent/host/hosted_context.h"
 #include "agent/run_options.h"
+#include "platform/geometry.h"
 #include "platform/linux/main_loop.h"
 #include "platform/uuid.h"
 
@@ -33,8 +34,9 @@ class Display {
     const DisplayMode& mode() const { return mode_; }
     const std::string& choice() const { return choice_; }
     /// Points.
-    Size size() const { return {.width = mode_.width / mode_.scale,
-                                .height = mode_.height / mode_.scale}; }
+    Size size() const {
+        return {.width = mode_.width / mode_.scale, .height = mode_.height / mode_.scale};
+    }
 
     /// Shows the remote context behind that socket.
     void host(FileDescriptor socket);

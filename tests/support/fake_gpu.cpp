@@ -11,6 +11,8 @@ namespace {
 
 constexpr std::uint64_t kMaxTextureSide = 16384;
 constexpr std::size_t kBytesPerTexel = 4;
+/// A new texture holds nothing that a caller may rely on.
+constexpr std::uint8_t kUnwritten = 0xA5;
 
 std::atomic<std::uint64_t> lastRegistryID{0x1000};
 
@@ -202,7 +204,8 @@ Error deviceError(std::string message) {
 } // namespace
 
 FakeTexture::FakeTexture(const gpu::TextureDescriptor& descriptor)
-    : descriptor_(descriptor), texels_(descriptor.width * descriptor.height * kBytesPerTexel) {}
+    : descriptor_(descriptor),
+      texels_(descriptor.width * descriptor.height * kBytesPerTexel, kUnwritten) {}
 
 void FakeTexture::getBytesImpl(std::span<std::uint8_t> bytes, std::size_t bytesPerRow,
                                const gpu::Region& region) const {

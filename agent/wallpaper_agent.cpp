@@ -1,0 +1,214 @@
+#include "agent/wallpaper_agent.h"
+
+#include "platform/bundle.h"
+#include "platform/images.h"
+#include "platform/linux/gpu/vulkan_context.h"
+#include "platform/platform.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+
+namespace vantor::agent {
+namespace {
+
+constexpr const char* kExtensionHome = "Library/Containers/com.nimbara.app.lockscreen/Data";
+
+/// Between the two pictures of a display.
+constexpr double kPictureInterval = 1.0;
+/// The last picture is taken this long before the end, so that the run's end does not cut it off.
+constexpr double kPictureMargin = 0.25;
+/// How long the extension may take to answer that it released the wallpapers.
+constexpr double kReleaseSeconds = 2.0;
+
+void complain(const std::string& sentence) {
+    std::fprintf(stderr, "vantor-agent: %s\n", sentence.c_str());
+}
+
+} // namespace
+
+WallpaperAgent::WallpaperAgent(Platform& platform, MainLoop& loop, RunOptions options)
+    : platform_(platform), loop_(loop), options_(std::move(options)) {}
+
+WallpaperAgent::~WallpaperAgent() = default;
+
+RunStatus WallpaperAgent::run() {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        loop_.onSignal(signal, [this](int) { end(RunStatus::done); });
+    }
+    if (auto started = start(); !started) {
+        complain(started.error());
+        return RunStatus::failed;
+    }
+    const auto status = static_cast<RunStatus>(loop_.run());
+    refreshTimer_.reset();
+    printSummary();
+    // The extension is waited for before its displays go.
+    session_.reset();
+    return status == RunStatus::done && pictureLost_ ? RunStatus::failed : status;
+}
+
+Result<Done, std::string> WallpaperAgent::start() {
+    if (auto made = makeDisplays(); !made) {
+        return made;
+    }
+    std::vector<launch::ScreenRecord> screens;
+    for (const auto& display : displays_) {
+        screens.push_back({.displayID = display->number(),
+                           .width = display->mode().width,
+                           .height = display->mode().height,
+                           .refreshRate = options_.refreshRate});
+    }
+    const Bundle& bundle = platform_.bundle();
+    const auto userHome = bundle.userDatabaseHome().value_or(bundle.homeDirectory());
+    auto session = ExtensionSession::start(
+        loop_, {.bundle = options_.extension, .home = userHome / kExtensionHome}, screens,
+        {.attached = [this](std::uint32_t contextID,
+                            FileDescriptor socket) { attached(contextID, std::move(socket)); },
+         .ended =
+             [this](const std::string& how) {
+                 complain("the extension " + how);
+                 loop_.stop(static_cast<int>(RunStatus::extensionEnded));
+             }});
+    if (!session) {
+        return Failure{session.error()};
+    }
+    session_ = std::move(*session);
+    for (const auto& display : displays_) {
+        acquire(*display);
+    }
+    refreshTimer_ = loop_.repeatingTimer(1.0 / options_.refreshRate, [this] { refresh(); });
+    if (options_.out) {
+        std::error_code failed;
+        std::filesystem::create_directories(*options_.out, failed);
+        if (failed) {
+            return Failure{options_.out->string() + " cannot be made: " + failed.message()};
+        }
+        schedulePictures();
+    }
+    scheduleEnd();
+    return Done{};
+}
+
+Result<Done, std::string> WallpaperAgent::makeDisplays() {
+    auto gpu = vulkan::Context::create();
+    if (!gpu) {
+        return Failure{gpu.error()};
+    }
+    for (std::size_t i = 0; i < options_.displays.size(); ++i) {
+        const auto number = static_cast<std::uint32_t>(i + 1);
+        const auto chosen = options_.choices.find(number);
+        auto display = Display::create(
+            loop_, *gpu, number, options_.displays[i],
+            chosen != options_.choices.end() ? chosen->second : std::string(kDefaultChoice));
+        if (!display) {
+            return Failure{"the GPU has no memory for display " + std::to_string(number)};
+        }
+        displays_.push_back(std::move(display));
+    }
+    return Done{};
+}
+
+void WallpaperAgent::acquire(Display& display) {
+    session_->acquire(display.wallpaper(),
+                      {.configuration = display.choice(),
+                       .size = display.size(),
+                       .scaleFactor = display.mode().scale,
+                       .directDisplayID = display.number(),
+                       .isPreview = false,
+                       .presentationMode = options_.presentationMode,
+                       .activityState = "active",
+                       .cacheDirectory = std::nullopt},
+                      [this, &display](const Result<std::uint32_t, std::string>& contextID) {
+                          if (!contextID) {
+                              display.setTrouble(contextID.error());
+                              return;
+                          }
+                          attaching_.emplace_back(contextID.value(), &display);
+                          if (!session_->attach(contextID.value())) {
+                              display.setTrouble("the extension takes no more records");
+                          }
+                      });
+}
+
+void WallpaperAgent::attached(std::uint32_t contextID, FileDescriptor socket) {
+    const auto found = std::find_if(attaching_.begin(), attaching_.end(),
+                                    [&](const auto& entry) { return entry.first == contextID; });
+    if (found == attaching_.end()) {
+        return;
+    }
+    Display* const display = found->second;
+    attaching_.erase(found);
+    if (!socket) {
+        display->setTrouble("the extension does not know its own remote context");
+        return;
+    }
+    display->host(std::move(socket));
+}
+
+void WallpaperAgent::refresh() {
+    for (const auto& display : displays_) {
+        display->refresh();
+        if (!ending_) {
+            session_->tick(display->number());
+        }
+    }
+}
+
+void WallpaperAgent::schedulePictures() {
+    const double second = options_.seconds.value_or(2 * kPictureInterval) - kPictureMargin;
+    loop_.asyncAfter(second - kPictureInterval, [this] { writePictures("a"); });
+    loop_.asyncAfter(second, [this] { writePictures("b"); });
+}
+
+void WallpaperAgent::writePictures(const char* which) {
+    for (const auto& display : displays_) {
+        const auto file =
+            *options_.out / ("display-" + std::to_string(display->number()) + "-" + which + ".png");
+        if (!display->writePNG(platform_.images(), file)) {
+            complain(file.string() + " cannot be written");
+            pictureLost_ = true;
+        }
+    }
+}
+
+void WallpaperAgent::scheduleEnd() {
+    if (options_.seconds) {
+        loop_.asyncAfter(*options_.seconds, [this] { end(RunStatus::done); });
+    }
+}
+
+void WallpaperAgent::end(RunStatus status) {
+    if (std::exchange(ending_, true)) {
+        return;
+    }
+    const auto stop = [this, status] { loop_.stop(static_cast<int>(status)); };
+    auto left = std::make_shared<std::size_t>(displays_.size());
+    for (const auto& display : displays_) {
+        session_->invalidate(display->wallpaper(), [left, stop](const std::optional<Error>&) {
+            if (--*left == 0) {
+                stop();
+            }
+        });
+    }
+    loop_.asyncAfter(kReleaseSeconds, stop);
+}
+
+void WallpaperAgent::printSummary() const {
+    for (const auto& display : displays_) {
+        std::printf("display %u  %ux%u  %-26s  %llu frames", display->number(),
+                    display->mode().width, display->mode().height, display->choice().c_str(),
+                    static_cast<unsigned long long>(display->framesShown()));
+        if (display->framesShown() > 1) {
+            const double span = display->lastFrame() - *display->firstFrame();
+            std::printf("  %.1f a second", static_cast<double>(display->framesShown() - 1) / span);
+        }
+        if (!display->trouble().empty() && !ending_) {
+            std::printf("  (%s)", display->trouble().c_str());
+        }
+        std::printf("\n");
+    }
+    std::fflush(stdout);
+}
+
+} // namespace vantor::agent

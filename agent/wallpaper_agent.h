@@ -1,0 +1,70 @@
+#pragma once
+// The wallpaper agent over virtual displays: starts the extension, asks it for a wallpaper for each
+// display, shows what it draws, and says what happened. Main thread.
+
+#include "agent/display.h"
+#include "agent/extension_session.h"
+#include "agent/run_options.h"
+#include "platform/linux/main_loop.h"
+#include "platform/result.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vantor {
+class Platform;
+}
+
+namespace vantor::agent {
+
+/// How `run` ends.
+enum class RunStatus : int {
+    done = 0,
+    /// It could not start, or could not do what it was asked; the reason is on standard error.
+    failed = 1,
+    usage = 2,
+    /// The extension ended before the agent did.
+    extensionEnded = 3,
+};
+
+class WallpaperAgent {
+  public:
+    /// The loop is the platform's main queue.
+    WallpaperAgent(Platform& platform, MainLoop& loop, RunOptions options);
+    ~WallpaperAgent();
+    WallpaperAgent(const WallpaperAgent&) = delete;
+    WallpaperAgent& operator=(const WallpaperAgent&) = delete;
+
+    /// Runs for the time asked for, or until SIGINT or SIGTERM.
+    RunStatus run();
+
+  private:
+    Result<Done, std::string> start();
+    Result<Done, std::string> makeDisplays();
+    void acquire(Display& display);
+    void attached(std::uint32_t contextID, FileDescriptor socket);
+    void refresh();
+    /// Takes the first and, a second later, the second picture of every display.
+    void schedulePictures();
+    void writePictures(const char* which);
+    void scheduleEnd();
+    /// Releases the wallpapers, then stops the loop.
+    void end(RunStatus status);
+    void printSummary() const;
+
+    Platform& platform_;
+    MainLoop& loop_;
+    RunOptions options_;
+    std::vector<std::unique_ptr<Display>> displays_;
+    std::unique_ptr<ExtensionSession> session_;
+    std::unique_ptr<RepeatingTimer> refreshTimer_;
+    /// Displays by the context they asked to attach to.
+    std::vector<std::pair<std::uint32_t, Display*>> attaching_;
+    bool ending_ = false;
+    /// A picture could not be written.
+    bool pictureLost_ = false;
+};
+
+} // namespace vantor::agent
