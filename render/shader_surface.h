@@ -24,17 +24,17 @@ class ShaderSurface : public std::enable_shared_from_this<ShaderSurface> {
   public:
     struct Description {
         /// The resolved key; also the key of the pipeline.
-        std::string entryID;
-        std::string_view source;
-        ShaderUniforms look;
+        std::string entryID{};
+        std::string_view source{};
+        ShaderUniforms look{};
         /// The layer that the surface's own is added to.
-        LayerRef in;
+        LayerRef in{};
         /// In points.
-        Size size;
+        Size size{};
         /// Pixels per point.
         double scale = 1;
         /// Whose refresh clock drives it; the first screen's when it names none.
-        std::optional<std::uint32_t> displayID;
+        std::optional<std::uint32_t> displayID{};
         /// Animation time of the first frame, in seconds.
         double startTime = 0;
     };

@@ -82,13 +82,13 @@ class FakeMetalLayer::PooledDrawable : public FakePresentable {
     gpu::Texture& texture() override { return *texture_; }
     void show() override;
 
-    bool ready(gpu::Device& device, std::uint64_t width, std::uint64_t height,
-               gpu::PixelFormat format) {
+    bool ready(gpu::Device& maker, std::uint64_t width, std::uint64_t height,
+               gpu::PixelFormat texelFormat) {
         if (!texture_ || texture_->width() != width || texture_->height() != height) {
-            texture_ = device.newTexture({.pixelFormat = format,
-                                          .width = width,
-                                          .height = height,
-                                          .usage = gpu::TextureUsage::renderTarget});
+            texture_ = maker.newTexture({.pixelFormat = texelFormat,
+                                         .width = width,
+                                         .height = height,
+                                         .usage = gpu::TextureUsage::renderTarget});
         }
         return texture_ != nullptr;
     }
