@@ -179,7 +179,9 @@ Decl* Parser::templateDeclaration(bool member) {
     if (!closeAngle()) {
         return nullptr;
     }
+    inTemplate_ = true;
     Decl* decl = simpleDeclaration(member, arena_.copy(list), true);
+    inTemplate_ = false;
     closeScope(mark);
     if (decl != nullptr && decl->kind == DeclKind::function) {
         declare(decl->function->name, ParserKind::functionTemplate);
@@ -351,7 +353,10 @@ Decl* Parser::functionRest(const Specifiers& parts, const Declarator& name) {
     function->result = name.type;
     function->isStatic = parts.isStatic;
     function->stage = parts.stage;
-    if (function->name->parserKind != ParserKind::functionTemplate) {
+    if (inTemplate_) {
+        declare(function->name, ParserKind::functionTemplate);
+        inTemplate_ = false;
+    } else if (function->name->parserKind != ParserKind::functionTemplate) {
         declare(function->name, ParserKind::value);
     }
     const size_t mark = openScope();
