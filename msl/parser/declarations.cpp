@@ -267,6 +267,11 @@ bool Parser::looksLikeParameters() const {
     if (peek(1).is(TokenKind::leftBracket)) {
         return true;
     }
+    // Two names in a row: a type that is not known, which is reported as one.
+    if (peek(1).is(TokenKind::identifier) && peek(1).name->keyword == Keyword::none &&
+        peek(2).is(TokenKind::identifier)) {
+        return true;
+    }
     auto* self = const_cast<Parser*>(this);
     const size_t before = position_;
     ++self->position_;
