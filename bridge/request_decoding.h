@@ -22,16 +22,16 @@ inline constexpr std::size_t kMaxVisitedValues = 65536;
 /// What an "acquire" asks for.
 struct Creation {
     /// Which wallpaper, as UTF-8 text.
-    std::optional<std::string> configuration;
+    std::optional<std::string> configuration = std::nullopt;
     /// Points. The width is above 0; the height may be anything.
     Size size{.width = 1920, .height = 1080};
     double scale = 2.0;
-    std::optional<std::uint32_t> displayID;
+    std::optional<std::uint32_t> displayID = std::nullopt;
     bool isPreview = false;
     std::string presentationMode = "default";
     std::string activityState = "active";
     /// The absolute text of a file URL.
-    std::optional<std::string> cacheDirectory;
+    std::optional<std::string> cacheDirectory = std::nullopt;
 
     bool operator==(const Creation&) const = default;
 };
@@ -40,8 +40,8 @@ struct Creation {
 struct Update {
     std::string presentationMode = "default";
     std::string activityState = "active";
-    std::optional<Size> size;
-    std::optional<double> scale;
+    std::optional<Size> size = std::nullopt;
+    std::optional<double> scale = std::nullopt;
 
     bool operator==(const Update&) const = default;
 };

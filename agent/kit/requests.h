@@ -16,27 +16,27 @@ namespace vantor::agent {
 /// What one wallpaper instance is asked to be.
 struct CreationRequest {
     /// Which of the extension's wallpapers; nothing leaves the choice to it.
-    std::optional<std::string> configuration;
+    std::optional<std::string> configuration = std::nullopt;
     /// Points.
-    Size size;
+    Size size = {};
     /// Pixels per point.
     double scaleFactor = 1.0;
-    std::optional<std::uint32_t> directDisplayID;
+    std::optional<std::uint32_t> directDisplayID = std::nullopt;
     bool isPreview = false;
     /// One of presentationModes().
     std::string presentationMode = "default";
     /// One of activityStates().
     std::string activityState = "active";
     /// The absolute text of a file URL.
-    std::optional<std::string> cacheDirectory;
+    std::optional<std::string> cacheDirectory = std::nullopt;
 };
 
 struct UpdateRequest {
     std::string presentationMode = "default";
     std::string activityState = "active";
     /// Both or neither.
-    std::optional<Size> size;
-    std::optional<double> scaleFactor;
+    std::optional<Size> size = std::nullopt;
+    std::optional<double> scaleFactor = std::nullopt;
 };
 
 std::span<const std::string_view> presentationModes();

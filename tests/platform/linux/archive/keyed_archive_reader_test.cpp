@@ -226,7 +226,7 @@ TEST_F(KeyedArchiveReaderTest, RefusesMalformedValues) {
                 HasSubstr("is no text"));
     EXPECT_THAT(decodePayload({Dictionary{{"NS.objects", Array{}}, {"$class", UID{77}}}}).error,
                 HasSubstr("has no class"));
-    EXPECT_THAT(decodePayload({Array{}}).error, HasSubstr("is no value"));
+    EXPECT_THAT(decodePayload({PropertyList(Array{})}).error, HasSubstr("is no value"));
     EXPECT_THAT(decodePayload({Dictionary{{"$class", UID{4}}}, classRecord("NSDate")}).error,
                 HasSubstr("without a time"));
     EXPECT_THAT(decodePayload({Dictionary{{"$class", UID{4}}}, classRecord("NSURL")}).error,
