@@ -18,9 +18,16 @@ std::optional<Module> compileStages(const SourceManager::File& file, SourceManag
 
     Preprocessor preprocessor(sources, names, arena, diagnostics, options.includeFolders);
     const auto tokens = preprocessor.run(file);
+    if (preprocessor.stopped()) {
+        return std::nullopt;
+    }
 
     Parser parser(tokens, names, arena, diagnostics);
     const auto declarations = parser.run();
+    if (diagnostics.hasErrors()) {
+        // What could not be parsed is missing, and its uses would be reported as well.
+        return std::nullopt;
+    }
 
     Sema sema(names, arena, types, diagnostics);
     const auto unit = sema.run(declarations);

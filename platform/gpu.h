@@ -117,7 +117,8 @@ struct DrawableReturn {
 };
 using DrawableRef = std::unique_ptr<Drawable, DrawableReturn>;
 
-/// One colour attachment.
+/// One colour attachment. Its texture lives until the GPU has finished the pass (a drawable's does
+/// by itself).
 struct RenderPassDescriptor {
     Texture* texture = nullptr;
     LoadAction loadAction = LoadAction::clear;

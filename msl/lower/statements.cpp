@@ -385,7 +385,7 @@ void Lowerer::loop(const tree::Stmt* stmt) {
         builder_.branch(body);
     }
     builder_.start(*function_, body);
-    statement(stmt->body);
+    statements(std::span(&stmt->body, 1));
     if (builder_.open()) {
         auto& here = frame_->breakables.back();
         breakTo(here, here.continues, continuing);

@@ -179,7 +179,9 @@ Decl* Parser::templateDeclaration(bool member) {
     if (!closeAngle()) {
         return nullptr;
     }
+    inTemplate_ = true;
     Decl* decl = simpleDeclaration(member, arena_.copy(list), true);
+    inTemplate_ = false;
     closeScope(mark);
     if (decl != nullptr && decl->kind == DeclKind::function) {
         declare(decl->function->name, ParserKind::functionTemplate);
@@ -263,6 +265,11 @@ bool Parser::looksLikeParameters() const {
         return true;
     }
     if (peek(1).is(TokenKind::leftBracket)) {
+        return true;
+    }
+    // Two names in a row: a type that is not known, which is reported as one.
+    if (peek(1).is(TokenKind::identifier) && peek(1).name->keyword == Keyword::none &&
+        peek(2).is(TokenKind::identifier)) {
         return true;
     }
     auto* self = const_cast<Parser*>(this);
@@ -351,7 +358,10 @@ Decl* Parser::functionRest(const Specifiers& parts, const Declarator& name) {
     function->result = name.type;
     function->isStatic = parts.isStatic;
     function->stage = parts.stage;
-    if (function->name->parserKind != ParserKind::functionTemplate) {
+    if (inTemplate_) {
+        declare(function->name, ParserKind::functionTemplate);
+        inTemplate_ = false;
+    } else if (function->name->parserKind != ParserKind::functionTemplate) {
         declare(function->name, ParserKind::value);
     }
     const size_t mark = openScope();

@@ -216,7 +216,8 @@ Expr* Parser::unaryAtDepth() {
             if (at(TokenKind::leftParen)) {
                 const size_t before = position_;
                 advance();
-                if (startsType() && !peek(skipQualifiers(0) + 1).is(TokenKind::leftParen)) {
+                if (at(Keyword::decltypeWord) ||
+                    (startsType() && !peek(skipQualifiers(0) + 1).is(TokenKind::leftParen))) {
                     expr->type = typeName();
                     return expr->type != nullptr && expect(TokenKind::rightParen, "after the type")
                                ? expr

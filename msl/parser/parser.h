@@ -78,6 +78,7 @@ class Parser {
     bool looksLikeParameters() const;
     ast::Decl* makeDecl(ast::DeclKind kind, Range range);
     ast::Decl* inStruct_ = nullptr;
+    bool inTemplate_ = false; // the declaration at hand is a template's
 
     // type_syntax.cpp
     bool specifiers(Specifiers& result);

@@ -92,6 +92,7 @@ bool Parser::startsDeclaration() const {
     case Keyword::externWord:
     case Keyword::staticAssertWord:
     case Keyword::namespaceWord:
+    case Keyword::decltypeWord:
     case Keyword::templateWord:
         return true;
     default:

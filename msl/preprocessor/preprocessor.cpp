@@ -31,6 +31,7 @@ std::vector<Token> Preprocessor::run(const SourceManager::File& file) {
             Token end;
             end.location = token.location;
             output.push_back(end);
+            stopped_ = true;
             break;
         }
         output.push_back(token);

@@ -20,6 +20,9 @@ class Preprocessor {
     // macro made stands at the place of the macro's name in the text.
     std::vector<Token> run(const SourceManager::File& file);
 
+    // Whether a bound ended the run: what is missing is not the source's fault.
+    bool stopped() const { return stopped_; }
+
   private:
     // Where tokens come from: a file, or the tokens that a macro was replaced by.
     struct Frame {

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <mutex>
+#include <optional>
 #include <pthread.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
@@ -158,6 +159,8 @@ struct MainLoop::State {
     sd_event* event = nullptr;
     FileDescriptor wake;
     std::function<void()> turnEnded;
+    /// Set when the loop is to end.
+    std::optional<int> status;
     std::vector<std::pair<int, std::function<void(int)>>> signals;
 
     /// Guards `posted`.
@@ -261,10 +264,16 @@ void MainLoop::setTurnEnded(std::function<void()> work) {
     }
 }
 
-int MainLoop::run() { return sd_event_loop(state_->event); }
+int MainLoop::run() {
+    state_->status.reset();
+    while (!state_->status) {
+        require(sd_event_run(state_->event, UINT64_MAX), "turn");
+    }
+    return *state_->status;
+}
 
 void MainLoop::stop(int status) {
-    async([event = state_->event, status] { sd_event_exit(event, status); });
+    async([state = state_.get(), status] { state->status = status; });
 }
 
 sd_event* MainLoop::event() const { return state_->event; }

@@ -46,7 +46,7 @@ class MainLoop : public MainQueue {
     /// thread (implicit layer transactions end there). At most one.
     void setTurnEnded(std::function<void()> work);
 
-    /// Runs until `stop`; gives the exit status that `stop` was given.
+    /// Runs until `stop`; gives the exit status that `stop` was given. May be run again.
     int run();
     /// Any thread.
     void stop(int status);

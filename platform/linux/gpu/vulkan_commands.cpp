@@ -34,6 +34,8 @@ std::size_t alignedUp(std::size_t value, std::size_t alignment) {
 DeviceParts::~DeviceParts() {
     completion.reset();
     if (context) {
+        // What the zeros were made with may still be under way.
+        vkDeviceWaitIdle(context->device());
         vkDestroySampler(context->device(), zeros.sampler, nullptr);
     }
 }

@@ -1,0 +1,406 @@
+// The whole road of a layer tree, from the extension's side to the host's composited picture, over
+// a real GPU and a real socket.
+
+#include "agent/host/compositor.h"
+#include "agent/host/hosted_context.h"
+#include "platform/linux/layers/layer_wire.h"
+#include "platform/linux/layers/linux_layers.h"
+#include "platform/linux/system/linux_images.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <sys/socket.h>
+#include <thread>
+#include <vector>
+
+namespace vantor {
+namespace {
+
+class LayersTest : public testing::Test {
+  protected:
+    static constexpr std::uint32_t kWidth = 32;
+    static constexpr std::uint32_t kHeight = 16;
+
+    static void SetUpTestSuite() {
+        auto made = vulkan::VulkanDevice::create();
+        ASSERT_TRUE(made) << made.error();
+        device = std::move(*made);
+        queue = device->newCommandQueue();
+        auto context = vulkan::Context::create();
+        ASSERT_TRUE(context) << context.error();
+        hostGPU = std::move(*context);
+    }
+    static void TearDownTestSuite() {
+        queue.reset();
+        device.reset();
+        hostGPU.reset();
+    }
+
+    LayersTest() {
+        root = layers.makeLayer();
+        root->setFrame({.origin = {}, .size = {.width = kWidth, .height = kHeight}});
+        root->setBackgroundColor(Color::gray(0, 1));
+        context = layers.remoteContextClass().perform("remoteContextWithOptions:", {});
+        context->perform("setLayer:", root);
+        contextID = static_cast<std::uint32_t>(*context->valueForKey("contextId")->integer());
+    }
+
+    std::shared_ptr<MetalLayer> addMetalLayer() {
+        auto metal = layers.makeMetalLayer();
+        metal->setDevice(device);
+        metal->setPixelFormat(gpu::PixelFormat::bgra8Unorm);
+        metal->setFrame(root->frame());
+        metal->setDrawableSize({.width = kWidth, .height = kHeight});
+        root->addSublayer(metal);
+        return metal;
+    }
+
+    /// Fills the layer's next drawable with a colour and presents it. False without a drawable.
+    static bool present(MetalLayer& layer, double red, double green, double blue) {
+        gpu::DrawableRef drawable = layer.nextDrawable();
+        if (!drawable) {
+            return false;
+        }
+        gpu::CommandBuffer* const commands = queue->commandBuffer();
+        commands
+            ->renderCommandEncoder(
+                {.texture = &drawable->texture(),
+                 .clearColor = {.red = red, .green = green, .blue = blue, .alpha = 1}})
+            ->endEncoding();
+        commands->presentDrawable(std::move(drawable));
+        commands->commit();
+        return true;
+    }
+
+    /// Runs the loop for a moment: long enough for a tiny frame to be drawn and announced.
+    void settle(double seconds = 0.05) {
+        loop.asyncAfter(seconds, [this] { loop.stop(0); });
+        loop.run();
+    }
+
+    std::unique_ptr<agent::HostedContext> host() {
+        auto socket = layers.attach(contextID);
+        EXPECT_TRUE(socket);
+        return std::make_unique<agent::HostedContext>(
+            loop, hostGPU, std::move(*socket),
+            agent::ContextHandlers{.changed = [this] { ++changes; },
+                                   .frameArrived = [this] { ++frames; },
+                                   .ended = [this](const std::string& why) { ended = why; }});
+    }
+
+    /// The composited picture's pixel as red, green, blue.
+    std::vector<int> pixel(const agent::HostedContext& hosted, std::size_t x, std::size_t y,
+                           double scale = 1) {
+        auto compositor = agent::Compositor::create(hostGPU, kWidth, kHeight);
+        EXPECT_TRUE(compositor->compose(hosted, scale));
+        std::vector<std::uint8_t> bytes(std::size_t{kWidth} * kHeight * 4);
+        EXPECT_TRUE(compositor->read(bytes));
+        const std::uint8_t* p = bytes.data() + (y * kWidth + x) * 4;
+        return {p[2], p[1], p[0]};
+    }
+
+    static std::shared_ptr<vulkan::VulkanDevice> device;
+    static std::shared_ptr<gpu::CommandQueue> queue;
+    static std::shared_ptr<vulkan::Context> hostGPU;
+    MainLoop loop;
+    LinuxLayers layers{loop};
+    LayerRef root;
+    ObjectRef context;
+    std::uint32_t contextID = 0;
+    int changes = 0;
+    int frames = 0;
+    std::string ended;
+};
+
+std::shared_ptr<vulkan::VulkanDevice> LayersTest::device;
+std::shared_ptr<gpu::CommandQueue> LayersTest::queue;
+std::shared_ptr<vulkan::Context> LayersTest::hostGPU;
+
+TEST_F(LayersTest, ContextsHaveNumbersOfTheirOwnThatAreNeverZero) {
+    const auto other = layers.remoteContextClass().perform("remoteContextWithOptions:", {});
+    EXPECT_NE(contextID, 0U);
+    EXPECT_NE(*other->valueForKey("contextId")->integer(), contextID);
+    EXPECT_EQ(other->valueForKey("layer"), std::nullopt);
+    EXPECT_EQ(layers.remoteContextClass().perform("localContext", {}), nullptr);
+    EXPECT_FALSE(other->perform("unknown", nullptr));
+}
+
+TEST_F(LayersTest, AFrameThatWasDrawnBeforeAnyoneLookedIsShownToTheHostThatComes) {
+    const auto metal = addMetalLayer();
+    ASSERT_TRUE(present(*metal, 1, 0.5, 0));
+    settle();
+    const auto hosted = host();
+    settle();
+    EXPECT_EQ(frames, 1);
+    EXPECT_EQ(pixel(*hosted, 0, 0), (std::vector<int>{255, 128, 0}));
+    EXPECT_EQ(pixel(*hosted, kWidth - 1, kHeight - 1), (std::vector<int>{255, 128, 0}));
+}
+
+TEST_F(LayersTest, FramesFollowEachOtherThroughTwoDrawables) {
+    const auto metal = addMetalLayer();
+    const auto hosted = host();
+    for (int i = 1; i <= 6; ++i) {
+        ASSERT_TRUE(present(*metal, i / 255.0, 0, 0)) << i;
+        settle();
+        EXPECT_EQ(frames, i);
+        EXPECT_EQ(pixel(*hosted, 3, 3)[0], i);
+        hosted->releaseReplaced();
+        settle(0.01);
+    }
+}
+
+TEST_F(LayersTest, ThereIsNoThirdDrawableWhileTheHostHoldsOneAndTheGPUTheOther) {
+    const auto metal = addMetalLayer();
+    const auto hosted = host();
+    ASSERT_TRUE(present(*metal, 1, 0, 0));
+    settle();
+    ASSERT_TRUE(present(*metal, 0, 1, 0));
+    settle();
+    // The host has not given the first frame back.
+    EXPECT_TRUE(hosted->hasReplaced());
+    EXPECT_FALSE(present(*metal, 0, 0, 1));
+    hosted->releaseReplaced();
+    settle();
+    EXPECT_TRUE(present(*metal, 0, 0, 1));
+}
+
+TEST_F(LayersTest, ADrawableThatIsDroppedCanBeTakenAgain) {
+    const auto metal = addMetalLayer();
+    for (int i = 0; i < 5; ++i) {
+        const gpu::DrawableRef one = metal->nextDrawable();
+        const gpu::DrawableRef other = metal->nextDrawable();
+        EXPECT_NE(one, nullptr);
+        EXPECT_NE(other, nullptr);
+        EXPECT_EQ(metal->nextDrawable(), nullptr);
+    }
+}
+
+TEST_F(LayersTest, AHostThatDiesGivesEverythingBack) {
+    const auto metal = addMetalLayer();
+    auto hosted = host();
+    ASSERT_TRUE(present(*metal, 1, 0, 0));
+    settle();
+    ASSERT_TRUE(present(*metal, 0, 1, 0));
+    settle();
+    ASSERT_FALSE(present(*metal, 0, 0, 1));
+    hosted.reset();
+    settle();
+    EXPECT_TRUE(present(*metal, 0, 0, 1));
+}
+
+TEST_F(LayersTest, TwoHostsSeeTheSameFrame) {
+    const auto metal = addMetalLayer();
+    const auto one = host();
+    const auto other = host();
+    ASSERT_TRUE(present(*metal, 0, 0, 1));
+    settle();
+    EXPECT_EQ(pixel(*one, 5, 5), (std::vector<int>{0, 0, 255}));
+    EXPECT_EQ(pixel(*other, 5, 5), (std::vector<int>{0, 0, 255}));
+}
+
+TEST_F(LayersTest, AResizeWhileFramesAreOutTakesEffectWithTheNextDrawable) {
+    const auto metal = addMetalLayer();
+    const auto hosted = host();
+    ASSERT_TRUE(present(*metal, 1, 0, 0));
+    settle();
+    metal->setDrawableSize({.width = kWidth / 2, .height = kHeight / 2});
+    {
+        const gpu::DrawableRef next = metal->nextDrawable();
+        ASSERT_NE(next, nullptr);
+        EXPECT_EQ(next->texture().width(), kWidth / 2);
+        EXPECT_EQ(next->texture().height(), kHeight / 2);
+    }
+    ASSERT_TRUE(present(*metal, 0, 1, 0));
+    settle();
+    // The layer is still of the old size: its smaller frame is stretched over it.
+    EXPECT_EQ(pixel(*hosted, kWidth - 1, kHeight - 1), (std::vector<int>{0, 255, 0}));
+    hosted->releaseReplaced();
+    settle();
+    ASSERT_TRUE(present(*metal, 0, 0, 1));
+    settle();
+    EXPECT_EQ(pixel(*hosted, 0, 0), (std::vector<int>{0, 0, 255}));
+    EXPECT_EQ(ended, "");
+}
+
+TEST_F(LayersTest, ALayerWithoutPixelsHasNoDrawable) {
+    const auto metal = addMetalLayer();
+    for (const Size& size : {Size{.width = 0, .height = 9}, Size{.width = 9, .height = -1},
+                             Size{.width = 0.5, .height = 9}, Size{.width = 1e9, .height = 1}}) {
+        metal->setDrawableSize(size);
+        EXPECT_EQ(metal->nextDrawable(), nullptr) << size.width << " x " << size.height;
+    }
+}
+
+TEST_F(LayersTest, ALayerThatGoesWhileItsFrameIsDrawnIsNotShown) {
+    auto metal = addMetalLayer();
+    const auto hosted = host();
+    ASSERT_TRUE(present(*metal, 1, 0, 0));
+    metal->removeFromSuperlayer();
+    metal.reset();
+    settle();
+    EXPECT_EQ(pixel(*hosted, 1, 1), (std::vector<int>{0, 0, 0}));
+}
+
+TEST_F(LayersTest, BackgroundsLieWhereTheirLayersAre) {
+    const auto hosted = host();
+    const LayerRef patch = layers.makeLayer();
+    patch->setFrame({.origin = {.x = 4, .y = 2}, .size = {.width = 8, .height = 4}});
+    patch->setBackgroundColor(Color{.red = 0, .green = 1, .blue = 0, .alpha = 1});
+    root->addSublayer(patch);
+    root->setBackgroundColor(Color::gray(0.2, 1));
+    layers.flush();
+    settle();
+    EXPECT_EQ(pixel(*hosted, 3, 2), (std::vector<int>{51, 51, 51}));
+    EXPECT_EQ(pixel(*hosted, 4, 2), (std::vector<int>{0, 255, 0}));
+    EXPECT_EQ(pixel(*hosted, 11, 5), (std::vector<int>{0, 255, 0}));
+    EXPECT_EQ(pixel(*hosted, 12, 5), (std::vector<int>{51, 51, 51}));
+    // Twice the pixels per point.
+    EXPECT_EQ(pixel(*hosted, 8, 4, 2), (std::vector<int>{0, 255, 0}));
+    EXPECT_EQ(pixel(*hosted, 7, 4, 2), (std::vector<int>{51, 51, 51}));
+}
+
+TEST_F(LayersTest, AStillFillsItsLayerKeepingItsAspectAndIsMasked) {
+    // Twice as tall as the layer's aspect: the upper and lower quarters are cut off.
+    constexpr std::size_t kSide = 32;
+    std::vector<std::uint8_t> bytes(kSide * kSide * 4, 255);
+    for (std::size_t y = 0; y < kSide; ++y) {
+        for (std::size_t x = 0; x < kSide; ++x) {
+            std::uint8_t* p = bytes.data() + (y * kSide + x) * 4;
+            p[0] = 0;
+            p[1] = y < kSide / 4 || y >= kSide * 3 / 4 ? 255 : 0;
+            p[2] = y < kSide / 2 ? 255 : 0;
+        }
+    }
+    const LayerRef still = layers.makeLayer();
+    still->setFrame(root->frame());
+    still->setContents(std::make_shared<LinuxImage>(kSide, kSide, bytes));
+    still->setContentsGravity(ContentsGravity::resizeAspectFill);
+    still->setMasksToBounds(true);
+    root->addSublayer(still);
+    const auto hosted = host();
+    settle();
+    EXPECT_EQ(pixel(*hosted, 9, 2), (std::vector<int>{255, 0, 0}));
+    EXPECT_EQ(pixel(*hosted, 9, 13), (std::vector<int>{0, 0, 0}));
+}
+
+TEST_F(LayersTest, AnOpenTransactionIsNotSent) {
+    const auto hosted = host();
+    settle();
+    changes = 0;
+    layers.begin();
+    root->setBackgroundColor(Color::gray(1, 1));
+    layers.flush();
+    settle();
+    EXPECT_EQ(changes, 0);
+    layers.commit();
+    settle();
+    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(pixel(*hosted, 0, 0), (std::vector<int>{255, 255, 255}));
+}
+
+TEST_F(LayersTest, AnInvalidatedContextEndsItsHostsAndCannotBeAttached) {
+    const auto hosted = host();
+    context->perform("invalidate", nullptr);
+    settle();
+    EXPECT_EQ(ended, "the other process closed the socket");
+    EXPECT_EQ(layers.attach(contextID), std::nullopt);
+    EXPECT_EQ(layers.attach(0), std::nullopt);
+}
+
+/// A host at the mercy of a test that plays the extension.
+class HostedContextTest : public LayersTest {
+  protected:
+    HostedContextTest() {
+        int ends[2];
+        EXPECT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), 0);
+        socket = std::make_unique<layerwire::RecordSocket>(FileDescriptor(ends[0]));
+        hosted = std::make_unique<agent::HostedContext>(
+            loop, hostGPU, FileDescriptor(ends[1]),
+            agent::ContextHandlers{.changed = [] {},
+                                   .frameArrived = [] {},
+                                   .ended = [this](const std::string& why) { ended = why; }});
+    }
+
+    template <typename Record>
+    static Record recordOf(layerwire::Kind kind) {
+        Record record{};
+        record.header.kind = kind;
+        return record;
+    }
+
+    std::unique_ptr<layerwire::RecordSocket> socket;
+    std::unique_ptr<agent::HostedContext> hosted;
+};
+
+TEST_F(HostedContextTest, ATreeOutOfRangeEndsTheExtension) {
+    auto tree = recordOf<layerwire::TreeRecord>(layerwire::Kind::tree);
+    tree.layerCount = 17;
+    ASSERT_TRUE(socket->send(tree));
+    settle(0.01);
+    EXPECT_EQ(ended, "a tree of 17 layers exceeds the limit of 16");
+}
+
+TEST_F(HostedContextTest, ALayerThatIsItsOwnParentEndsTheExtension) {
+    auto tree = recordOf<layerwire::TreeRecord>(layerwire::Kind::tree);
+    tree.layerCount = 2;
+    for (auto& layer : tree.layers) {
+        layer.contentsScale = 1;
+        layer.parent = 1;
+    }
+    tree.layers[0].parent = layerwire::kNoParent;
+    ASSERT_TRUE(socket->send(tree));
+    settle(0.01);
+    EXPECT_EQ(ended, "layer 1 of a tree is out of range");
+}
+
+TEST_F(HostedContextTest, AFrameOfAnImageThatWasNotSharedEndsTheExtension) {
+    auto frame = recordOf<layerwire::FrameRecord>(layerwire::Kind::frame);
+    frame.imageID = 5;
+    ASSERT_TRUE(socket->send(frame));
+    settle(0.01);
+    EXPECT_EQ(ended, "a frame names image 5, which was not shared");
+}
+
+TEST_F(HostedContextTest, AnImageThatIsTooLargeEndsTheExtension) {
+    auto image = recordOf<layerwire::ImageRecord>(layerwire::Kind::image);
+    image.width = 20000;
+    image.height = 4;
+    ASSERT_TRUE(socket->send(image, STDIN_FILENO));
+    settle(0.01);
+    EXPECT_EQ(ended, "an image of 20000 x 4 pixels exceeds the limit of 16384 a side");
+}
+
+TEST_F(HostedContextTest, AnImageOfAnotherGPUEndsTheExtensionWithAReasonForThePerson) {
+    auto image = recordOf<layerwire::ImageRecord>(layerwire::Kind::image);
+    image.width = 4;
+    image.height = 4;
+    ASSERT_TRUE(socket->send(image, STDIN_FILENO));
+    settle(0.01);
+    EXPECT_EQ(ended, "the extension draws on another GPU than the agent (" + hostGPU->name() + ")");
+}
+
+TEST_F(HostedContextTest, ADescriptorThatIsNoMemoryEndsTheExtension) {
+    auto picture = recordOf<layerwire::PictureRecord>(layerwire::Kind::picture);
+    picture.imageID = 1;
+    picture.width = 4;
+    picture.height = 4;
+    ASSERT_TRUE(socket->send(picture, STDIN_FILENO));
+    settle(0.01);
+    EXPECT_EQ(ended, "a picture's memory has another size than its 64 bytes");
+}
+
+TEST_F(HostedContextTest, ARecordWithoutItsDescriptorEndsTheExtension) {
+    ASSERT_TRUE(socket->send(recordOf<layerwire::ImageRecord>(layerwire::Kind::image)));
+    settle(0.01);
+    EXPECT_EQ(ended, "a layer record carries 0 descriptors where 1 belong");
+}
+
+TEST_F(HostedContextTest, AHostsOwnRecordEndsTheExtension) {
+    ASSERT_TRUE(socket->send(recordOf<layerwire::ReleaseRecord>(layerwire::Kind::release)));
+    settle(0.01);
+    EXPECT_EQ(ended, "the extension sent a record that only a host sends");
+}
+
+} // namespace
+} // namespace vantor
