@@ -3,13 +3,15 @@
 
 #include "platform/linux/archive/property_list_codec.h"
 
+#include <array>
 #include <cstdio>
-#include <iostream>
-#include <iterator>
 
 int main() {
-    std::cin >> std::noskipws;
-    const vantor::Bytes bytes{std::istreambuf_iterator<char>(std::cin), {}};
+    vantor::Bytes bytes;
+    std::array<std::uint8_t, 65536> block;
+    for (std::size_t got = 0; (got = std::fread(block.data(), 1, block.size(), stdin)) > 0;) {
+        bytes.insert(bytes.end(), block.begin(), block.begin() + got);
+    }
     vantor::PropertyListCodec codec;
     const auto list = codec.read(bytes);
     if (!list) {
@@ -17,7 +19,6 @@ int main() {
         return 1;
     }
     const vantor::Bytes written = codec.writeBinary(list.value());
-    std::cout.write(reinterpret_cast<const char*>(written.data()),
-                    static_cast<std::streamsize>(written.size()));
-    return std::cout.flush() ? 0 : 1;
+    const bool done = std::fwrite(written.data(), 1, written.size(), stdout) == written.size();
+    return done && std::fflush(stdout) == 0 ? 0 : 1;
 }
