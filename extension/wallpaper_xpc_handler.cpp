@@ -13,6 +13,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 
 namespace vantor {
@@ -36,12 +37,20 @@ UUID synthesised(std::optional<std::uint32_t> displayID) {
     return *UUID::parse(text.data());
 }
 
-/// The shortest decimal form that reads back as the same number, with a fraction: "2.0".
+/// The shortest decimal form that reads back as the same number, with a fraction: "2.0". Only what
+/// is very large or very small carries an exponent.
 std::string decimal(double value) {
+    // Up to 2^53 every integer has a double of its own, so that its digits say nothing false.
+    constexpr double kLargestPlain = 9007199254740992.0;
+    constexpr double kSmallestPlain = 1e-4;
+    const double magnitude = std::abs(value);
+    const bool plain = value == 0 || (magnitude >= kSmallestPlain && magnitude <= kLargestPlain);
     std::array<char, 32> text{};
-    const auto [end, status] = std::to_chars(text.data(), text.data() + text.size(), value);
+    const auto [end, status] =
+        std::to_chars(text.data(), text.data() + text.size(), value,
+                      plain ? std::chars_format::fixed : std::chars_format::scientific);
     std::string out(text.data(), end);
-    if (out.find_first_not_of("-0123456789") == std::string::npos) {
+    if (plain && out.find('.') == std::string::npos) {
         out += ".0";
     }
     return out;

@@ -20,14 +20,8 @@ std::uint8_t unorm(double component) {
     return static_cast<std::uint8_t>(std::lround(std::clamp(component, 0.0, 1.0) * 255));
 }
 
-void clearTexture(FakeTexture& texture, const Color& color) {
-    std::vector<std::uint8_t>& texels = texture.texels();
-    for (std::size_t i = 0; i + 3 < texels.size(); i += kBytesPerTexel) {
-        texels[i] = unorm(color.blue);
-        texels[i + 1] = unorm(color.green);
-        texels[i + 2] = unorm(color.red);
-        texels[i + 3] = unorm(color.alpha);
-    }
+std::array<std::uint8_t, 4> bgra(const Color& color) {
+    return {unorm(color.blue), unorm(color.green), unorm(color.red), unorm(color.alpha)};
 }
 
 class FakeLibrary : public gpu::Library {
@@ -137,7 +131,7 @@ class FakeCommandBuffer : public gpu::CommandBuffer {
             auto* texture = dynamic_cast<FakeTexture*>(pass.texture);
             fakeRequire(texture != nullptr, "a texture is drawn to on its own platform");
             if (pass.loadAction == gpu::LoadAction::clear) {
-                clearTexture(*texture, pass.clearColor);
+                texture->fill(bgra(pass.clearColor));
             }
             if (device_.shade) {
                 device_.shade(pass, *texture);
@@ -204,14 +198,33 @@ Error deviceError(std::string message) {
 } // namespace
 
 FakeTexture::FakeTexture(const gpu::TextureDescriptor& descriptor)
-    : descriptor_(descriptor),
-      texels_(descriptor.width * descriptor.height * kBytesPerTexel, kUnwritten) {}
+    : descriptor_(descriptor), filledWith_{kUnwritten, kUnwritten, kUnwritten, kUnwritten} {}
+
+void FakeTexture::fill(const std::array<std::uint8_t, 4>& texel) {
+    filledWith_ = texel;
+    texels_.clear();
+}
+
+const std::vector<std::uint8_t>& FakeTexture::written() const {
+    if (texels_.empty()) {
+        texels_.reserve(width() * height() * kBytesPerTexel);
+        for (std::uint64_t i = 0; i < width() * height(); ++i) {
+            texels_.insert(texels_.end(), filledWith_.begin(), filledWith_.end());
+        }
+    }
+    return texels_;
+}
+
+std::vector<std::uint8_t>& FakeTexture::texels() {
+    written();
+    return texels_;
+}
 
 void FakeTexture::getBytesImpl(std::span<std::uint8_t> bytes, std::size_t bytesPerRow,
                                const gpu::Region& region) const {
     for (std::uint64_t y = 0; y < region.height; ++y) {
         const std::size_t from = ((region.y + y) * width() + region.x) * kBytesPerTexel;
-        std::memcpy(bytes.data() + y * bytesPerRow, texels_.data() + from,
+        std::memcpy(bytes.data() + y * bytesPerRow, written().data() + from,
                     region.width * kBytesPerTexel);
     }
 }
@@ -220,7 +233,7 @@ void FakeTexture::replaceRegionImpl(const gpu::Region& region, std::span<const s
                                     std::size_t bytesPerRow) {
     for (std::uint64_t y = 0; y < region.height; ++y) {
         const std::size_t to = ((region.y + y) * width() + region.x) * kBytesPerTexel;
-        std::memcpy(texels_.data() + to, bytes.data() + y * bytesPerRow,
+        std::memcpy(texels().data() + to, bytes.data() + y * bytesPerRow,
                     region.width * kBytesPerTexel);
     }
 }

@@ -5,6 +5,7 @@
 #include "platform/gpu.h"
 #include "tests/support/fake_contract.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -40,16 +41,21 @@ class FakeTexture : public gpu::Texture {
 
     const gpu::TextureDescriptor& descriptor() const { return descriptor_; }
     /// Rows without padding, four bytes a texel.
-    std::vector<std::uint8_t>& texels() { return texels_; }
+    std::vector<std::uint8_t>& texels();
+    /// Gives every texel these bytes.
+    void fill(const std::array<std::uint8_t, 4>& texel);
 
   private:
     void getBytesImpl(std::span<std::uint8_t> bytes, std::size_t bytesPerRow,
                       const gpu::Region& region) const override;
     void replaceRegionImpl(const gpu::Region& region, std::span<const std::uint8_t> bytes,
                            std::size_t bytesPerRow) override;
+    const std::vector<std::uint8_t>& written() const;
 
     gpu::TextureDescriptor descriptor_;
-    std::vector<std::uint8_t> texels_;
+    /// What every texel holds while texels_ is empty: most textures are never looked at.
+    std::array<std::uint8_t, 4> filledWith_;
+    mutable std::vector<std::uint8_t> texels_;
 };
 
 class FakePipeline : public gpu::RenderPipelineState {
