@@ -3,6 +3,7 @@
 // same draw by hand. Times are the main thread's CPU time; the GPU's work is waited for outside of
 // them.
 
+#include "benchmarks/counted_allocations.h"
 #include "bridge/remote_context.h"
 #include "platform/gpu.h"
 #include "platform/layers.h"
@@ -18,28 +19,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <new>
 #include <thread>
-
-namespace {
-
-/// Counted on the thread that measures, while it measures.
-thread_local bool counting = false;
-thread_local std::uint64_t allocations = 0;
-
-} // namespace
-
-void* operator new(std::size_t size) {
-    if (counting) {
-        ++allocations;
-    }
-    if (void* memory = std::malloc(size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace vantor {
 namespace {
@@ -95,14 +75,13 @@ void ours(benchmark::State& state) {
     for (int i = 0; i < kWarmUp; ++i) {
         frame();
     }
-    allocations = 0;
-    counting = true;
+    bench::startCounting();
     for (auto _ : state) {
         const double before = threadSeconds();
         frame();
         state.SetIterationTime(threadSeconds() - before);
     }
-    counting = false;
+    const std::uint64_t allocations = bench::stopCounting();
     state.counters["allocations"] =
         benchmark::Counter(static_cast<double>(allocations), benchmark::Counter::kAvgIterations);
     surface->stop();

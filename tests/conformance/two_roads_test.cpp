@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,8 @@ struct Named {
     std::string name;
     std::string_view source;
 };
+
+void PrintTo(const Named& shader, std::ostream* out) { *out << shader.name; }
 
 std::vector<Named> everySource() {
     std::vector<Named> sources;
