@@ -4,8 +4,6 @@
 #include <benchmark/benchmark.h>
 
 #include <glslang/Public/ShaderLang.h>
-#include <glslang/SPIRV/GlslangToSpv.h>
-#include <spirv_cross_c.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,22 +14,12 @@
 #include <sstream>
 
 #include "msl/msl.h"
+#include "tests/support/foreign_compiler.h"
 
 namespace {
 
 std::string source;
 std::string glsl;
-
-// Limits wide enough for any shader here; glslang only compares against them.
-TBuiltInResource wideLimits() {
-    TBuiltInResource limits{};
-    auto* numbers = reinterpret_cast<int*>(&limits);
-    for (size_t i = 0; i < offsetof(TBuiltInResource, limits) / sizeof(int); ++i) {
-        numbers[i] = 4096;
-    }
-    limits.limits = {true, true, true, true, true, true, true, true, true};
-    return limits;
-}
 
 size_t compileOurs() {
     const auto result = msl::compile(source);
@@ -39,57 +27,7 @@ size_t compileOurs() {
 }
 
 // The whole road that glslang's users take, without the process-wide initialisation.
-size_t compileGlslang() {
-    static const TBuiltInResource limits = wideLimits();
-    glslang::TShader shader(EShLangFragment);
-    const char* text = glsl.c_str();
-    shader.setStrings(&text, 1);
-    shader.setEnvInput(glslang::EShSourceGlsl, EShLangFragment, glslang::EShClientVulkan, 100);
-    shader.setEnvClient(glslang::EShClientVulkan, glslang::EShTargetVulkan_1_2);
-    shader.setEnvTarget(glslang::EShTargetSpv, glslang::EShTargetSpv_1_5);
-    const auto messages = static_cast<EShMessages>(EShMsgSpvRules | EShMsgVulkanRules);
-    if (!shader.parse(&limits, 450, false, messages)) {
-        std::cerr << shader.getInfoLog();
-        return 0;
-    }
-    glslang::TProgram program;
-    program.addShader(&shader);
-    if (!program.link(messages)) {
-        return 0;
-    }
-    std::vector<unsigned int> words;
-    glslang::GlslangToSpv(*program.getIntermediate(EShLangFragment), words);
-    return words.size();
-}
-
-// Vulkan GLSL of the module's fragment function; empty where SPIRV-Cross fails.
-std::string toGlsl(const msl::Module& module) {
-    spvc_context context = nullptr;
-    spvc_parsed_ir parsed = nullptr;
-    spvc_compiler compiler = nullptr;
-    spvc_compiler_options options = nullptr;
-    const char* text = nullptr;
-    std::string result;
-    if (spvc_context_create(&context) != SPVC_SUCCESS) {
-        return result;
-    }
-    if (spvc_context_parse_spirv(context, module.words.data(), module.words.size(), &parsed) ==
-            SPVC_SUCCESS &&
-        spvc_context_create_compiler(context, SPVC_BACKEND_GLSL, parsed,
-                                     SPVC_CAPTURE_MODE_TAKE_OWNERSHIP, &compiler) == SPVC_SUCCESS &&
-        spvc_compiler_set_entry_point(compiler, "f_main", SpvExecutionModelFragment) ==
-            SPVC_SUCCESS &&
-        spvc_compiler_create_compiler_options(compiler, &options) == SPVC_SUCCESS) {
-        spvc_compiler_options_set_uint(options, SPVC_COMPILER_OPTION_GLSL_VERSION, 450);
-        spvc_compiler_options_set_bool(options, SPVC_COMPILER_OPTION_GLSL_VULKAN_SEMANTICS, 1);
-        spvc_compiler_install_compiler_options(compiler, options);
-        if (spvc_compiler_compile(compiler, &text) == SPVC_SUCCESS) {
-            result = text;
-        }
-    }
-    spvc_context_destroy(context);
-    return result;
-}
+size_t compileGlslang() { return vantor::foreign::compileGLSL(glsl).size(); }
 
 void runWarm(benchmark::State& state, size_t (*compile)()) {
     size_t words = compile();
@@ -157,7 +95,8 @@ int main(int argc, char** argv) {
     const pid_t child = fork();
     if (child == 0) {
         const auto result = msl::compile(source);
-        const std::string made = result.module ? toGlsl(*result.module) : std::string();
+        const std::string made =
+            result.module ? vantor::foreign::toGLSL(*result.module) : std::string();
         size_t written = 0;
         while (written < made.size()) {
             const auto count = write(ends[1], made.data() + written, made.size() - written);

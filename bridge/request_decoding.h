@@ -17,7 +17,7 @@ namespace vantor::PrivateBridge {
 inline constexpr int kMaxSearchDepth = 7;
 /// Values that one search looks at before it gives up. Requests hold some dozens; the depth alone
 /// does not bound a cyclic graph with many children a value.
-inline constexpr std::size_t kMaxVisitedValues = 65536;
+inline constexpr std::size_t kMaxVisitedValues = 8192;
 
 /// What an "acquire" asks for.
 struct Creation {

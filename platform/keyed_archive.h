@@ -44,7 +44,9 @@ class KeyedDecoder {
     virtual void failWithError(Error error) = 0;
 };
 
-/// What happens when decoding fails. The numeric values are the platform's.
+/// What happens when decoding fails; an unarchiver raises until it is told otherwise. No exception
+/// crosses the seam on Linux, where a raised failure stops the process as an uncaught one would:
+/// set the other policy before decoding what a peer sent. The numeric values are the platform's.
 enum class DecodingFailurePolicy { raiseException = 0, setErrorAndReturn = 1 };
 
 /// Reads one archive. Used on one thread.

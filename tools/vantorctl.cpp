@@ -6,6 +6,7 @@
 #include "platform/gpu.h"
 #include "platform/notifications.h"
 #include "platform/platform.h"
+#include "render/shader_gpu.h"
 #include "shaders/shader_catalog.h"
 #include "tools/look_options.h"
 #include "tools/shader_argument.h"
@@ -13,7 +14,9 @@
 
 #include <CLI/CLI.hpp>
 
+#include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 
 namespace vantor {
@@ -69,6 +72,60 @@ int set(Platform& platform, const SetCommand& command) {
             std::cout << "nobody could be told: there is no session bus; a wallpaper that runs "
                          "shows it after its next start\n";
         }
+    }
+    return kDone;
+}
+
+struct RenderCommand {
+    std::string shader;
+    std::string size = "1280x720";
+    double time = 12;
+    std::string out;
+    LookOptions look;
+};
+
+/// Reads "WIDTHxHEIGHT" in pixels.
+std::optional<Size> parseSize(std::string_view text) {
+    constexpr unsigned kLargestSide = 16384;
+    unsigned width = 0;
+    unsigned height = 0;
+    const char* const end = text.data() + text.size();
+    const auto [cross, first] = std::from_chars(text.data(), end, width);
+    if (first != std::errc() || cross == end || *cross != 'x') {
+        return std::nullopt;
+    }
+    const auto [rest, second] = std::from_chars(cross + 1, end, height);
+    if (second != std::errc() || rest != end || width == 0 || height == 0 || width > kLargestSide ||
+        height > kLargestSide) {
+        return std::nullopt;
+    }
+    return Size{.width = static_cast<double>(width), .height = static_cast<double>(height)};
+}
+
+int render(Platform& platform, const RenderCommand& command) {
+    auto look = command.look.look();
+    const auto size = parseSize(command.size);
+    if (!look || !size) {
+        std::cerr << (look ? "--size \"" + command.size +
+                                 "\" is not WIDTHxHEIGHT with sides from 1 to 16384"
+                           : look.error())
+                  << '\n';
+        return kUsage;
+    }
+    auto shader = findShader(command.shader);
+    if (!shader) {
+        return fail(shader.error());
+    }
+    ShaderGPU gpu(platform.gpu(), platform.images());
+    if (!gpu.device()) {
+        return fail("there is no GPU to draw with");
+    }
+    if (auto checked = checkShader(platform.gpu(), *shader); !checked) {
+        return fail(checked.error());
+    }
+    if (!gpu.renderPNG(shader->id, shader->source, *look, *size, static_cast<float>(command.time),
+                       command.out)) {
+        return fail(command.out + " cannot be written");
     }
     return kDone;
 }
@@ -152,6 +209,21 @@ int run(int argc, char** argv) {
     setCommand->add_flag("--quiet", setting.quiet, "Say nothing when all is well");
     setting.look.addTo(*setCommand);
 
+    RenderCommand rendering;
+    CLI::App* renderCommand = app.add_subcommand("render", "Draws one frame into a PNG file");
+    renderCommand
+        ->add_option("shader", rendering.shader, "A catalog entry's identifier, or a source file")
+        ->required()
+        ->type_name("SHADER");
+    renderCommand->add_option("--size", rendering.size, "Pixels, 1280x720 by default")
+        ->type_name("WxH");
+    renderCommand->add_option("--time", rendering.time, "Animation time in seconds, 12 by default")
+        ->type_name("T");
+    renderCommand->add_option("-o,--out", rendering.out, "The file to write")
+        ->required()
+        ->type_name("FILE.png");
+    rendering.look.addTo(*renderCommand);
+
     CLI::App* showCommand = app.add_subcommand("show", "Prints what the state file holds");
     CLI::App* listCommand = app.add_subcommand("list", "Prints the catalog");
 
@@ -163,6 +235,9 @@ int run(int argc, char** argv) {
     if (*setCommand) {
         return set(platform(), setting);
     }
+    if (*renderCommand) {
+        return render(platform(), rendering);
+    }
     if (*showCommand) {
         return show(platform());
     }
@@ -172,4 +247,9 @@ int run(int argc, char** argv) {
 } // namespace
 } // namespace vantor
 
-int main(int argc, char** argv) { return vantor::run(argc, argv); }
+int main(int argc, char** argv) {
+    const int status = vantor::run(argc, argv);
+    std::cout.flush();
+    // Nothing is torn down: the GPU's threads live as long as the process.
+    std::_Exit(status);
+}

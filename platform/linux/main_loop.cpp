@@ -272,6 +272,8 @@ int MainLoop::run() {
     return *state_->status;
 }
 
+void MainLoop::turn() { require(sd_event_run(state_->event, 0), "turn"); }
+
 void MainLoop::stop(int status) {
     async([state = state_.get(), status] { state->status = status; });
 }

@@ -50,6 +50,8 @@ class MainLoop : public MainQueue {
     int run();
     /// Any thread.
     void stop(int status);
+    /// Runs what is ready now and waits for nothing; for programs that have a loop of their own.
+    void turn();
 
     /// For libraries that attach themselves (sd-bus).
     sd_event* event() const;

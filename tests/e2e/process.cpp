@@ -91,6 +91,13 @@ Outcome run(const std::vector<std::string>& arguments,
     return Process(arguments, environment).wait(deadline);
 }
 
+bool isRunning(pid_t process) {
+    // "PID (NAME) STATE …", where the name may hold anything.
+    const std::string status = contents("/proc/" + std::to_string(process) + "/stat");
+    const auto nameEnd = status.rfind(") ");
+    return nameEnd != std::string::npos && status[nameEnd + 2] != 'Z';
+}
+
 std::vector<pid_t> childrenOf(pid_t parent) {
     std::ifstream file("/proc/" + std::to_string(parent) + "/task/" + std::to_string(parent) +
                        "/children");

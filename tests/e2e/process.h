@@ -61,6 +61,9 @@ bool eventually(Condition condition, std::chrono::milliseconds deadline) {
     return true;
 }
 
+/// Whether the process runs; one that has ended and waits for somebody to ask how does not.
+bool isRunning(pid_t process);
+
 /// The children that a process has now.
 std::vector<pid_t> childrenOf(pid_t parent);
 

@@ -20,7 +20,7 @@ TEST_F(ShaderArgumentTest, ACatalogIdentifierWinsOverAFile) {
 }
 
 TEST_F(ShaderArgumentTest, AFileIsNamedAfterItselfInTheState) {
-    const auto file = platform().bundle().homeDirectory() / "waves.metal";
+    const auto file = platform.bundle().homeDirectory() / "waves.metal";
     std::ofstream(file) << "text";
     auto shader = findShader(file.string());
     ASSERT_TRUE(shader) << shader.error();

@@ -12,8 +12,8 @@ namespace {
 
 class StateFileTest : public FakePlatformTest {
   protected:
-    PropertyListSerialization& lists() { return platform().propertyLists(); }
-    std::filesystem::path file() { return platform().bundle().homeDirectory() / "a/b/state.plist"; }
+    PropertyListSerialization& lists() { return platform.propertyLists(); }
+    std::filesystem::path file() { return platform.bundle().homeDirectory() / "a/b/state.plist"; }
 
     std::string textOf(const std::filesystem::path& path) {
         std::ifstream stream(path, std::ios::binary);

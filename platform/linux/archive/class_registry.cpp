@@ -7,6 +7,7 @@ namespace {
 
 std::vector<std::unique_ptr<const ObjectClass>> makePlainClasses() {
     std::vector<std::unique_ptr<const ObjectClass>> classes;
+    classes.reserve(kPlainClassNames.size());
     for (const std::string_view name : kPlainClassNames) {
         classes.push_back(makePlainClass(name));
     }
