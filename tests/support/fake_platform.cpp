@@ -3,6 +3,7 @@
 #include "log/ls_log.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <utility>
 
 namespace vantor {
@@ -30,10 +31,11 @@ constexpr std::pair<const char*, const char*> kAgentClasses[] = {
 } // namespace
 
 FakePlatform& FakePlatform::shared() {
-    // Never destroyed: the process-wide log writes to it until the end.
+    // Never destroyed, since the process-wide log writes to it until the end; but its folders go.
     static FakePlatform& instance = *[] {
         auto* made = new FakePlatform;
         installPlatform(made);
+        std::atexit([] { shared().parts_.reset(); });
         return made;
     }();
     return instance;

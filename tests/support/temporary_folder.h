@@ -1,5 +1,6 @@
 #pragma once
-// A folder of a test's own, removed with all it holds.
+// A folder of a test's own, removed with all it holds by the process that made it (a death test's
+// child leaves it to its parent).
 
 #include <filesystem>
 
@@ -16,6 +17,7 @@ class TemporaryFolder {
 
   private:
     std::filesystem::path path_;
+    int owner_;
 };
 
 } // namespace vantor
