@@ -25,7 +25,12 @@ void Display::host(FileDescriptor socket) {
         loop_, gpu_, std::move(socket),
         ContextHandlers{.changed = [this] { changed_ = true; },
                         .frameArrived = [this] { frameWaits_ = true; },
-                        .ended = [this](const std::string& reason) { trouble_ = reason; }});
+                        .ended =
+                            [this](const std::string& reason) {
+                                if (!released_) {
+                                    trouble_ = reason;
+                                }
+                            }});
 }
 
 void Display::refresh() {

@@ -49,9 +49,11 @@ class Display {
     /// Media time of the first and the last of them, in seconds.
     std::optional<double> firstFrame() const { return firstFrame_; }
     double lastFrame() const { return lastFrame_; }
-    /// Why nothing more comes, if so.
+    /// Why nothing (more) is shown, if so.
     const std::string& trouble() const { return trouble_; }
     void setTrouble(std::string trouble) { trouble_ = std::move(trouble); }
+    /// The wallpaper is given up: that its context ends is no trouble any more.
+    void release() { released_ = true; }
 
     /// Writes what the display shows now. False when it could not be written.
     [[nodiscard]] bool writePNG(Images& images, const std::filesystem::path& file);
@@ -66,14 +68,16 @@ class Display {
     UUID wallpaper_ = UUID::random();
     DisplayMode mode_;
     std::string choice_;
-    std::unique_ptr<Compositor> compositor_;
     std::unique_ptr<HostedContext> context_;
+    /// After the context: what it composites last may still read the context's images.
+    std::unique_ptr<Compositor> compositor_;
     bool changed_ = false;
     bool frameWaits_ = false;
     std::uint64_t framesShown_ = 0;
     std::optional<double> firstFrame_;
     double lastFrame_ = 0;
     std::string trouble_;
+    bool released_ = false;
 };
 
 } // namespace vantor::agent

@@ -33,6 +33,8 @@ struct RunOptions {
     std::string presentationMode = "locked";
     /// Nothing runs until a signal.
     std::optional<double> seconds;
+    /// When the screen is unlocked: the wallpapers are told, and their animation pauses.
+    std::optional<double> unlockAfter;
     /// Where pictures go; nothing writes none.
     std::optional<std::filesystem::path> out;
     /// Refreshes per second of every display.

@@ -30,6 +30,7 @@ struct Words {
     std::vector<std::string> choices;
     std::string mode = "locked";
     std::optional<double> seconds;
+    std::optional<double> unlockAfter;
     std::string out;
     std::string extension;
 };
@@ -60,6 +61,10 @@ Result<RunOptions, std::string> optionsFrom(const Words& words) {
         return Failure{std::string("--seconds is below 2")};
     }
     options.seconds = words.seconds;
+    if (words.unlockAfter && !(*words.unlockAfter >= 0 && std::isfinite(*words.unlockAfter))) {
+        return Failure{std::string("--unlock-after is not a time in seconds")};
+    }
+    options.unlockAfter = words.unlockAfter;
     if (!words.out.empty()) {
         options.out = words.out;
     }
@@ -88,6 +93,10 @@ int run(int argc, char** argv) {
     command->add_option("--mode", words.mode, "The presentation mode: locked, idle or default")
         ->type_name("MODE");
     command->add_option("--seconds", words.seconds, "Ends after that long; else at SIGINT")
+        ->type_name("N");
+    command
+        ->add_option("--unlock-after", words.unlockAfter,
+                     "Unlocks the screen after that long: animation pauses")
         ->type_name("N");
     command->add_option("--out", words.out, "Where two pictures of each display are written")
         ->type_name("DIR");

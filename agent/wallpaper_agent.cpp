@@ -45,7 +45,11 @@ RunStatus WallpaperAgent::run() {
     printSummary();
     // The extension is waited for before its displays go.
     session_.reset();
-    return status == RunStatus::done && pictureLost_ ? RunStatus::failed : status;
+    const bool troubled =
+        pictureLost_ || std::any_of(displays_.begin(), displays_.end(), [](const auto& display) {
+            return !display->trouble().empty();
+        });
+    return status == RunStatus::done && troubled ? RunStatus::failed : status;
 }
 
 Result<Done, std::string> WallpaperAgent::start() {
@@ -85,6 +89,9 @@ Result<Done, std::string> WallpaperAgent::start() {
             return Failure{options_.out->string() + " cannot be made: " + failed.message()};
         }
         schedulePictures();
+    }
+    if (options_.unlockAfter) {
+        loop_.asyncAfter(*options_.unlockAfter, [this] { unlock(); });
     }
     scheduleEnd();
     return Done{};
@@ -172,6 +179,21 @@ void WallpaperAgent::writePictures(const char* which) {
     }
 }
 
+void WallpaperAgent::unlock() {
+    for (const auto& display : displays_) {
+        session_->update(display->wallpaper(),
+                         {.presentationMode = "default",
+                          .activityState = "active",
+                          .size = display->size(),
+                          .scaleFactor = display->mode().scale},
+                         [shown = display.get()](const std::optional<Error>& error) {
+                             if (error) {
+                                 shown->setTrouble(error->message);
+                             }
+                         });
+    }
+}
+
 void WallpaperAgent::scheduleEnd() {
     if (options_.seconds) {
         loop_.asyncAfter(*options_.seconds, [this] { end(RunStatus::done); });
@@ -185,6 +207,7 @@ void WallpaperAgent::end(RunStatus status) {
     const auto stop = [this, status] { loop_.stop(static_cast<int>(status)); };
     auto left = std::make_shared<std::size_t>(displays_.size());
     for (const auto& display : displays_) {
+        display->release();
         session_->invalidate(display->wallpaper(), [left, stop](const std::optional<Error>&) {
             if (--*left == 0) {
                 stop();
@@ -203,12 +226,14 @@ void WallpaperAgent::printSummary() const {
             const double span = display->lastFrame() - *display->firstFrame();
             std::printf("  %.1f a second", static_cast<double>(display->framesShown() - 1) / span);
         }
-        if (!display->trouble().empty() && !ending_) {
-            std::printf("  (%s)", display->trouble().c_str());
-        }
         std::printf("\n");
     }
     std::fflush(stdout);
+    for (const auto& display : displays_) {
+        if (!display->trouble().empty()) {
+            complain("display " + std::to_string(display->number()) + ": " + display->trouble());
+        }
+    }
 }
 
 } // namespace vantor::agent

@@ -50,6 +50,8 @@ class WallpaperAgent {
     void schedulePictures();
     void writePictures(const char* which);
     void scheduleEnd();
+    /// Tells every wallpaper that the screen is unlocked.
+    void unlock();
     /// Releases the wallpapers, then stops the loop.
     void end(RunStatus status);
     void printSummary() const;

@@ -124,6 +124,70 @@ TEST_F(WholeRoad, SpeedZeroStandsStill) {
               0.0);
 }
 
+TEST_F(WholeRoad, AnUnlockedScreenKeepsItsPictureAndPausesIt) {
+    ASSERT_EQ(vantorctl({"set", "--display", "1", "plasma"}).status, 0);
+    std::vector<std::string> command = agentCommand("3");
+    command.insert(command.end(), {"--unlock-after", "0.6"});
+    const Outcome outcome = run(command, environment());
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    for (const std::string display : {"display-1", "display-2"}) {
+        const Picture picture = Picture::read(out() / (display + "-a.png"));
+        EXPECT_GT(picture.brightest(), 32);
+        EXPECT_EQ(picture.difference(Picture::read(out() / (display + "-b.png"))), 0.0);
+    }
+    const std::string text = log();
+    EXPECT_NE(text.find(" UPDATE "), std::string::npos) << text;
+    EXPECT_NE(text.find(" mode=default/active\n"), std::string::npos) << text;
+}
+
+TEST_F(WholeRoad, AnInterruptedAgentEndsItsExtensionAndSaysWhatItShowed) {
+    Process agent(
+        {VANTOR_BIN "/vantor-agent", "run", "--output", "headless:160x90", "--choose", "1=plasma"},
+        environment());
+    ASSERT_TRUE(
+        eventually([&] { return log().find(" display=1 ") != std::string::npos; }, seconds(30)));
+    const pid_t extension = childrenOf(agent.pid()).front();
+    agent.signal(SIGINT);
+    const Outcome outcome = agent.wait(seconds(20));
+    EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_NE(outcome.output.find("display 1"), std::string::npos);
+    EXPECT_FALSE(isRunning(extension));
+}
+
+TEST_F(WholeRoad, WrongUsageIsStatusTwoAndASentence) {
+    for (const std::vector<std::string>& words :
+         {std::vector<std::string>{"run", "--output", "window"},
+          {"run", "--choose", "7=plasma"},
+          {"run", "--mode", "asleep"},
+          {"run", "--seconds", "1"},
+          {"walk"}}) {
+        std::vector<std::string> command{VANTOR_BIN "/vantor-agent"};
+        command.insert(command.end(), words.begin(), words.end());
+        const Outcome outcome = run(command, environment());
+        EXPECT_EQ(outcome.status, 2) << words.back();
+        EXPECT_NE(outcome.errors, "") << words.back();
+    }
+    EXPECT_EQ(vantorctl({"set", "--display", "1", "plasma", "--tint", "red"}).status, 2);
+    EXPECT_EQ(vantorctl({"set", "--display", "1", "no-such-shader"}).status, 1);
+    EXPECT_EQ(run({VANTOR_BIN "/mslc"}, environment()).status, 2);
+}
+
+TEST_F(WholeRoad, WithoutTheAgentsFrameworkTheExtensionSaysSoAndStaysUp) {
+    // A system root that lacks the framework; the bundle is the real one.
+    const std::filesystem::path root = home() / "system";
+    std::filesystem::create_directories(root);
+    auto changed = environment();
+    changed["VANTOR_SYSTEM_ROOT"] = root.string();
+    std::vector<std::string> command = agentCommand("2");
+    command.insert(command.end(),
+                   {"--extension", VANTOR_BIN "/../lib/vantor/VantorLockScreen.appex"});
+    const Outcome outcome = run(command, changed);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.errors.find("vantor-agent: display 1: "), std::string::npos)
+        << outcome.errors;
+    EXPECT_NE(log().find(" — dlopen failed: "), std::string::npos) << log();
+}
+
 TEST_F(WholeRoad, TheLogTellsTheStoryOfARun) {
     ASSERT_EQ(vantorctl({"set", "--display", "1", "plasma"}).status, 0);
     ASSERT_EQ(agent().status, 0);

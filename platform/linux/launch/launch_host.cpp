@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/epoll.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -51,7 +52,15 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     return out;
 }
 
-[[noreturn]] void becomeExtension(int socket, char* const* arguments, char* const* environment) {
+[[noreturn]] void becomeExtension(int socket, pid_t agent, char* const* arguments,
+                                  char* const* environment) {
+    // A terminal's interrupt is for the agent, which ends its extension in order; and when the
+    // agent is killed, an extension that is busy with the GPU must not take its time to notice.
+    setsid();
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != agent) {
+        _exit(127);
+    }
     // A socket that already stands at its place must still lose its close-on-exec flag.
     const bool placed = socket == kLaunchDescriptor ? fcntl(socket, F_SETFD, 0) == 0
                                                     : dup2(socket, kLaunchDescriptor) >= 0;
@@ -96,9 +105,10 @@ LaunchHost::start(MainLoop& loop, const LaunchRequest& request, HostHandlers han
     const std::vector<char*> arguments = pointers(words);
     const std::vector<char*> environment = pointers(variables);
 
+    const pid_t agent = getpid();
     const pid_t pid = fork();
     if (pid == 0) {
-        becomeExtension(theirs.get(), arguments.data(), environment.data());
+        becomeExtension(theirs.get(), agent, arguments.data(), environment.data());
     }
     if (pid < 0) {
         return Failure{std::string("no process can be started: ") + std::strerror(errno)};
