@@ -60,14 +60,19 @@ class Source {
     sd_event_source* source_ = nullptr;
 };
 
-class LoopWorkItem : public WorkItem {
-  public:
-    explicit LoopWorkItem(std::function<void()> work) : work_(std::move(work)) {}
+class LoopWorkItem;
 
-    /// The loop holds the item while it is pending; dropping the caller's reference cancels
-    /// nothing.
-    void schedule(sd_event* event, double seconds, const std::shared_ptr<LoopWorkItem>& self) {
-        pending_ = self;
+/// The items that are waiting for their time. The loop keeps them, since dropping the caller's
+/// reference cancels nothing; shared with the items, which callers may keep beyond the loop.
+using PendingItems = std::vector<std::shared_ptr<LoopWorkItem>>;
+
+class LoopWorkItem : public WorkItem, public std::enable_shared_from_this<LoopWorkItem> {
+  public:
+    LoopWorkItem(std::shared_ptr<PendingItems> pending, std::function<void()> work)
+        : pending_(std::move(pending)), work_(std::move(work)) {}
+
+    void schedule(sd_event* event, double seconds) {
+        pending_->push_back(shared_from_this());
         require(sd_event_add_time(event, source_.out(), CLOCK_MONOTONIC,
                                   nowMicroseconds() + toMicroseconds(seconds),
                                   kTimerAccuracyMicroseconds, due, this),
@@ -75,24 +80,25 @@ class LoopWorkItem : public WorkItem {
     }
 
     void cancel() override {
+        // The loop's may be the last reference.
+        const auto self = shared_from_this();
         source_.reset();
         work_ = nullptr;
-        pending_.reset();
+        std::erase(*pending_, self);
     }
 
   private:
     static int due(sd_event_source*, std::uint64_t, void* data) {
-        const auto self = std::move(static_cast<LoopWorkItem*>(data)->pending_);
-        self->source_.reset();
-        if (const auto work = std::exchange(self->work_, nullptr)) {
-            work();
-        }
+        auto* const self = static_cast<LoopWorkItem*>(data);
+        const auto work = std::exchange(self->work_, nullptr);
+        self->cancel();
+        work();
         return 0;
     }
 
+    std::shared_ptr<PendingItems> pending_;
     std::function<void()> work_;
     Source source_;
-    std::shared_ptr<LoopWorkItem> pending_;
 };
 
 class LoopTimer : public RepeatingTimer {
@@ -158,6 +164,7 @@ struct MainLoop::State {
     std::thread::id thread = std::this_thread::get_id();
     sd_event* event = nullptr;
     FileDescriptor wake;
+    std::shared_ptr<PendingItems> pending = std::make_shared<PendingItems>();
     std::function<void()> turnEnded;
     /// Set when the loop is to end.
     std::optional<int> status;
@@ -212,6 +219,9 @@ MainLoop::MainLoop() : state_(std::make_unique<State>()) {
 MainLoop::~MainLoop() {
     // Work that never ran is dropped before the loop that its timers belong to.
     state_->posted.clear();
+    for (const auto& item : PendingItems(*state_->pending)) {
+        item->cancel();
+    }
     sd_event_unref(state_->event);
 }
 
@@ -228,8 +238,8 @@ void MainLoop::async(std::function<void()> work) {
 }
 
 std::shared_ptr<WorkItem> MainLoop::asyncAfter(double seconds, std::function<void()> work) {
-    auto item = std::make_shared<LoopWorkItem>(std::move(work));
-    item->schedule(state_->event, seconds, item);
+    auto item = std::make_shared<LoopWorkItem>(state_->pending, std::move(work));
+    item->schedule(state_->event, seconds);
     return item;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace vantor::vulkan {
 
@@ -15,19 +16,19 @@ CompletionThread::~CompletionThread() {
     thread_.join();
 }
 
-void CompletionThread::notify(std::uint64_t point, Presentable& presentable) {
+void CompletionThread::notify(std::uint64_t point, std::shared_ptr<Presentable> presentable) {
     if (written_ - taken_.load(std::memory_order_acquire) >= kCapacity - 1) {
         std::fputs("more pictures are under way than drawables exist\n", stderr);
         std::abort();
     }
-    ring_[written_++ % kCapacity] = {point, &presentable};
+    ring_[written_++ % kCapacity] = {point, std::move(presentable)};
     ready_.release();
 }
 
 void CompletionThread::run() {
     for (std::uint64_t next = 0;; ++next) {
         ready_.acquire();
-        const Entry entry = ring_[next % kCapacity];
+        const Entry entry = std::exchange(ring_[next % kCapacity], {});
         taken_.store(next + 1, std::memory_order_release);
         if (entry.presentable == nullptr) {
             return;

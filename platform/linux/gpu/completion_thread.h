@@ -32,14 +32,14 @@ class CompletionThread {
     CompletionThread(const CompletionThread&) = delete;
     CompletionThread& operator=(const CompletionThread&) = delete;
 
-    /// Calls `presentable.finished()` once the point is reached. One thread only submits. The
-    /// presentable lives until then.
-    void notify(std::uint64_t point, Presentable& presentable);
+    /// Calls `presentable->finished()` once the point is reached, and keeps it until then: the
+    /// thread may be the one that lets go of it. One thread only submits.
+    void notify(std::uint64_t point, std::shared_ptr<Presentable> presentable);
 
   private:
     struct Entry {
         std::uint64_t point = 0;
-        Presentable* presentable = nullptr;
+        std::shared_ptr<Presentable> presentable;
     };
     void run();
 

@@ -251,7 +251,7 @@ void VulkanCommandBuffer::commitImpl() {
     }
     point_ = point;
     if (drawable != nullptr) {
-        parts_->completion->notify(point, *drawable);
+        parts_->completion->notify(point, drawable->shared_from_this());
     }
 }
 

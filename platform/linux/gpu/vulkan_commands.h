@@ -27,7 +27,9 @@ struct DeviceParts {
 };
 
 /// A drawable whose picture is a Vulkan image that other processes may read.
-class VulkanDrawable : public gpu::Drawable, public Presentable {};
+class VulkanDrawable : public gpu::Drawable,
+                       public Presentable,
+                       public std::enable_shared_from_this<VulkanDrawable> {};
 
 class VulkanEncoder : public gpu::RenderCommandEncoder {
   public:

@@ -70,6 +70,23 @@ bool isUsable(VkPhysicalDevice device) {
            features.features.robustBufferAccess == VK_TRUE;
 }
 
+/// The process's one instance, made on first use and never destroyed: unloading a driver while
+/// threads of it are winding down is where drivers crash. Null when none can be made.
+VkInstance sharedInstance() {
+    static const VkInstance instance = [] {
+        VkApplicationInfo application{};
+        application.sType = VK_STRUCTURE_TYPE_APPLICATION_INFO;
+        application.pApplicationName = "VantorLockScreen";
+        application.apiVersion = kRequiredVersion;
+        VkInstanceCreateInfo info{};
+        info.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO;
+        info.pApplicationInfo = &application;
+        VkInstance made = VK_NULL_HANDLE;
+        return vkCreateInstance(&info, nullptr, &made) == VK_SUCCESS ? made : VK_NULL_HANDLE;
+    }();
+    return instance;
+}
+
 int rank(VkPhysicalDevice device, const std::string& wanted) {
     VkPhysicalDeviceProperties properties{};
     vkGetPhysicalDeviceProperties(device, &properties);
@@ -92,8 +109,7 @@ int rank(VkPhysicalDevice device, const std::string& wanted) {
 
 Result<std::shared_ptr<Context>, std::string> Context::create() {
     const std::shared_ptr<Context> context(new Context);
-    for (const auto step :
-         {&Context::createInstance, &Context::chooseDevice, &Context::createDevice}) {
+    for (const auto step : {&Context::chooseDevice, &Context::createDevice}) {
         if (auto made = (context.get()->*step)(); !made) {
             return Failure{made.error()};
         }
@@ -107,32 +123,17 @@ Context::~Context() {
         vkDestroySemaphore(device_, timeline_, nullptr);
         vkDestroyDevice(device_, nullptr);
     }
-    if (instance_ != VK_NULL_HANDLE) {
-        vkDestroyInstance(instance_, nullptr);
-    }
-}
-
-Result<Done, std::string> Context::createInstance() {
-    VkApplicationInfo application{};
-    application.sType = VK_STRUCTURE_TYPE_APPLICATION_INFO;
-    application.pApplicationName = "VantorLockScreen";
-    application.apiVersion = kRequiredVersion;
-    VkInstanceCreateInfo info{};
-    info.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO;
-    info.pApplicationInfo = &application;
-    if (const VkResult result = vkCreateInstance(&info, nullptr, &instance_);
-        result != VK_SUCCESS) {
-        instance_ = VK_NULL_HANDLE;
-        return Failure{sentence("creating a Vulkan instance", result)};
-    }
-    return Done{};
 }
 
 Result<Done, std::string> Context::chooseDevice() {
+    const VkInstance instance = sharedInstance();
+    if (instance == VK_NULL_HANDLE) {
+        return Failure{std::string("no Vulkan instance can be made")};
+    }
     std::uint32_t count = 0;
-    vkEnumeratePhysicalDevices(instance_, &count, nullptr);
+    vkEnumeratePhysicalDevices(instance, &count, nullptr);
     std::vector<VkPhysicalDevice> devices(count);
-    vkEnumeratePhysicalDevices(instance_, &count, devices.data());
+    vkEnumeratePhysicalDevices(instance, &count, devices.data());
     std::erase_if(devices, [](VkPhysicalDevice device) { return !isUsable(device); });
     if (devices.empty()) {
         return Failure{std::string("no Vulkan 1.3 device can be used")};

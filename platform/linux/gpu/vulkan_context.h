@@ -63,11 +63,9 @@ class Context : public std::enable_shared_from_this<Context> {
 
   private:
     Context() = default;
-    Result<Done, std::string> createInstance();
     Result<Done, std::string> chooseDevice();
     Result<Done, std::string> createDevice();
 
-    VkInstance instance_ = VK_NULL_HANDLE;
     VkPhysicalDevice physicalDevice_ = VK_NULL_HANDLE;
     VkDevice device_ = VK_NULL_HANDLE;
     VkQueue queue_ = VK_NULL_HANDLE;

@@ -42,7 +42,6 @@ void LinuxLayers::update(Context& context) {
 
 void LinuxLayers::framesFinished() {
     signal_->clear();
-    signal_->releaseAdopted();
     for (auto& [contextID, context] : contexts_) {
         if (context.root) {
             takeFinished(*context.root);

@@ -18,21 +18,11 @@ std::uint32_t pixels(double side) {
 
 FrameSignal::FrameSignal() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
-FrameSignal::~FrameSignal() = default;
-
 void FrameSignal::raise() { eventfd_write(descriptor_.get(), 1); }
 
 void FrameSignal::clear() {
     eventfd_t count = 0;
     eventfd_read(descriptor_.get(), &count);
-}
-
-void FrameSignal::adopt(std::shared_ptr<LayerDrawable> drawable) {
-    adopted_.push_back(std::move(drawable));
-}
-
-void FrameSignal::releaseAdopted() {
-    std::erase_if(adopted_, [](const auto& drawable) { return !drawable->isBusy(); });
 }
 
 LayerDrawable::LayerDrawable(std::shared_ptr<vulkan::VulkanTexture> image, std::uint32_t imageID,
@@ -41,10 +31,6 @@ LayerDrawable::LayerDrawable(std::shared_ptr<vulkan::VulkanTexture> image, std::
 
 bool LayerDrawable::isFree() const {
     return state_.load(std::memory_order_acquire) == State::idle && !latest_ && holders_ == 0;
-}
-
-bool LayerDrawable::isBusy() const {
-    return state_.load(std::memory_order_acquire) == State::drawing;
 }
 
 gpu::DrawableRef LayerDrawable::acquire(std::uint64_t sequence) {
@@ -73,14 +59,6 @@ void LayerDrawable::giveBack() { state_.store(State::idle, std::memory_order_rel
 LinuxMetalLayer::LinuxMetalLayer(std::shared_ptr<LayerChanges> changes,
                                  std::shared_ptr<FrameSignal> signal)
     : LinuxLayer(std::move(changes)), signal_(std::move(signal)) {}
-
-LinuxMetalLayer::~LinuxMetalLayer() {
-    for (auto& drawable : drawables_) {
-        if (drawable && drawable->isBusy()) {
-            signal_->adopt(std::move(drawable));
-        }
-    }
-}
 
 const ObjectClass& LinuxMetalLayer::objectClass() const {
     static const SystemClass layerClass("CAMetalLayer");

@@ -9,38 +9,25 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 namespace vantor {
 
-class LayerDrawable;
-
-/// Wakes the main loop when a frame has been finished, and keeps the drawables of layers that went
-/// while the GPU was drawing. Shared by all layers of a process.
+/// Wakes the main loop when a frame has been finished. Shared by all layers of a process and their
+/// drawables.
 class FrameSignal {
   public:
     FrameSignal();
-    ~FrameSignal();
-    FrameSignal(const FrameSignal&) = delete;
-    FrameSignal& operator=(const FrameSignal&) = delete;
-
     int descriptor() const { return descriptor_.get(); }
     /// Any thread; allocates nothing and takes no lock.
     void raise();
     void clear();
 
-    /// Keeps a drawable until the GPU has done with it.
-    void adopt(std::shared_ptr<LayerDrawable> drawable);
-    /// Lets go of adopted drawables that the GPU has done with.
-    void releaseAdopted();
-
   private:
     FileDescriptor descriptor_;
-    std::vector<std::shared_ptr<LayerDrawable>> adopted_;
 };
 
-/// One image of a layer. It lives while its layer, a host link or the frame signal keeps it, which
-/// together outlast whatever the GPU does with it.
+/// One image of a layer. Kept by its layer, by the hosts that hold it, and by the GPU while it is
+/// being drawn.
 class LayerDrawable final : public vulkan::VulkanDrawable {
   public:
     LayerDrawable(std::shared_ptr<vulkan::VulkanTexture> image, std::uint32_t imageID,
@@ -55,8 +42,6 @@ class LayerDrawable final : public vulkan::VulkanDrawable {
 
     /// Not being drawn, not shown, not held by a host.
     bool isFree() const;
-    /// Handed out, or under way on the GPU.
-    bool isBusy() const;
     /// Hands it out to be drawn.
     gpu::DrawableRef acquire(std::uint64_t sequence);
     /// Whether the GPU finished a frame that was not taken yet; takes it.
@@ -89,7 +74,6 @@ class LinuxMetalLayer final : public LinuxLayer, public MetalLayer {
     static constexpr std::size_t kDrawables = 2;
 
     LinuxMetalLayer(std::shared_ptr<LayerChanges> changes, std::shared_ptr<FrameSignal> signal);
-    ~LinuxMetalLayer() override;
 
     const ObjectClass& objectClass() const override;
     LinuxMetalLayer* metal() override { return this; }

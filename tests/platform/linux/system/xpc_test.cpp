@@ -62,8 +62,14 @@ class XPCTest : public testing::Test {
         FileDescriptor raw;
     };
 
+    /// The connections' threads call back into the test: it waits for their last word.
+    void TearDown() override {
+        EXPECT_TRUE(eventually([this] { return invalidations == served; }));
+    }
+
     /// A server on one end of a fresh socket pair; the other end stays raw.
     End serve() {
+        ++served;
         int ends[2];
         EXPECT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends), 0);
         End end;
@@ -129,6 +135,7 @@ class XPCTest : public testing::Test {
 
     ClassRegistry runtime;
     MainLoop loop;
+    int served = 0;
     std::atomic<int> invalidations = 0;
     std::mutex lock;
     std::vector<std::string> refusals;
