@@ -115,7 +115,7 @@ class XPCConnection {
     virtual void setInvalidationHandler(std::function<void()> handler) = 0;
     /// Called on the connection's queue with a sentence for each message that was refused before it
     /// reached the exported object. Never called where the system logs those itself (macOS).
-    virtual void setRefusalHandler(std::function<void(const std::string&)>) {}
+    virtual void setRefusalHandler(std::function<void(const std::string&)> handler) = 0;
     /// Messages are delivered from here on.
     virtual void resume() = 0;
 };
