@@ -17,7 +17,7 @@ constexpr double kMaxTickSeconds = 0.1;
 } // namespace
 
 std::shared_ptr<ShaderSurface> ShaderSurface::create(Platform& platform, ShaderGPU& gpu,
-                                                     Description description) {
+                                                     const Description& description) {
     if (!gpu.device()) {
         return nullptr;
     }

@@ -42,7 +42,7 @@ class ShaderSurface : public std::enable_shared_from_this<ShaderSurface> {
     /// Null without a GPU and when the source does not compile (which is logged). Platform and GPU
     /// context must outlive the surface.
     static std::shared_ptr<ShaderSurface> create(Platform& platform, ShaderGPU& gpu,
-                                                 Description description);
+                                                 const Description& description);
 
     ShaderSurface(const ShaderSurface&) = delete;
     ShaderSurface& operator=(const ShaderSurface&) = delete;
