@@ -6,7 +6,6 @@
 namespace msl {
 
 using ir::BlockId;
-using ir::Op;
 using tree::StmtKind;
 
 // --- single-assignment variables

@@ -9,7 +9,6 @@ namespace vantor::PrivateBridge {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 using MakeApple = FakePlatformTest;

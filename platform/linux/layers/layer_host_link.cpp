@@ -123,6 +123,7 @@ bool LayerHostLink::sendPictures() {
 }
 
 bool LayerHostLink::sendTree() {
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): both were zeroed whole
     if (treeSent_ && std::memcmp(&tree_, &sentTree_, sizeof(tree_)) == 0) {
         return true;
     }
