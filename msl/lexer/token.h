@@ -92,4 +92,41 @@ struct Token {
 // The spelling of a punctuator, for messages.
 std::string_view spelling(TokenKind kind);
 
+// How strongly a binary operator binds, from 1; 0 for every other token. The same in expressions
+// and in #if.
+constexpr int binaryPrecedence(TokenKind kind) {
+    switch (kind) {
+    case TokenKind::pipePipe:
+        return 1;
+    case TokenKind::ampersandAmpersand:
+        return 2;
+    case TokenKind::pipe:
+        return 3;
+    case TokenKind::caret:
+        return 4;
+    case TokenKind::ampersand:
+        return 5;
+    case TokenKind::equalEqual:
+    case TokenKind::exclamationEqual:
+        return 6;
+    case TokenKind::less:
+    case TokenKind::greater:
+    case TokenKind::lessEqual:
+    case TokenKind::greaterEqual:
+        return 7;
+    case TokenKind::shiftLeft:
+    case TokenKind::shiftRight:
+        return 8;
+    case TokenKind::plus:
+    case TokenKind::minus:
+        return 9;
+    case TokenKind::star:
+    case TokenKind::slash:
+    case TokenKind::percent:
+        return 10;
+    default:
+        return 0;
+    }
+}
+
 } // namespace msl

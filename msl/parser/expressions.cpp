@@ -9,41 +9,6 @@ using namespace ast;
 
 namespace {
 
-int precedence(TokenKind kind) {
-    switch (kind) {
-    case TokenKind::pipePipe:
-        return 1;
-    case TokenKind::ampersandAmpersand:
-        return 2;
-    case TokenKind::pipe:
-        return 3;
-    case TokenKind::caret:
-        return 4;
-    case TokenKind::ampersand:
-        return 5;
-    case TokenKind::equalEqual:
-    case TokenKind::exclamationEqual:
-        return 6;
-    case TokenKind::less:
-    case TokenKind::greater:
-    case TokenKind::lessEqual:
-    case TokenKind::greaterEqual:
-        return 7;
-    case TokenKind::shiftLeft:
-    case TokenKind::shiftRight:
-        return 8;
-    case TokenKind::plus:
-    case TokenKind::minus:
-        return 9;
-    case TokenKind::star:
-    case TokenKind::slash:
-    case TokenKind::percent:
-        return 10;
-    default:
-        return 0;
-    }
-}
-
 bool isAssignment(TokenKind kind) {
     return kind == TokenKind::equal ||
            (kind >= TokenKind::plusEqual && kind <= TokenKind::percentEqual) ||
@@ -127,7 +92,7 @@ Expr* Parser::binary(int lowest) {
     Expr* left = unary();
     while (left != nullptr) {
         const auto kind = peek().kind;
-        const int strength = precedence(kind);
+        const int strength = binaryPrecedence(kind);
         if (strength < lowest || strength == 0) {
             return left;
         }

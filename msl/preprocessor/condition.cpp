@@ -29,41 +29,6 @@ class ConditionParser {
     }
 
   private:
-    static int precedence(TokenKind kind) {
-        switch (kind) {
-        case TokenKind::pipePipe:
-            return 1;
-        case TokenKind::ampersandAmpersand:
-            return 2;
-        case TokenKind::pipe:
-            return 3;
-        case TokenKind::caret:
-            return 4;
-        case TokenKind::ampersand:
-            return 5;
-        case TokenKind::equalEqual:
-        case TokenKind::exclamationEqual:
-            return 6;
-        case TokenKind::less:
-        case TokenKind::greater:
-        case TokenKind::lessEqual:
-        case TokenKind::greaterEqual:
-            return 7;
-        case TokenKind::shiftLeft:
-        case TokenKind::shiftRight:
-            return 8;
-        case TokenKind::plus:
-        case TokenKind::minus:
-            return 9;
-        case TokenKind::star:
-        case TokenKind::slash:
-        case TokenKind::percent:
-            return 10;
-        default:
-            return 0;
-        }
-    }
-
     void fail(const Token& at, std::string message) {
         if (!failed_) {
             diagnostics_.error(at.range(), std::move(message));
@@ -102,11 +67,11 @@ class ConditionParser {
 
     Number binary(int lowest, bool live) {
         Number left = unary(live);
-        while (precedence(peek()) >= lowest) {
+        while (binaryPrecedence(peek()) >= lowest) {
             const Token& op = tokens_[position_++];
             const bool rightLive = live && !(op.is(TokenKind::pipePipe) && left.bits != 0) &&
                                    !(op.is(TokenKind::ampersandAmpersand) && left.bits == 0);
-            const Number right = binary(precedence(op.kind) + 1, rightLive);
+            const Number right = binary(binaryPrecedence(op.kind) + 1, rightLive);
             left = apply(op, left, right, rightLive);
         }
         return left;
