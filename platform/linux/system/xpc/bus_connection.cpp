@@ -240,8 +240,7 @@ class BusConnection : public XPCConnection, public std::enable_shared_from_this<
             sd_event_exit(self->event_.get(), 0);
             return 0;
         }
-        std::uint8_t type = 0;
-        if (sd_bus_message_get_type(message, &type) < 0 || type != SD_BUS_MESSAGE_METHOD_CALL) {
+        if (!isMethodCall(message)) {
             return 0;
         }
         self->called(message);
@@ -249,13 +248,10 @@ class BusConnection : public XPCConnection, public std::enable_shared_from_this<
     }
 
     void called(sd_bus_message* message) {
-        const char* interface = sd_bus_message_get_interface(message);
-        const char* member = sd_bus_message_get_member(message);
-        const bool ours = interface != nullptr && member != nullptr &&
-                          std::string_view(interface) == kWallpaperInterface;
-        const auto operation = ours ? wallpaperOperationOf(member) : std::nullopt;
+        const auto member = memberOn(message, kWallpaperInterface);
+        const auto operation = member ? wallpaperOperationOf(*member) : std::nullopt;
         if (!operation) {
-            refuse(message, member == nullptr ? "" : member,
+            refuse(message, member.value_or("an operation of another interface"),
                    transportError(TransportError::unknownOperation,
                                   "the protocol has no such operation"));
             return;

@@ -134,6 +134,20 @@ Error errorOf(sd_bus_message* reply) {
                                                                         : "the call failed");
 }
 
+bool isMethodCall(sd_bus_message* message) {
+    std::uint8_t type = 0;
+    return sd_bus_message_get_type(message, &type) >= 0 && type == SD_BUS_MESSAGE_METHOD_CALL;
+}
+
+std::optional<std::string_view> memberOn(sd_bus_message* call, std::string_view interface) {
+    const char* named = sd_bus_message_get_interface(call);
+    const char* member = sd_bus_message_get_member(call);
+    if (named == nullptr || member == nullptr || interface != named) {
+        return std::nullopt;
+    }
+    return member;
+}
+
 bool isDisconnection(sd_bus_message* message) {
     return sd_bus_message_is_signal(message, "org.freedesktop.DBus.Local", "Disconnected") > 0;
 }

@@ -6,8 +6,10 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
 #include <vector>
@@ -54,6 +56,11 @@ void replyError(sd_bus_message* call, const Error& error);
 
 /// The error that an error reply carries.
 Error errorOf(sd_bus_message* reply);
+
+bool isMethodCall(sd_bus_message* message);
+
+/// The member that a call names on `interface`; nothing when it is for another one.
+std::optional<std::string_view> memberOn(sd_bus_message* call, std::string_view interface);
 
 /// Whether the message says that the connection has gone.
 bool isDisconnection(sd_bus_message* message);

@@ -82,8 +82,7 @@ struct XPCClient::State {
             }
             return 0;
         }
-        std::uint8_t type = 0;
-        if (sd_bus_message_get_type(message, &type) < 0 || type != SD_BUS_MESSAGE_METHOD_CALL) {
+        if (!isMethodCall(message)) {
             return 0;
         }
         self->called(message);
@@ -91,11 +90,8 @@ struct XPCClient::State {
     }
 
     void called(sd_bus_message* message) {
-        const char* interface = sd_bus_message_get_interface(message);
-        const char* member = sd_bus_message_get_member(message);
-        const bool ours = interface != nullptr && member != nullptr &&
-                          std::string_view(interface) == kAgentInterface;
-        const auto operation = ours ? agentOperationOf(member) : std::nullopt;
+        const auto member = memberOn(message, kAgentInterface);
+        const auto operation = member ? agentOperationOf(*member) : std::nullopt;
         if (!operation) {
             replyError(message, transportError(TransportError::unknownOperation,
                                                "the protocol has no such operation"));
