@@ -1,7 +1,8 @@
 #include "platform/linux/gpu/vulkan_context.h"
 
+#include "platform/linux/gpu/device_choice.h"
+
 #include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -14,13 +15,6 @@ constexpr std::uint32_t kRequiredVersion = VK_API_VERSION_1_3;
 
 std::string sentence(const char* what, VkResult result) {
     return std::string(what) + " fails with Vulkan error " + std::to_string(result);
-}
-
-std::string lowered(std::string_view text) {
-    std::string out(text);
-    std::transform(out.begin(), out.end(), out.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return out;
 }
 
 std::optional<std::uint32_t> graphicsFamily(VkPhysicalDevice device) {
@@ -87,24 +81,6 @@ VkInstance sharedInstance() {
     return instance;
 }
 
-int rank(VkPhysicalDevice device, const std::string& wanted) {
-    VkPhysicalDeviceProperties properties{};
-    vkGetPhysicalDeviceProperties(device, &properties);
-    if (!wanted.empty() && lowered(properties.deviceName).find(wanted) != std::string::npos) {
-        return 5;
-    }
-    switch (properties.deviceType) {
-    case VK_PHYSICAL_DEVICE_TYPE_DISCRETE_GPU:
-        return 4;
-    case VK_PHYSICAL_DEVICE_TYPE_INTEGRATED_GPU:
-        return 3;
-    case VK_PHYSICAL_DEVICE_TYPE_VIRTUAL_GPU:
-        return 2;
-    default:
-        return 1;
-    }
-}
-
 } // namespace
 
 Result<std::shared_ptr<Context>, std::string> Context::create() {
@@ -139,11 +115,13 @@ Result<Done, std::string> Context::chooseDevice() {
         return Failure{std::string("no Vulkan 1.3 device can be used")};
     }
     const char* named = std::getenv("VANTOR_GPU");
-    const std::string wanted = lowered(named != nullptr ? named : "");
-    physicalDevice_ =
-        *std::max_element(devices.begin(), devices.end(), [&](auto* one, auto* other) {
-            return rank(one, wanted) < rank(other, wanted);
-        });
+    std::vector<DeviceCandidate> candidates;
+    for (const VkPhysicalDevice device : devices) {
+        VkPhysicalDeviceProperties properties{};
+        vkGetPhysicalDeviceProperties(device, &properties);
+        candidates.push_back({.name = properties.deviceName, .type = properties.deviceType});
+    }
+    physicalDevice_ = devices[preferredDevice(candidates, named != nullptr ? named : "")];
     queueFamily_ = *graphicsFamily(physicalDevice_);
 
     VkPhysicalDevicePushDescriptorPropertiesKHR push{};

@@ -27,9 +27,8 @@ enum class MemoryKind {
 
 class Context : public std::enable_shared_from_this<Context> {
   public:
-    /// Makes a device: the one that the environment variable VANTOR_GPU names by a part of its
-    /// name, else a discrete one before an integrated before a software one. The error is a
-    /// sentence.
+    /// Makes a device: the one that the environment variable VANTOR_GPU names (see
+    /// preferredDevice). The error is a sentence.
     static Result<std::shared_ptr<Context>, std::string> create();
     ~Context();
     Context(const Context&) = delete;
