@@ -1,6 +1,7 @@
 #include "platform/linux/gpu/vulkan_context.h"
 
 #include "platform/linux/gpu/device_choice.h"
+#include "platform/linux/gpu/vulkan_instance.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -62,23 +63,6 @@ bool isUsable(VkPhysicalDevice device) {
     return features13.dynamicRendering == VK_TRUE && features13.synchronization2 == VK_TRUE &&
            features12.timelineSemaphore == VK_TRUE &&
            features.features.robustBufferAccess == VK_TRUE;
-}
-
-/// The process's one instance, made on first use and never destroyed: unloading a driver while
-/// threads of it are winding down is where drivers crash. Null when none can be made.
-VkInstance sharedInstance() {
-    static const VkInstance instance = [] {
-        VkApplicationInfo application{};
-        application.sType = VK_STRUCTURE_TYPE_APPLICATION_INFO;
-        application.pApplicationName = "VantorLockScreen";
-        application.apiVersion = kRequiredVersion;
-        VkInstanceCreateInfo info{};
-        info.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO;
-        info.pApplicationInfo = &application;
-        VkInstance made = VK_NULL_HANDLE;
-        return vkCreateInstance(&info, nullptr, &made) == VK_SUCCESS ? made : VK_NULL_HANDLE;
-    }();
-    return instance;
 }
 
 } // namespace

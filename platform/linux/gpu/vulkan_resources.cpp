@@ -1,5 +1,7 @@
 #include "platform/linux/gpu/vulkan_resources.h"
 
+#include "platform/linux/gpu/vulkan_instance.h"
+
 namespace vantor::vulkan {
 namespace {
 
@@ -151,6 +153,7 @@ std::unique_ptr<DeviceImage> DeviceImage::import(std::shared_ptr<Context> contex
         // The driver owns the descriptor from here on.
         static_cast<void>(memory.release());
     }
+    noteImported(device.device(), image->image_);
     return image->bind(bound) ? std::move(image) : nullptr;
 }
 
