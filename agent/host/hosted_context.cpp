@@ -211,6 +211,13 @@ bool HostedContext::takePicture(const PictureRecord& record, const FileDescripto
 }
 
 bool HostedContext::takeFrame(const FrameRecord& record) {
+    if (record.imageID == kNoImage) {
+        if (const auto shown = frames_.find(record.layerID); shown != frames_.end()) {
+            replaced_.push_back(shown->second);
+            frames_.erase(shown);
+        }
+        return true;
+    }
     const auto image = images_.find(record.imageID);
     if (image == images_.end() || frames_.size() > kMaxLayers) {
         return refuse("a frame names image " + std::to_string(record.imageID) +
