@@ -10,18 +10,18 @@ CompletionThread::CompletionThread(std::shared_ptr<Context> context)
     : context_(std::move(context)), thread_([this] { run(); }) {}
 
 CompletionThread::~CompletionThread() {
-    // An entry without a presentable ends the thread.
+    // An entry that nobody awaits ends the thread.
     ring_[written_++ % kCapacity] = {};
     ready_.release();
     thread_.join();
 }
 
-void CompletionThread::notify(std::uint64_t point, std::shared_ptr<Presentable> presentable) {
+void CompletionThread::notify(std::uint64_t point, std::shared_ptr<Awaiting> awaiting) {
     if (written_ - taken_.load(std::memory_order_acquire) >= kCapacity - 1) {
-        std::fputs("more pictures are under way than drawables exist\n", stderr);
+        std::fputs("more work is under way than a thousand pictures make\n", stderr);
         std::abort();
     }
-    ring_[written_++ % kCapacity] = {point, std::move(presentable)};
+    ring_[written_++ % kCapacity] = {point, std::move(awaiting)};
     ready_.release();
 }
 
@@ -30,12 +30,12 @@ void CompletionThread::run() {
         ready_.acquire();
         const Entry entry = std::exchange(ring_[next % kCapacity], {});
         taken_.store(next + 1, std::memory_order_release);
-        if (entry.presentable == nullptr) {
+        if (entry.awaiting == nullptr) {
             return;
         }
         // A lost device never gets there; the picture is then shown as it is.
         static_cast<void>(context_->wait(entry.point));
-        entry.presentable->finished();
+        entry.awaiting->finished();
     }
 }
 

@@ -1,7 +1,5 @@
 #include "platform/linux/gpu/vulkan_commands.h"
 
-#include "platform/linux/gpu/vulkan_uploader.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -31,17 +29,8 @@ std::size_t alignedUp(std::size_t value, std::size_t alignment) {
 
 } // namespace
 
-DeviceParts::~DeviceParts() {
-    completion.reset();
-    if (context) {
-        // What the zeros were made with may still be under way.
-        vkDeviceWaitIdle(context->device());
-        vkDestroySampler(context->device(), zeros.sampler, nullptr);
-    }
-}
-
 void VulkanEncoder::begin(VkCommandBuffer commands, const gpu::RenderPassDescriptor& pass,
-                          std::vector<std::shared_ptr<void>>& kept, const Buffer& uniforms,
+                          std::vector<std::shared_ptr<const void>>& kept, const Buffer& uniforms,
                           std::size_t& uniformsUsed) {
     commands_ = commands;
     kept_ = &kept;
@@ -86,8 +75,13 @@ void VulkanEncoder::begin(VkCommandBuffer commands, const gpu::RenderPassDescrip
 
 void VulkanEncoder::setRenderPipelineStateImpl(
     const std::shared_ptr<gpu::RenderPipelineState>& pipeline) {
-    pipeline_ = static_cast<VulkanPipeline*>(pipeline.get());
-    kept_->push_back(pipeline);
+    // Every pipeline of this device is one of ours.
+    const auto objects = static_cast<VulkanPipeline&>(*pipeline).objectsFor(parts_);
+    pipeline_ = objects.get();
+    if (pipeline_ == nullptr) {
+        return;
+    }
+    kept_->push_back(objects);
     vkCmdBindPipeline(commands_, VK_PIPELINE_BIND_POINT_GRAPHICS, pipeline_->handle());
     if (const VkDescriptorSet set = pipeline_->vertexSet(); set != VK_NULL_HANDLE) {
         vkCmdBindDescriptorSets(commands_, VK_PIPELINE_BIND_POINT_GRAPHICS, pipeline_->layout(),
@@ -109,9 +103,10 @@ void VulkanEncoder::setFragmentBytesImpl(std::span<const std::uint8_t> bytes, st
 
 void VulkanEncoder::setFragmentTextureImpl(const std::shared_ptr<gpu::Texture>& texture,
                                            std::uint32_t index) {
-    textures_[index] = static_cast<VulkanTexture*>(texture.get());
+    textures_[index] = nullptr;
     if (texture) {
         kept_->push_back(texture);
+        textures_[index] = static_cast<VulkanTexture&>(*texture).imageFor(parts_);
     }
 }
 
@@ -149,11 +144,10 @@ void VulkanEncoder::pushResources() {
         add(binding, type).pImageInfo = &info;
     };
     for (const auto& texture : fragment.textures) {
-        const VulkanTexture* bound =
+        const DeviceImage* bound =
             texture.index < textures_.size() ? textures_[texture.index] : nullptr;
         addImage(msl::kTextureBinding + texture.index, VK_DESCRIPTOR_TYPE_SAMPLED_IMAGE,
-                 bound != nullptr ? bound->image().view() : parts_.zeros.image->view(),
-                 VK_NULL_HANDLE);
+                 bound != nullptr ? bound->view() : parts_.zeros.image->view(), VK_NULL_HANDLE);
     }
     for (const auto& sampler : fragment.samplers) {
         addImage(msl::kSamplerBinding + sampler.index, VK_DESCRIPTOR_TYPE_SAMPLER, VK_NULL_HANDLE,
@@ -172,6 +166,9 @@ void VulkanEncoder::pushResources() {
 
 void VulkanEncoder::drawPrimitivesImpl(gpu::PrimitiveType, std::uint32_t vertexStart,
                                        std::uint32_t vertexCount) {
+    if (pipeline_ == nullptr) {
+        return;
+    }
     pushResources();
     vkCmdDraw(commands_, vertexCount, 1, vertexStart, 0);
 }
@@ -225,6 +222,10 @@ bool VulkanCommandBuffer::begin() {
 
 gpu::RenderCommandEncoder*
 VulkanCommandBuffer::renderCommandEncoderImpl(const gpu::RenderPassDescriptor& pass) {
+    if (static_cast<VulkanTexture*>(pass.texture)->image().context() != parts_->context) {
+        // It went with a lost device.
+        return nullptr;
+    }
     encoder_.begin(commands_, pass, kept_, *uniforms_, uniformsUsed_);
     return &encoder_;
 }
@@ -236,21 +237,25 @@ void VulkanCommandBuffer::presentDrawableImpl(gpu::DrawableRef drawable) {
 
 void VulkanCommandBuffer::commitImpl() {
     recording_ = false;
-    if (presented_ != nullptr) {
-        DeviceImage& image = static_cast<VulkanTexture&>(presented_->texture()).image();
-        transition(*parts_->context, commands_, image, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
+    // A drawable that is not shown goes back to its layer at the end of this.
+    gpu::DrawableRef returned(std::exchange(presented_, nullptr));
+    auto* const drawable = static_cast<VulkanDrawable*>(returned.get());
+    DeviceImage* const image =
+        drawable != nullptr ? &static_cast<VulkanTexture&>(drawable->texture()).image() : nullptr;
+    const bool isShown = image != nullptr && image->context() == parts_->context;
+    if (isShown) {
+        transition(*parts_->context, commands_, *image, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
                    Ownership::releasedOutside);
     }
     const bool ended = vkEndCommandBuffer(commands_) == VK_SUCCESS;
     const std::uint64_t point = ended ? parts_->context->submit(commands_) : 0;
-    VulkanDrawable* const drawable = std::exchange(presented_, nullptr);
     if (point == 0) {
         // The device is lost: nothing was drawn, and nothing is shown.
-        const gpu::DrawableRef returned(drawable);
         return;
     }
     point_ = point;
-    if (drawable != nullptr) {
+    if (isShown) {
+        static_cast<void>(returned.release());
         parts_->completion->notify(point, drawable->shared_from_this());
     }
 }
@@ -260,15 +265,24 @@ void VulkanCommandBuffer::waitUntilCompletedImpl() {
 }
 
 gpu::CommandBuffer* VulkanQueue::commandBuffer() {
-    const auto idle = std::find_if(buffers_.begin(), buffers_.end(),
-                                   [](const auto& buffer) { return buffer->isIdle(); });
+    const std::shared_ptr<DeviceParts>& parts = life_->current();
+    if (!parts) {
+        return nullptr;
+    }
+    if (!buffers_.empty() && !buffers_.front()->isOf(*parts)) {
+        // A new life of the device began; buffers of the old one can only be finished.
+        std::erase_if(buffers_, [](const auto& buffer) { return buffer->isIdle(); });
+    }
+    const auto idle = std::find_if(buffers_.begin(), buffers_.end(), [&](const auto& buffer) {
+        return buffer->isOf(*parts) && buffer->isIdle();
+    });
     if (idle != buffers_.end()) {
         return (*idle)->begin() ? idle->get() : nullptr;
     }
     if (buffers_.size() == kMaxBuffers) {
         return nullptr;
     }
-    auto made = VulkanCommandBuffer::create(parts_);
+    auto made = VulkanCommandBuffer::create(parts);
     if (!made || !made->begin()) {
         return nullptr;
     }

@@ -67,8 +67,8 @@ bool isUsable(VkPhysicalDevice device) {
 
 } // namespace
 
-Result<std::shared_ptr<Context>, std::string> Context::create() {
-    const std::shared_ptr<Context> context(new Context);
+Result<std::shared_ptr<Context>, std::string> Context::create(const DeviceCalls& calls) {
+    const std::shared_ptr<Context> context(new Context(calls));
     for (const auto step : {&Context::chooseDevice, &Context::createDevice}) {
         if (auto made = (context.get()->*step)(); !made) {
             return Failure{made.error()};
@@ -117,8 +117,7 @@ Result<Done, std::string> Context::chooseDevice() {
     properties.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_PROPERTIES_2;
     properties.pNext = &identity;
     vkGetPhysicalDeviceProperties2(physicalDevice_, &properties);
-    limits_ = properties.properties.limits;
-    name_ = properties.properties.deviceName;
+    properties_ = properties.properties;
     maxPushDescriptors_ = push.maxPushDescriptors;
     std::memcpy(deviceUUID_.data(), identity.deviceUUID, kUUIDSize);
     std::memcpy(driverUUID_.data(), identity.driverUUID, kUUIDSize);
@@ -176,7 +175,7 @@ Result<Done, std::string> Context::createDevice() {
     info.pQueueCreateInfos = &queue;
     info.enabledExtensionCount = static_cast<std::uint32_t>(extensions.size());
     info.ppEnabledExtensionNames = extensions.data();
-    if (const VkResult result = vkCreateDevice(physicalDevice_, &info, nullptr, &device_);
+    if (const VkResult result = calls_.createDevice(physicalDevice_, &info, nullptr, &device_);
         result != VK_SUCCESS) {
         device_ = VK_NULL_HANDLE;
         return Failure{sentence("creating a Vulkan device", result)};
@@ -236,16 +235,12 @@ std::uint64_t Context::submit(VkCommandBuffer commands) {
     info.pCommandBufferInfos = &buffer;
     info.signalSemaphoreInfoCount = 1;
     info.pSignalSemaphoreInfos = &signal;
-    if (vkQueueSubmit2(queue_, 1, &info, VK_NULL_HANDLE) != VK_SUCCESS) {
-        return 0;
-    }
-    return ++lastPoint_;
+    return succeeded(calls_.submit(queue_, 1, &info, VK_NULL_HANDLE)) ? ++lastPoint_ : 0;
 }
 
 bool Context::isDone(std::uint64_t point) const {
     std::uint64_t reached = 0;
-    return vkGetSemaphoreCounterValue(device_, timeline_, &reached) != VK_SUCCESS ||
-           reached >= point;
+    return isLost() || !succeeded(calls_.counter(device_, timeline_, &reached)) || reached >= point;
 }
 
 bool Context::wait(std::uint64_t point) const {
@@ -254,7 +249,14 @@ bool Context::wait(std::uint64_t point) const {
     info.semaphoreCount = 1;
     info.pSemaphores = &timeline_;
     info.pValues = &point;
-    return vkWaitSemaphores(device_, &info, UINT64_MAX) == VK_SUCCESS;
+    return succeeded(calls_.wait(device_, &info, UINT64_MAX));
+}
+
+bool Context::succeeded(VkResult result) const {
+    if (result == VK_ERROR_DEVICE_LOST) {
+        lost_.store(true, std::memory_order_relaxed);
+    }
+    return result == VK_SUCCESS;
 }
 
 } // namespace vantor::vulkan

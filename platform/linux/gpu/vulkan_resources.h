@@ -60,8 +60,10 @@ class DeviceImage {
     DeviceImage(const DeviceImage&) = delete;
     DeviceImage& operator=(const DeviceImage&) = delete;
 
+    const std::shared_ptr<Context>& context() const { return context_; }
     VkImage handle() const { return image_; }
     VkImageView view() const { return view_; }
+    const ImageDescription& description() const { return description_; }
     std::uint32_t width() const { return description_.width; }
     std::uint32_t height() const { return description_.height; }
     VkFormat format() const { return description_.format; }

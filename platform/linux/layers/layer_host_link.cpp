@@ -136,7 +136,7 @@ bool LayerHostLink::shareImage(const LinuxMetalLayer& layer, const LayerDrawable
     if (contains(sharedImages_, drawable.imageID())) {
         return true;
     }
-    const vulkan::Context& context = *layer.device()->context();
+    const vulkan::Context& context = *drawable.image().context();
     auto record = recordOf<ImageRecord>(Kind::image);
     record.layerID = layer.layerID();
     record.imageID = drawable.imageID();
@@ -155,12 +155,19 @@ bool LayerHostLink::shareImage(const LinuxMetalLayer& layer, const LayerDrawable
 
 bool LayerHostLink::sendFrame(LinuxMetalLayer& layer) {
     const auto& latest = layer.latest();
-    if (!latest) {
-        return true;
-    }
     auto shown = std::find_if(shown_.begin(), shown_.end(), [&layer](const Shown& entry) {
         return entry.layerID == layer.layerID();
     });
+    if (!latest) {
+        if (shown == shown_.end()) {
+            return true;
+        }
+        auto record = recordOf<FrameRecord>(Kind::frame);
+        record.layerID = layer.layerID();
+        record.imageID = kNoImage;
+        shown_.erase(shown);
+        return socket_.send(record);
+    }
     if (shown == shown_.end()) {
         shown = shown_.insert(shown_.end(), {.layerID = layer.layerID(), .sequence = 0});
     }

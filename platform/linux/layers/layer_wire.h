@@ -34,7 +34,7 @@ enum class Kind : std::uint32_t {
     picture = 3,
     /// Extension → host: an image or picture is no longer used.
     forget = 4,
-    /// Extension → host: the Metal layer shows this image from now on.
+    /// Extension → host: the Metal layer shows this image from now on; kNoImage shows nothing.
     frame = 5,
     /// Host → extension: the host has done with the image's frame.
     release = 6,

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <sys/eventfd.h>
+#include <utility>
 
 namespace vantor {
 namespace {
@@ -82,6 +83,12 @@ gpu::DrawableRef LinuxMetalLayer::nextDrawable() {
     if (!device_ || width == 0 || height == 0 || pixelFormat_ != gpu::PixelFormat::bgra8Unorm) {
         return nullptr;
     }
+    const std::shared_ptr<vulkan::DeviceParts> gpu = device_->parts();
+    if (!gpu) {
+        // Lost, and not only to this layer.
+        signal_->raise();
+        return nullptr;
+    }
     // A frame that is finished but was not looked at yet may free the other drawable.
     takeFinished();
     for (auto& drawable : drawables_) {
@@ -89,7 +96,7 @@ gpu::DrawableRef LinuxMetalLayer::nextDrawable() {
             continue;
         }
         if (!drawable || drawable->image().width() != width ||
-            drawable->image().height() != height) {
+            drawable->image().height() != height || drawable->image().context() != gpu->context) {
             auto image = device_->newSharedTexture(width, height);
             if (!image) {
                 return nullptr;
@@ -105,6 +112,10 @@ gpu::DrawableRef LinuxMetalLayer::nextDrawable() {
 
 bool LinuxMetalLayer::takeFinished() {
     bool changed = false;
+    if (latest_ && !device_->parts()) {
+        std::exchange(latest_, nullptr)->setLatest(false);
+        changed = true;
+    }
     for (const auto& drawable : drawables_) {
         if (!drawable || !drawable->takeFinished()) {
             continue;

@@ -6,6 +6,7 @@
 #include "platform/linux/layers/layer_wire.h"
 #include "platform/linux/layers/linux_layers.h"
 #include "platform/linux/system/linux_images.h"
+#include "tests/support/losable_gpu.h"
 
 #include <gtest/gtest.h>
 
@@ -57,12 +58,13 @@ class LayersTest : public testing::Test {
     }
 
     /// Fills the layer's next drawable with a colour and presents it. False without a drawable.
-    static bool present(MetalLayer& layer, double red, double green, double blue) {
+    static bool present(MetalLayer& layer, double red, double green, double blue,
+                        gpu::CommandQueue& on = *queue) {
         gpu::DrawableRef drawable = layer.nextDrawable();
-        if (!drawable) {
+        gpu::CommandBuffer* const commands = drawable ? on.commandBuffer() : nullptr;
+        if (commands == nullptr) {
             return false;
         }
-        gpu::CommandBuffer* const commands = queue->commandBuffer();
         commands
             ->renderCommandEncoder(
                 {.texture = &drawable->texture(),
@@ -306,6 +308,72 @@ TEST_F(LayersTest, AnInvalidatedContextEndsItsHostsAndCannotBeAttached) {
     EXPECT_EQ(ended, "the other process closed the socket");
     EXPECT_EQ(layers.attach(contextID), std::nullopt);
     EXPECT_EQ(layers.attach(0), std::nullopt);
+}
+
+class LostLayersTest : public LayersTest {
+  protected:
+    LostLayersTest() {
+        auto made = vulkan::VulkanDevice::create({.report = [](const std::string&) {},
+                                                  .recoveryInterval = std::chrono::milliseconds(0),
+                                                  .calls = LosableGPU::calls()});
+        EXPECT_TRUE(made) << made.error();
+        ownDevice = *std::move(made);
+        ownQueue = ownDevice->newCommandQueue();
+        metal = addMetalLayer();
+        metal->setDevice(ownDevice);
+    }
+
+    LosableGPU gpu;
+    std::shared_ptr<vulkan::VulkanDevice> ownDevice;
+    std::shared_ptr<gpu::CommandQueue> ownQueue;
+    std::shared_ptr<MetalLayer> metal;
+};
+
+TEST_F(LostLayersTest, ALayerGoesOnWhenItsGPUIsReplaced) {
+    const auto hosted = host();
+    ASSERT_TRUE(present(*metal, 1, 0, 0, *ownQueue));
+    settle();
+    EXPECT_EQ(pixel(*hosted, 2, 2), (std::vector<int>{255, 0, 0}));
+    gpu.lose();
+    present(*metal, 0, 1, 0, *ownQueue);
+    settle();
+    hosted->releaseReplaced();
+    settle();
+    for (int i = 1; i <= 4; ++i) {
+        ASSERT_TRUE(present(*metal, 0, 0, i / 255.0, *ownQueue)) << i;
+        settle();
+        EXPECT_EQ(pixel(*hosted, 2, 2), (std::vector<int>{0, 0, i}));
+        hosted->releaseReplaced();
+        settle();
+    }
+    EXPECT_EQ(ended, "");
+}
+
+TEST_F(LostLayersTest, EveryLayerOfAGPUThatIsNotReplacedTurnsBlack) {
+    // Paused: it asks for no frame by itself.
+    const auto paused = addMetalLayer();
+    paused->setDevice(ownDevice);
+    paused->setFrame({.origin = {}, .size = {.width = kWidth / 2, .height = kHeight}});
+    const auto hosted = host();
+    ASSERT_TRUE(present(*metal, 1, 0, 0, *ownQueue));
+    ASSERT_TRUE(present(*paused, 0, 1, 0, *ownQueue));
+    settle();
+    EXPECT_EQ(pixel(*hosted, 1, 1), (std::vector<int>{0, 255, 0}));
+    EXPECT_EQ(pixel(*hosted, kWidth - 1, 1), (std::vector<int>{255, 0, 0}));
+    gpu.setReplaceable(false);
+    gpu.lose();
+    present(*metal, 0, 0, 1, *ownQueue);
+    EXPECT_FALSE(present(*metal, 0, 0, 1, *ownQueue));
+    settle();
+    EXPECT_EQ(pixel(*hosted, 1, 1), (std::vector<int>{0, 0, 0}));
+    EXPECT_EQ(pixel(*hosted, kWidth - 1, 1), (std::vector<int>{0, 0, 0}));
+    hosted->releaseReplaced();
+    settle();
+    EXPECT_EQ(ended, "");
+    gpu.setReplaceable(true);
+    ASSERT_TRUE(present(*metal, 0, 0, 1, *ownQueue));
+    settle();
+    EXPECT_EQ(pixel(*hosted, 1, 1), (std::vector<int>{0, 0, 255}));
 }
 
 /// A host at the mercy of a test that plays the extension.
