@@ -99,7 +99,7 @@ bool Compositor::compose(const HostedContext& context, double scale) {
         if (const Picture* picture = context.picture(layers[i].picture)) {
             drawPicture(placed[i], layers[i], *picture);
         }
-        if (vulkan::DeviceImage* frame = context.frame(layers[i].layerID)) {
+        if (HostedFrame* frame = context.frame(layers[i].layerID)) {
             drawFrame(placed[i], *frame);
         }
     }
@@ -180,14 +180,14 @@ void Compositor::fill(const Placed& placed, const LayerState& layer) {
     isWritten_ = false;
 }
 
-void Compositor::drawFrame(const Placed& placed, vulkan::DeviceImage& frame) {
+void Compositor::drawFrame(const Placed& placed, HostedFrame& hosted) {
+    vulkan::DeviceImage& frame = *hosted.image;
     const PixelRect area = intersection(placed.rect, placed.clip);
     if (area.isEmpty()) {
         return;
     }
     startWriting();
-    vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
-                       Ownership::acquiredFromOutside);
+    takeOver(hosted);
     const bool oneToOne = static_cast<std::uint32_t>(placed.rect.width()) == frame.width() &&
                           static_cast<std::uint32_t>(placed.rect.height()) == frame.height();
     if (oneToOne) {
@@ -217,8 +217,22 @@ void Compositor::drawFrame(const Placed& placed, vulkan::DeviceImage& frame) {
         vkCmdBlitImage(commands_, frame.handle(), VK_IMAGE_LAYOUT_GENERAL, output_->handle(),
                        VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &blit, VK_FILTER_LINEAR);
     }
-    vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
-                       Ownership::releasedOutside);
+    if (!hosted.bytes) {
+        vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
+                           Ownership::releasedOutside);
+    }
+}
+
+void Compositor::takeOver(HostedFrame& hosted) {
+    vulkan::DeviceImage& frame = *hosted.image;
+    if (!hosted.bytes) {
+        vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
+                           Ownership::acquiredFromOutside);
+    } else if (std::exchange(hosted.bytesAreNew, false)) {
+        vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::discarded);
+        vulkan::copyIn(commands_, *hosted.bytes, frame);
+        vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL);
+    }
 }
 
 void Compositor::drawPicture(const Placed& placed, const LayerState& layer,
@@ -257,11 +271,7 @@ void Compositor::drawPicture(const Placed& placed, const LayerState& layer,
         std::memcpy(stillStaging_->bytes().data(), picture.bytes.data(), picture.bytes.size());
         vulkan::transition(*gpu_, commands_, *still_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
                            Contents::discarded);
-        VkBufferImageCopy copy{};
-        copy.imageSubresource = kColor;
-        copy.imageExtent = {picture.width, picture.height, 1};
-        vkCmdCopyBufferToImage(commands_, stillStaging_->handle(), still_->handle(),
-                               VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &copy);
+        vulkan::copyIn(commands_, *stillStaging_, *still_);
         vulkan::transition(*gpu_, commands_, *still_, VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL);
     }
     startWriting();
@@ -290,22 +300,7 @@ bool Compositor::read(std::span<std::uint8_t> bytes) {
         return false;
     }
     vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL);
-    VkBufferImageCopy copy{};
-    copy.imageSubresource = kColor;
-    copy.imageExtent = {output_->width(), output_->height(), 1};
-    vkCmdCopyImageToBuffer(commands_, output_->handle(), VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL,
-                           readback_->handle(), 1, &copy);
-    VkMemoryBarrier2 toHost{};
-    toHost.sType = VK_STRUCTURE_TYPE_MEMORY_BARRIER_2;
-    toHost.srcStageMask = VK_PIPELINE_STAGE_2_COPY_BIT;
-    toHost.srcAccessMask = VK_ACCESS_2_TRANSFER_WRITE_BIT;
-    toHost.dstStageMask = VK_PIPELINE_STAGE_2_HOST_BIT;
-    toHost.dstAccessMask = VK_ACCESS_2_HOST_READ_BIT;
-    VkDependencyInfo dependency{};
-    dependency.sType = VK_STRUCTURE_TYPE_DEPENDENCY_INFO;
-    dependency.memoryBarrierCount = 1;
-    dependency.pMemoryBarriers = &toHost;
-    vkCmdPipelineBarrier2(commands_, &dependency);
+    vulkan::copyOut(commands_, *output_, *readback_);
     if (vkEndCommandBuffer(commands_) != VK_SUCCESS) {
         return false;
     }

@@ -69,7 +69,9 @@ class Compositor {
     void startWriting();
     void clear();
     void fill(const Placed& placed, const layerwire::LayerState& layer);
-    void drawFrame(const Placed& placed, vulkan::DeviceImage& frame);
+    void drawFrame(const Placed& placed, HostedFrame& hosted);
+    /// Makes the frame's image ready to be copied from.
+    void takeOver(HostedFrame& hosted);
     void drawPicture(const Placed& placed, const layerwire::LayerState& layer,
                      const Picture& picture);
 

@@ -104,15 +104,16 @@ std::shared_ptr<gpu::Texture> VulkanDevice::newTexture(const gpu::TextureDescrip
 std::shared_ptr<VulkanTexture> VulkanDevice::newSharedTexture(std::uint32_t width,
                                                               std::uint32_t height) {
     const std::shared_ptr<DeviceParts>& parts = life_->current();
-    if (!parts || !parts->context->canShareMemory()) {
+    if (!parts) {
         return nullptr;
     }
+    const Sharing sharing = parts->context->canShareMemory() ? Sharing::exported : Sharing::none;
     return VulkanTexture::create(*parts,
                                  {.format = VK_FORMAT_B8G8R8A8_UNORM,
                                   .width = width,
                                   .height = height,
                                   .usage = kDrawnUsage,
-                                  .sharing = Sharing::exported},
+                                  .sharing = sharing},
                                  gpu::PixelFormat::bgra8Unorm);
 }
 

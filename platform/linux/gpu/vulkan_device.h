@@ -27,7 +27,8 @@ class VulkanDevice : public gpu::Device {
 
     /// Null while the device is lost and cannot be replaced.
     std::shared_ptr<DeviceParts> parts() { return life_->current(); }
-    /// A texture to draw into whose memory other processes can be given; null when it cannot be.
+    /// A texture to draw into whose memory other processes can be given, where the device does such
+    /// a thing; null when it cannot be made.
     std::shared_ptr<VulkanTexture> newSharedTexture(std::uint32_t width, std::uint32_t height);
 
   private:

@@ -102,4 +102,11 @@ void transition(const Context& context, VkCommandBuffer commands, DeviceImage& i
                 VkImageLayout layout, Contents contents = Contents::kept,
                 Ownership ownership = Ownership::kept);
 
+/// Records a copy of the whole image, rows without padding, which the CPU finds in the mapped
+/// buffer once the device has done it. The image is in a layout that can be copied from.
+void copyOut(VkCommandBuffer commands, const DeviceImage& image, const Buffer& buffer);
+
+/// Records a copy the other way; the image is in a layout that can be copied to.
+void copyIn(VkCommandBuffer commands, const Buffer& buffer, const DeviceImage& image);
+
 } // namespace vantor::vulkan

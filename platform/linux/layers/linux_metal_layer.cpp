@@ -55,6 +55,13 @@ void LayerDrawable::finished() {
     signal->raise();
 }
 
+bool LayerDrawable::copyToMemory(const vulkan::DeviceParts& parts) {
+    if (!memory_) {
+        memory_ = FrameMemory::create(image(), [signal = signal_] { signal->raise(); });
+    }
+    return memory_ && memory_->copy(parts, image(), sequence_);
+}
+
 void LayerDrawable::giveBack() { state_.store(State::idle, std::memory_order_relaxed); }
 
 LinuxMetalLayer::LinuxMetalLayer(std::shared_ptr<LayerChanges> changes,

@@ -3,6 +3,7 @@
 // hosting agent can read. Main thread, but for the one call that says so.
 
 #include "platform/linux/gpu/vulkan_device.h"
+#include "platform/linux/layers/frame_memory.h"
 #include "platform/linux/layers/linux_layer.h"
 
 #include <array>
@@ -49,6 +50,15 @@ class LayerDrawable final : public vulkan::VulkanDrawable {
 
     /// The layer shows it, or does not any more.
     void setLatest(bool latest) { latest_ = latest; }
+    /// Starts to copy the picture into memory of its own, unless that was done. The drawable needs
+    /// a holder until the copy has ended. False when the device is lost or the system has no
+    /// memory.
+    [[nodiscard]] bool copyToMemory(const vulkan::DeviceParts& parts);
+    /// Whether the memory holds the picture.
+    bool isInMemory() const { return memory_ && memory_->holds(sequence_); }
+    /// Null before the first copy.
+    const std::shared_ptr<FrameMemory>& memory() const { return memory_; }
+
     void addHolder() { ++holders_; }
     void removeHolder() { --holders_; }
 
@@ -62,6 +72,7 @@ class LayerDrawable final : public vulkan::VulkanDrawable {
     std::shared_ptr<vulkan::VulkanTexture> image_;
     std::uint32_t imageID_;
     std::shared_ptr<FrameSignal> signal_;
+    std::shared_ptr<FrameMemory> memory_;
     /// Set to finished by the completion thread; everything else is the main thread's.
     std::atomic<State> state_ = State::idle;
     std::uint64_t sequence_ = 0;
