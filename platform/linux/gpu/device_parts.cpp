@@ -7,6 +7,11 @@
 
 namespace vantor::vulkan {
 
+double steadySeconds() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration<double>(now).count();
+}
+
 Result<std::shared_ptr<DeviceParts>, std::string>
 DeviceParts::create(const DeviceOptions& options) {
     auto context = Context::create(options.calls);
@@ -20,7 +25,7 @@ DeviceParts::create(const DeviceOptions& options) {
         return Failure{std::string("the Vulkan device has no memory")};
     }
     parts->pipelineCache = std::make_shared<PipelineCache>(*context, options.pipelineCache);
-    parts->completion = std::make_unique<CompletionThread>(*context);
+    parts->completion = std::make_unique<CompletionThread>(*context, options.clock);
     return parts;
 }
 

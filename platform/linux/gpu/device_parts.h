@@ -16,6 +16,8 @@
 
 namespace vantor::vulkan {
 
+double steadySeconds();
+
 struct DeviceOptions {
     /// Where compiled pipelines are kept between runs; empty keeps none.
     std::filesystem::path pipelineCache{};
@@ -24,6 +26,8 @@ struct DeviceOptions {
     /// Between two attempts to replace a lost device: one that is lost again and again must not
     /// keep the main thread from anything else.
     std::chrono::milliseconds recoveryInterval{1000};
+    /// Seconds of a clock that never goes back, by which the device's work is timed. Any thread.
+    double (*clock)() = steadySeconds;
     DeviceCalls calls{};
 };
 

@@ -3,12 +3,14 @@
 // recycled, so that a steady frame allocates nothing. Main thread.
 
 #include "platform/gpu.h"
+#include "platform/linux/gpu/banded_picture.h"
 #include "platform/linux/gpu/device_parts.h"
 #include "platform/linux/gpu/vulkan_pipeline.h"
 #include "platform/linux/gpu/vulkan_texture.h"
 
 #include <array>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace vantor::vulkan {
@@ -25,8 +27,9 @@ class VulkanEncoder : public gpu::RenderCommandEncoder {
 
     explicit VulkanEncoder(const DeviceParts& parts) : parts_(parts) {}
 
-    /// Starts the pass. The references that it takes are kept in `kept`, the bytes in `uniforms`.
-    void begin(VkCommandBuffer commands, const gpu::RenderPassDescriptor& pass,
+    /// Starts the pass, one horizontal band of it in each of the command buffers. The references
+    /// that it takes are kept in `kept`, the bytes in `uniforms`.
+    void begin(std::span<const VkCommandBuffer> bands, const gpu::RenderPassDescriptor& pass,
                std::vector<std::shared_ptr<const void>>& kept, const Buffer& uniforms,
                std::size_t& uniformsUsed);
 
@@ -45,10 +48,12 @@ class VulkanEncoder : public gpu::RenderCommandEncoder {
     void drawPrimitivesImpl(gpu::PrimitiveType type, std::uint32_t vertexStart,
                             std::uint32_t vertexCount) override;
     void endEncodingImpl() override;
+    void beginBand(VkCommandBuffer commands, const gpu::RenderPassDescriptor& pass,
+                   const DeviceImage& image, const VkRect2D& area) const;
     void pushResources();
 
     const DeviceParts& parts_;
-    VkCommandBuffer commands_ = VK_NULL_HANDLE;
+    std::span<const VkCommandBuffer> bands_;
     std::vector<std::shared_ptr<const void>>* kept_ = nullptr;
     const Buffer* uniforms_ = nullptr;
     std::size_t* uniformsUsed_ = nullptr;
@@ -78,11 +83,19 @@ class VulkanCommandBuffer : public gpu::CommandBuffer {
     void presentDrawableImpl(gpu::DrawableRef drawable) override;
     void commitImpl() override;
     void waitUntilCompletedImpl() override;
+    /// Has that many command buffers recording.
+    bool record(std::size_t count);
+    /// `shown` is told when the work is done. False when the device is lost.
+    bool submit(const std::shared_ptr<Awaiting>& shown);
 
     std::shared_ptr<const DeviceParts> parts_;
     VulkanEncoder encoder_;
     VkCommandPool pool_ = VK_NULL_HANDLE;
-    VkCommandBuffer commands_ = VK_NULL_HANDLE;
+    /// The first is recorded always; further ones hold the further bands of a picture.
+    std::vector<VkCommandBuffer> commands_;
+    std::size_t used_ = 0;
+    /// The last picture, if it was drawn in bands.
+    std::shared_ptr<BandedPicture> banded_;
     std::unique_ptr<Buffer> uniforms_;
     std::size_t uniformsUsed_ = 0;
     /// What the GPU still reads.

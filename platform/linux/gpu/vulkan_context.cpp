@@ -221,6 +221,7 @@ std::optional<std::uint32_t> Context::memoryType(std::uint32_t typeBits, MemoryK
 }
 
 std::uint64_t Context::submit(VkCommandBuffer commands) {
+    const std::lock_guard lock(submission_);
     VkCommandBufferSubmitInfo buffer{};
     buffer.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_SUBMIT_INFO;
     buffer.commandBuffer = commands;

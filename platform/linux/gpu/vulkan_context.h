@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vulkan/vulkan.h>
@@ -64,10 +65,11 @@ class Context : public std::enable_shared_from_this<Context> {
     std::optional<std::uint32_t> memoryType(std::uint32_t typeBits, MemoryKind kind) const;
 
     /// Submits a recorded command buffer; gives the point in the device's work at which it is done,
-    /// or 0 when the device is lost.
+    /// or 0 when the device is lost. Any thread; two meet here only while a slow picture is drawn
+    /// in bands.
     std::uint64_t submit(VkCommandBuffer commands);
     /// The last submission's point.
-    std::uint64_t lastPoint() const { return lastPoint_; }
+    std::uint64_t lastPoint() const { return lastPoint_.load(std::memory_order_relaxed); }
     /// True on a lost device too, which does nothing more. Any thread.
     bool isDone(std::uint64_t point) const;
     /// Blocks. False when the device is lost. Any thread.
@@ -97,7 +99,9 @@ class Context : public std::enable_shared_from_this<Context> {
     PFN_vkCmdPushDescriptorSetKHR pushDescriptorSet_ = nullptr;
     PFN_vkGetMemoryFdKHR getMemoryDescriptor_ = nullptr;
     VkSemaphore timeline_ = VK_NULL_HANDLE;
-    std::uint64_t lastPoint_ = 0;
+    /// Guards submission to the queue, whose order is that of the points.
+    std::mutex submission_;
+    std::atomic<std::uint64_t> lastPoint_ = 0;
 };
 
 } // namespace vantor::vulkan

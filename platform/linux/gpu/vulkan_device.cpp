@@ -18,7 +18,10 @@ class WarmUpEnd : public Awaiting {
   public:
     WarmUpEnd(std::shared_ptr<PipelineCache> cache, std::shared_ptr<gpu::Texture> target)
         : cache_(std::move(cache)), target_(std::move(target)) {}
-    void finished() override { cache_->store(); }
+    std::uint64_t finished(double) override {
+        cache_->store();
+        return 0;
+    }
 
   private:
     std::shared_ptr<PipelineCache> cache_;

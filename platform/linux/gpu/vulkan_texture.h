@@ -22,6 +22,10 @@ class VulkanTexture : public gpu::Texture {
     std::uint64_t height() const override { return image_->height(); }
     gpu::PixelFormat pixelFormat() const override { return format_; }
 
+    /// Horizontal bands that pictures are drawn into this in, one after the other; 1 is the whole.
+    std::uint32_t bands() const { return bands_; }
+    void setBands(std::uint32_t bands) { bands_ = bands; }
+
     DeviceImage& image() const { return *image_; }
     /// The image with what the CPU wrote, on that life of the device: made again when the device
     /// was replaced. Null when that cannot be done.
@@ -39,6 +43,7 @@ class VulkanTexture : public gpu::Texture {
     std::shared_ptr<Uploader> uploader_;
     std::unique_ptr<DeviceImage> image_;
     gpu::PixelFormat format_;
+    std::uint32_t bands_ = 1;
     /// What the CPU wrote, rows without padding; empty until it does.
     std::vector<std::uint8_t> written_;
 };

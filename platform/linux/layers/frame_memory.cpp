@@ -88,10 +88,11 @@ bool FrameMemory::copy(const vulkan::DeviceParts& parts, vulkan::DeviceImage& im
     return true;
 }
 
-void FrameMemory::finished() {
+std::uint64_t FrameMemory::finished(double) {
     std::memcpy(mapped_.data(), staging_->bytes().data(), mapped_.size());
     held_.store(started_, std::memory_order_release);
     copied_();
+    return 0;
 }
 
 } // namespace vantor

@@ -39,7 +39,7 @@ class FrameMemory final : public vulkan::Awaiting,
     }
 
     /// On the completion thread.
-    void finished() override;
+    std::uint64_t finished(double seconds) override;
 
   private:
     FrameMemory(std::shared_ptr<vulkan::Context> context, std::function<void()> copied)

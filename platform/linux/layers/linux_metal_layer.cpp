@@ -4,6 +4,7 @@
 #include "platform/linux/layers/system_class.h"
 
 #include <algorithm>
+#include <cmath>
 #include <sys/eventfd.h>
 #include <utility>
 
@@ -13,6 +14,19 @@ namespace {
 /// The whole pixels of one side; 0 for what no image can have.
 std::uint32_t pixels(double side) {
     return side >= 1.0 && side <= layerwire::kMaxImageSide ? static_cast<std::uint32_t>(side) : 0;
+}
+
+/// A frame on which the GPU spends longer than this is a slow one.
+constexpr double kSlowSeconds = 2.0;
+/// What one band of a slow frame should take: others wait for it at most.
+constexpr double kBandSeconds = 1.0 / 60.0;
+constexpr double kMaxBands = 128;
+
+/// The bands for a frame after one on which the GPU spent so long.
+std::uint32_t bandsAfter(double seconds) {
+    return seconds > kSlowSeconds
+               ? static_cast<std::uint32_t>(std::min(std::ceil(seconds / kBandSeconds), kMaxBands))
+               : 1;
 }
 
 } // namespace
@@ -48,11 +62,13 @@ bool LayerDrawable::takeFinished() {
     return true;
 }
 
-void LayerDrawable::finished() {
+std::uint64_t LayerDrawable::finished(double seconds) {
+    seconds_ = seconds;
     // The main thread may let go of this drawable as soon as it sees the state.
     const std::shared_ptr<FrameSignal> signal = signal_;
     state_.store(State::finished, std::memory_order_release);
     signal->raise();
+    return 0;
 }
 
 bool LayerDrawable::copyToMemory(const vulkan::DeviceParts& parts) {
@@ -98,6 +114,11 @@ gpu::DrawableRef LinuxMetalLayer::nextDrawable() {
     }
     // A frame that is finished but was not looked at yet may free the other drawable.
     takeFinished();
+    if (isSlow() && std::any_of(drawables_.begin(), drawables_.end(), [](const auto& drawable) {
+            return drawable && drawable->isUnderWay();
+        })) {
+        return nullptr;
+    }
     for (auto& drawable : drawables_) {
         if (drawable && !drawable->isFree()) {
             continue;
@@ -112,6 +133,7 @@ gpu::DrawableRef LinuxMetalLayer::nextDrawable() {
                 std::make_shared<LayerDrawable>(std::move(image), changes()->nextNumber(), signal_);
             changes()->pending = true;
         }
+        drawable->setBands(std::min(bands_, height));
         return drawable->acquire(++lastSequence_);
     }
     return nullptr;
@@ -127,6 +149,7 @@ bool LinuxMetalLayer::takeFinished() {
         if (!drawable || !drawable->takeFinished()) {
             continue;
         }
+        bands_ = bandsAfter(drawable->seconds());
         if (latest_ && latest_->sequence() > drawable->sequence()) {
             continue;
         }

@@ -62,8 +62,14 @@ class LayerDrawable final : public vulkan::VulkanDrawable {
     void addHolder() { ++holders_; }
     void removeHolder() { --holders_; }
 
+    /// Being drawn, or drawn and not taken yet.
+    bool isUnderWay() const { return state_.load(std::memory_order_acquire) != State::idle; }
+    /// What the GPU spent on the frame that was taken last.
+    double seconds() const { return seconds_; }
+    void setBands(std::uint32_t bands) { image_->setBands(bands); }
+
     /// On the completion thread.
-    void finished() override;
+    std::uint64_t finished(double seconds) override;
 
   private:
     enum class State { idle, drawing, finished };
@@ -75,6 +81,8 @@ class LayerDrawable final : public vulkan::VulkanDrawable {
     std::shared_ptr<FrameMemory> memory_;
     /// Set to finished by the completion thread; everything else is the main thread's.
     std::atomic<State> state_ = State::idle;
+    /// Written by the completion thread before it sets the state to finished.
+    double seconds_ = 0;
     std::uint64_t sequence_ = 0;
     bool latest_ = false;
     int holders_ = 0;
@@ -100,6 +108,10 @@ class LinuxMetalLayer final : public LinuxLayer, public MetalLayer {
 
     /// Takes every finished frame; true when the layer shows another one than before.
     bool takeFinished();
+    /// Whether its last frame took the GPU longer than frames may. Its next one is then drawn in
+    /// bands that leave room for the frames of others, and no other one until it is done.
+    bool isSlow() const { return bands_ > 1; }
+
     /// What the layer shows; null before the first frame.
     const std::shared_ptr<LayerDrawable>& latest() const { return latest_; }
     const std::array<std::shared_ptr<LayerDrawable>, kDrawables>& drawables() const {
@@ -128,6 +140,7 @@ class LinuxMetalLayer final : public LinuxLayer, public MetalLayer {
     std::array<std::shared_ptr<LayerDrawable>, kDrawables> drawables_;
     std::shared_ptr<LayerDrawable> latest_;
     std::uint64_t lastSequence_ = 0;
+    std::uint32_t bands_ = 1;
 };
 
 } // namespace vantor

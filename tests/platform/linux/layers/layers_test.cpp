@@ -11,8 +11,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <semaphore>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <thread>
@@ -338,12 +341,12 @@ class MemoryLayersTest : public LayersTest {
         gradient = *std::move(made);
     }
 
-    bool presentGradient(MetalLayer& layer, float blue) {
+    bool presentGradient(MetalLayer& layer, float blue, gpu::CommandQueue& on = *queue) {
         gpu::DrawableRef drawable = layer.nextDrawable();
         if (!drawable) {
             return false;
         }
-        gpu::CommandBuffer* const commands = queue->commandBuffer();
+        gpu::CommandBuffer* const commands = on.commandBuffer();
         auto* const encoder = commands->renderCommandEncoder({.texture = &drawable->texture()});
         encoder->setRenderPipelineState(gradient);
         std::array<std::uint8_t, sizeof(blue)> bytes{};
@@ -427,6 +430,135 @@ TEST_F(MemoryLayersTest, AHostThatDiesDuringACopyGivesEverythingBack) {
         memory.reset();
         settle(0.02);
     }
+}
+
+/// A GPU that seems to spend on each piece of work what the test says, and that finishes nothing
+/// while the test holds it.
+class SlowGPU {
+  public:
+    SlowGPU() {
+        now = 0;
+        perPiece = 0;
+    }
+
+    static vulkan::DeviceOptions options() {
+        vulkan::DeviceOptions options;
+        options.clock = [] { return now.load(); };
+        options.calls.wait = wait;
+        return options;
+    }
+
+    void spend(double seconds) { perPiece = seconds; }
+    void hold() { gate.acquire(); }
+    void letGo() { gate.release(); }
+
+  private:
+    static inline std::atomic<double> now = 0;
+    static inline std::atomic<double> perPiece = 0;
+    static inline std::binary_semaphore gate{1};
+
+    static VkResult wait(VkDevice device, const VkSemaphoreWaitInfo* info, std::uint64_t timeout) {
+        gate.acquire();
+        gate.release();
+        now = now + perPiece;
+        return vkWaitSemaphores(device, info, timeout);
+    }
+};
+
+class SlowLayersTest : public MemoryLayersTest {
+  protected:
+    SlowLayersTest() {
+        auto made = vulkan::VulkanDevice::create(SlowGPU::options());
+        EXPECT_TRUE(made) << made.error();
+        ownDevice = *std::move(made);
+        ownQueue = ownDevice->newCommandQueue();
+        slow = std::dynamic_pointer_cast<LinuxMetalLayer>(addMetalLayer());
+        slow->setDevice(ownDevice);
+    }
+
+    std::uint64_t submissions() const { return ownDevice->parts()->context->lastPoint(); }
+
+    SlowGPU gpu;
+    std::shared_ptr<vulkan::VulkanDevice> ownDevice;
+    std::shared_ptr<gpu::CommandQueue> ownQueue;
+    std::shared_ptr<LinuxMetalLayer> slow;
+};
+
+TEST_F(SlowLayersTest, AFrameOfMoreThanTwoSecondsMarksItsLayerAsSlow) {
+    gpu.spend(2.0);
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    settle();
+    EXPECT_FALSE(slow->isSlow());
+    gpu.spend(2.5);
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    settle();
+    EXPECT_TRUE(slow->isSlow());
+}
+
+TEST_F(SlowLayersTest, ASlowLayerIsDrawnInBandsThatMakeTheSamePicture) {
+    const auto hosted = host();
+    gpu.spend(3);
+    ASSERT_TRUE(presentGradient(*slow, 0.5F, *ownQueue));
+    settle();
+    const auto whole = picture(*hosted);
+    hosted->releaseReplaced();
+    const std::uint64_t before = submissions();
+    ASSERT_TRUE(presentGradient(*slow, 0.5F, *ownQueue));
+    settle(0.2);
+    // No more bands than rows.
+    EXPECT_EQ(submissions() - before, kHeight);
+    EXPECT_EQ(frames, 2);
+    EXPECT_EQ(picture(*hosted), whole);
+    EXPECT_TRUE(slow->isSlow());
+}
+
+TEST_F(SlowLayersTest, OthersComeInBetweenTheBands) {
+    const auto other = addMetalLayer();
+    other->setDevice(ownDevice);
+    gpu.spend(3);
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    settle();
+    gpu.spend(0);
+    const std::uint64_t before = submissions();
+    gpu.hold();
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    EXPECT_EQ(slow->nextDrawable(), nullptr);
+    ASSERT_TRUE(present(*other, 0, 1, 0, *ownQueue));
+    // One band, and then already the other's frame.
+    EXPECT_EQ(submissions() - before, 2U);
+    gpu.letGo();
+    settle(0.2);
+    EXPECT_EQ(submissions() - before, kHeight + 1U);
+}
+
+TEST_F(SlowLayersTest, ALayerThatIsFastAgainIsDrawnAsAWhole) {
+    gpu.spend(3);
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    settle();
+    gpu.spend(0.001);
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    settle(0.2);
+    EXPECT_FALSE(slow->isSlow());
+    const std::uint64_t before = submissions();
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    EXPECT_EQ(submissions() - before, 1U);
+}
+
+TEST_F(SlowLayersTest, AQueueThatGoesBetweenBandsTakesTheRestWithIt) {
+    gpu.spend(3);
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    settle();
+    gpu.hold();
+    ASSERT_TRUE(present(*slow, 0, 1, 0, *ownQueue));
+    const std::uint64_t before = submissions();
+    std::thread release([this] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        gpu.letGo();
+    });
+    ownQueue.reset();
+    release.join();
+    settle();
+    EXPECT_EQ(submissions(), before);
 }
 
 class LostLayersTest : public LayersTest {
