@@ -41,6 +41,8 @@ void PropertyListDictionary::set(std::string_view key, PropertyList value) {
     append(std::string(key), std::move(value));
 }
 
+void PropertyListDictionary::reserve(std::size_t count) { entries_.reserve(count); }
+
 void PropertyListDictionary::append(std::string key, PropertyList value) {
     entries_.push_back({std::move(key), std::move(value)});
 }

@@ -44,6 +44,7 @@ class PropertyListDictionary {
     const PropertyList* find(std::string_view key) const;
     /// Replaces the value under `key`, or appends it.
     void set(std::string_view key, PropertyList value);
+    void reserve(std::size_t count);
     /// Appends without looking for the key; for readers and builders that know it is new.
     void append(std::string key, PropertyList value);
     /// Removes `key`; false when there is none.
