@@ -101,6 +101,14 @@ KeyedArchiveWriter::Index KeyedArchiveWriter::addLeaf(Reference leaf) {
     return leafIndices_[leaf];
 }
 
+/// Text that reads as the mark for nothing is an object around its text: other readers take the
+/// plain text for nothing wherever it stands.
+KeyedArchiveWriter::Index KeyedArchiveWriter::addText(std::string_view text) {
+    const Reference leaf = writer_.string(text);
+    return text == kNullObject ? addKeyed(plainClassName(PlainClass::string), {{kStringKey, leaf}})
+                               : addLeaf(leaf);
+}
+
 KeyedArchiveWriter::Index KeyedArchiveWriter::addGraph(const PropertyList& graph) {
     if (const PropertyList::Date* moment = graph.date()) {
         return addKeyed(plainClassName(PlainClass::date),
@@ -109,7 +117,7 @@ KeyedArchiveWriter::Index KeyedArchiveWriter::addGraph(const PropertyList& graph
     const PropertyList::Array* array = graph.array();
     const PropertyListDictionary* dictionary = graph.dictionary();
     if (array == nullptr && dictionary == nullptr) {
-        return addLeaf(writer_.value(graph));
+        return graph.string() != nullptr ? addText(*graph.string()) : addLeaf(writer_.value(graph));
     }
     const Index index = reserve();
     const std::size_t base = stack_.size();
@@ -125,7 +133,7 @@ KeyedArchiveWriter::Index KeyedArchiveWriter::addGraph(const PropertyList& graph
         objects_[index] = writer_.dictionary(keys, values);
     } else {
         for (const PropertyListDictionary::Entry& entry : *dictionary) {
-            const Index child = addLeaf(writer_.string(entry.key));
+            const Index child = addText(entry.key);
             stack_.push_back(writer_.uid(child));
         }
         const Reference names = indexArray(base);

@@ -36,6 +36,7 @@ class KeyedArchiveWriter final : public KeyedEncoder {
 
     Index reserve();
     Index addLeaf(Reference leaf);
+    Index addText(std::string_view text);
     Index addGraph(const PropertyList& graph);
     Index addKeyed(std::string_view className,
                    std::initializer_list<std::pair<std::string_view, Reference>> keys);
