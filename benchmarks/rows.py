@@ -1,7 +1,7 @@
 """The rows of the bench table: which measured benchmark stands against which, and what is aimed at.
 
 A row's value is the median of its benchmark's real time unless `counter` names one of its counters
-instead; its ratio is that value over the benchmark it stands against, both from the same run.
+instead; its ratio is that value over the same of the benchmark it stands against, both from one run.
 """
 
 from dataclasses import dataclass
@@ -26,4 +26,20 @@ ROWS = [
         against="frame/trivial/bare", aim="value <= 60 us"),
     Row("own heap allocations per steady frame", "frame/trivial/ours", counter="allocations",
         unit="count", aim="value <= 0"),
+    Row("encode the picker's view models", "bridge/encode_picker/ours",
+        against="bridge/encode_picker/libplist", aim="ratio <= 0.25"),
+    Row("encode the picker's view models", "bridge/encode_picker/ours",
+        against="bridge/encode_picker/gnustep"),
+    Row("encode the picker's view models", "bridge/encode_picker/ours",
+        against="bridge/encode_picker/plistlib"),
+    Row("heap allocations per encode of the picker", "bridge/encode_picker/ours",
+        counter="allocations", unit="count", aim="value <= 1708"),
+    Row("bytes of the encoded picker", "bridge/encode_picker/ours", counter="bytes", unit="bytes",
+        against="bridge/picker_bytes/gnustep", aim="ratio <= 1.0"),
+    Row("decode a creation request", "bridge/decode_request/ours",
+        against="bridge/decode_request/libplist", aim="ratio <= 0.4"),
+    Row("decode a creation request", "bridge/decode_request/ours",
+        against="bridge/decode_request/gnustep"),
+    Row("decode a creation request", "bridge/decode_request/ours",
+        against="bridge/decode_request/plistlib"),
 ]

@@ -5,6 +5,8 @@
 //                                      CLASS's place, and prints it
 //   gnustep_archiver write CLASS KEY   reads a property list from standard input, archives an object
 //                                      of CLASS that holds it under KEY, and prints the archive
+//   gnustep_archiver time-read, time-write   the same over and over, and print the seconds that one
+//                                            takes
 //
 // Values are printed as the test that runs this prints them: numbers with their kind, data in
 // hexadecimal, dictionaries sorted by the bytes of their keys.
@@ -124,11 +126,26 @@ static void print(id value) {
     }
 }
 
-static int readArchive(NSString *className, NSData *input) {
+static StandIn *unarchived(NSString *className, NSData *archive) {
     NSKeyedUnarchiver *unarchiver =
-        [[[NSKeyedUnarchiver alloc] initForReadingWithData:input] autorelease];
+        [[[NSKeyedUnarchiver alloc] initForReadingWithData:archive] autorelease];
     [unarchiver setClass:[StandIn class] forClassName:className];
-    StandIn *root = [unarchiver decodeObjectForKey:@"root"];
+    return [unarchiver decodeObjectForKey:@"root"];
+}
+
+static NSData *archived(NSString *className, StandIn *root) {
+    NSMutableData *archive = [NSMutableData data];
+    NSKeyedArchiver *archiver =
+        [[[NSKeyedArchiver alloc] initForWritingWithMutableData:archive] autorelease];
+    [archiver setOutputFormat:NSPropertyListBinaryFormat_v1_0];
+    [archiver setClassName:className forClass:[StandIn class]];
+    [archiver encodeObject:root forKey:@"root"];
+    [archiver finishEncoding];
+    return archive;
+}
+
+static int readArchive(NSString *className, NSData *input) {
+    StandIn *root = unarchived(className, input);
     if (![root isKindOfClass:[StandIn class]]) {
         fprintf(stderr, "the root object is of another class\n");
         return 1;
@@ -137,7 +154,7 @@ static int readArchive(NSString *className, NSData *input) {
     return 0;
 }
 
-static int writeArchive(NSString *className, NSData *input) {
+static StandIn *rootOfList(NSData *input) {
     NSString *failure = nil;
     NSPropertyListFormat format;
     id list = [NSPropertyListSerialization propertyListFromData:input
@@ -146,22 +163,50 @@ static int writeArchive(NSString *className, NSData *input) {
                                                errorDescription:&failure];
     if (list == nil) {
         fprintf(stderr, "%s\n", failure != nil ? [failure UTF8String] : "no property list");
+        return nil;
+    }
+    return [[[StandIn alloc] initWithValue:list] autorelease];
+}
+
+static int writeArchive(NSString *className, NSData *input) {
+    StandIn *root = rootOfList(input);
+    if (root == nil) {
         return 1;
     }
-    NSMutableData *archive = [NSMutableData data];
-    NSKeyedArchiver *archiver =
-        [[[NSKeyedArchiver alloc] initForWritingWithMutableData:archive] autorelease];
-    [archiver setOutputFormat:NSPropertyListBinaryFormat_v1_0];
-    [archiver setClassName:className forClass:[StandIn class]];
-    [archiver encodeObject:[[[StandIn alloc] initWithValue:list] autorelease] forKey:@"root"];
-    [archiver finishEncoding];
+    NSData *archive = archived(className, root);
     fwrite([archive bytes], 1, [archive length], stdout);
     return 0;
 }
 
+static int timeArchiving(BOOL reading, NSString *className, NSData *input) {
+    const int rounds = 50;
+    StandIn *root = reading ? nil : rootOfList(input);
+    NSDate *begin = [NSDate date];
+    for (int i = 0; i < rounds; ++i) {
+        NSAutoreleasePool *pool = [NSAutoreleasePool new];
+        id result = reading ? (id)unarchived(className, input) : (id)archived(className, root);
+        if (result == nil) {
+            return 1;
+        }
+        [pool release];
+    }
+    printf("%.9f\n", -[begin timeIntervalSinceNow] / rounds);
+    return 0;
+}
+
+static int run(const char *verb, NSString *className, NSData *input) {
+    if (strcmp(verb, "read") == 0) {
+        return readArchive(className, input);
+    }
+    if (strcmp(verb, "write") == 0) {
+        return writeArchive(className, input);
+    }
+    return timeArchiving(strcmp(verb, "time-read") == 0, className, input);
+}
+
 int main(int argc, const char **argv) {
     if (argc != 4) {
-        fprintf(stderr, "usage: gnustep_archiver read|write CLASS KEY\n");
+        fprintf(stderr, "usage: gnustep_archiver read|write|time-read|time-write CLASS KEY\n");
         return 2;
     }
     NSAutoreleasePool *pool = [NSAutoreleasePool new];
@@ -170,8 +215,7 @@ int main(int argc, const char **argv) {
     NSData *input = [[NSFileHandle fileHandleWithStandardInput] readDataToEndOfFile];
     int status = 1;
     @try {
-        status = strcmp(argv[1], "read") == 0 ? readArchive(className, input)
-                                              : writeArchive(className, input);
+        status = run(argv[1], className, input);
     } @catch (NSException *failure) {
         fprintf(stderr, "%s\n", [[failure reason] UTF8String]);
     }
