@@ -43,3 +43,12 @@ ROWS = [
     Row("decode a creation request", "bridge/decode_request/ours",
         against="bridge/decode_request/plistlib"),
 ]
+
+HOSTILE_LISTS = ["nested_binary", "nested_xml", "nested_text", "cycle", "shared_arrays", "shared_text",
+                 "object_count", "offset_past_end", "two_gibibytes"]
+for hostile in HOSTILE_LISTS:
+    name = hostile.replace("_", " ")
+    ROWS.append(Row(f"refuse a hostile list: {name}", f"hostile_list/{hostile}",
+                    aim="value <= 50000 us"))
+    ROWS.append(Row(f"peak memory of refusing: {name}", f"hostile_list/{hostile}",
+                    counter="mebibytes", unit="MiB", aim="value <= 64"))
