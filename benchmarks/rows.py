@@ -42,6 +42,9 @@ ROWS = [
         against="bridge/decode_request/gnustep"),
     Row("decode a creation request", "bridge/decode_request/ours",
         against="bridge/decode_request/plistlib"),
+    Row("view models, every thumbnail there", "library/view_models/cached", aim="value <= 1000 us"),
+    Row("view models, first of all", "library/view_models/first",
+        against="library/view_models/draws", aim="ratio <= 1.5"),
 ]
 
 HOSTILE_LISTS = ["nested_binary", "nested_xml", "nested_text", "cycle", "shared_arrays", "shared_text",
