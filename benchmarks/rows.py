@@ -45,6 +45,8 @@ ROWS = [
     Row("view models, every thumbnail there", "library/view_models/cached", aim="value <= 1000 us"),
     Row("view models, first of all", "library/view_models/first",
         against="library/view_models/draws", aim="ratio <= 1.5"),
+    Row("from a change's notification to its picture", "change/plasma/shown",
+        against="change/plasma/frame"),
 ]
 
 HOSTILE_LISTS = ["nested_binary", "nested_xml", "nested_text", "cycle", "shared_arrays", "shared_text",
