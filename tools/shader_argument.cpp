@@ -18,8 +18,13 @@ constexpr std::uintmax_t kMaxSourceBytes = 1U << 20U;
 
 /// How the compiler of the seam names its source.
 constexpr std::string_view kSourceName = "program_source:";
+/// How a finding begins that is about the source as a whole.
+constexpr std::string_view kPlaceless = "error: ";
 
 std::string renamed(std::string text, const std::string& name) {
+    if (text.starts_with(kPlaceless)) {
+        return name + ": " + text;
+    }
     std::size_t lineStart = 0;
     while (lineStart < text.size()) {
         if (text.compare(lineStart, kSourceName.size(), kSourceName) == 0) {
