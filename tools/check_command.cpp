@@ -33,7 +33,7 @@ class CheckCommand : public Command {
             } else if (const auto checked = checkShader(*device, shader.value()); !checked) {
                 status = console.fail(checked.error());
             } else {
-                console.out << shader.value().name << ": well\n";
+                console.out << shader.value().name << ": compiles\n";
             }
         }
         return status;

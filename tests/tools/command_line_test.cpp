@@ -238,10 +238,10 @@ TEST_F(CommandLineTest, CheckSaysEachShadersFindingsAndFailsIfOneHasAny) {
     const auto good = write("good.metal", kGoodSource).string();
     const auto broken = write("broken.metal", "#error").string();
     const auto half = write("half.metal", "v_main only").string();
-    EXPECT_EQ(run({"check", good, "plasma"}).out, good + ": well\nplasma: well\n");
+    EXPECT_EQ(run({"check", good, "plasma"}).out, good + ": compiles\nplasma: compiles\n");
     const Outcome outcome = run({"check", broken, half, file("none.metal").string(), good});
     EXPECT_EQ(outcome.status, ExitStatus::failed);
-    EXPECT_EQ(outcome.out, good + ": well\n");
+    EXPECT_EQ(outcome.out, good + ": compiles\n");
     EXPECT_THAT(outcome.err, HasSubstr(broken + ":1:2: error: "));
     EXPECT_THAT(outcome.err,
                 HasSubstr(half + ": error: the source has no entry point \"fragment f_main\"\n"));
@@ -253,7 +253,7 @@ TEST_F(CommandLineTest, CheckWithoutAGPUHasCheckedNothingAndSaysSo) {
     platform.gpu().device = nullptr;
     const Outcome outcome = run({"check", "plasma"});
     EXPECT_EQ(outcome.status, ExitStatus::failed);
-    EXPECT_THAT(outcome.out, Not(HasSubstr("well")));
+    EXPECT_THAT(outcome.out, Not(HasSubstr("compiles")));
 }
 
 TEST_F(CommandLineTest, WatchRefusesAFileThatIsNotThere) {
