@@ -91,7 +91,7 @@ class RecordHasher {
             forEachField<T>([&](const auto& field) { add(value.*(field.member)); });
         } else if constexpr (CaseWithPayload<T>) {
             mix(value.payload.index());
-            std::visit([this](const auto& payload) { add(payload); }, value.payload);
+            std::visit([this](const auto& payload) { this->add(payload); }, value.payload);
         } else if constexpr (std::same_as<T, FileURL>) {
             add(value.path.native());
         } else {
@@ -140,9 +140,9 @@ class RecordEncoder {
                 [&](const auto& field) { append(graph, field.name, value.*(field.member)); });
             return graph;
         } else if constexpr (CaseWithPayload<T>) {
-            return onlyKey(
-                T::kCaseNames[value.payload.index()],
-                std::visit([this](const auto& payload) { return encode(payload); }, value.payload));
+            return onlyKey(T::kCaseNames[value.payload.index()],
+                           std::visit([this](const auto& payload) { return this->encode(payload); },
+                                      value.payload));
         } else if constexpr (PlainCase<T>) {
             return onlyKey(caseNames(value)[static_cast<std::size_t>(value)],
                            PropertyListDictionary{});
