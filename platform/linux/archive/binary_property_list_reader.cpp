@@ -233,7 +233,7 @@ class Reader {
             out = utf8FromUTF16(rest);
             return true;
         }
-        out.assign(rest.begin(), rest.end());
+        out.assign(reinterpret_cast<const char*>(rest.data()), rest.size());
         return isASCII(out) || failAt(object, "ASCII text with other bytes");
     }
 
@@ -290,14 +290,14 @@ class Reader {
     bool readDictionary(std::span<const std::uint8_t> references, std::size_t count,
                         std::size_t depth, PropertyList& out) {
         PropertyListDictionary dictionary;
+        dictionary.reserve(count);
         for (std::size_t index = 0; index < count; ++index) {
             std::string key;
-            PropertyList value(false);
             if (!readKey(reference(references, index), key) ||
-                !readObject(reference(references, count + index), depth + 1, value)) {
+                !readObject(reference(references, count + index), depth + 1,
+                            dictionary.append(std::move(key), PropertyList(false)))) {
                 return false;
             }
-            dictionary.append(std::move(key), std::move(value));
         }
         out = PropertyList(std::move(dictionary));
         return true;

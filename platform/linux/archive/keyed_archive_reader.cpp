@@ -312,6 +312,8 @@ bool KeyedArchiveReader::readElements(const PropertyListDictionary& object, std:
     if (elements == nullptr || elements->array() == nullptr) {
         return fail("a container lacks its elements");
     }
+    // As many as there are bytes for in the archive; each is paid for as it is read.
+    out.reserve(elements->array()->size());
     for (const PropertyList& element : *elements->array()) {
         if (element.uid() == nullptr) {
             return fail("an element of a container is no reference");
@@ -334,6 +336,7 @@ bool KeyedArchiveReader::readDictionary(const PropertyListDictionary& object, st
         return fail("a dictionary has not as many keys as values");
     }
     PropertyListDictionary dictionary;
+    dictionary.reserve(values.size());
     for (std::size_t index = 0; index < values.size(); ++index) {
         const PropertyList& reference = (*keys->array())[index];
         PropertyList key;
