@@ -1,10 +1,10 @@
 // Runs the real vantorctl with homes and a session bus of its own.
 
-#include "tests/e2e/picture.h"
-#include "tests/e2e/process.h"
+#include "tests/e2e/installation.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <csignal>
 #include <fstream>
@@ -17,57 +17,33 @@ using std::chrono::seconds;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-/// A shader that shows one colour.
-std::string flatShader(const std::string& color) {
-    return "#include <metal_stdlib>\nusing namespace metal;\n"
-           "struct VOut { float4 position [[position]]; };\n"
-           "vertex VOut v_main(uint vid [[vertex_id]]) {\n"
-           "    float2 p = float2((vid << 1) & 2, vid & 2);\n"
-           "    VOut out;\n    out.position = float4(p * 2.0 - 1.0, 0.0, 1.0);\n"
-           "    return out;\n}\n"
-           "fragment float4 f_main(VOut in [[stage_in]]) {\n    return float4(" +
-           color + ", 1.0);\n}\n";
-}
-
-class Vantorctl : public testing::Test {
+class Vantorctl : public Installation {
   protected:
-    std::filesystem::path path(const std::string& name) const { return folder_.path() / name; }
-    std::filesystem::path stateFile() const {
-        return path("home/Library/Containers/com.nimbara.app/Data/Library/Application Support/"
-                    "VantorEngine/LockScreen.plist");
-    }
-    std::filesystem::path write(const std::string& name, const std::string& text) const {
-        std::ofstream(path(name)) << text;
-        return path(name);
-    }
+    std::filesystem::path path(const std::string& name) const { return folder() / name; }
     /// As many editors save: a new file takes the old one's name.
     void replace(const std::string& name, const std::string& text) const {
         rename(write(name + ".new", text), path(name));
     }
 
-    std::map<std::string, std::string> environment() const {
-        return {{"VANTOR_USER_HOME", path("home").string()},
+    /// A session bus that a test may start.
+    std::map<std::string, std::string> environment() const override {
+        return {{"VANTOR_USER_HOME", home().string()},
                 {"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + path("bus").string()},
                 {"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent"}};
     }
-    static std::vector<std::string> command(std::vector<std::string> words) {
+    static std::vector<std::string> commandLine(std::vector<std::string> words) {
         words.insert(words.begin(), VANTOR_BIN "/vantorctl");
         return words;
     }
-    Outcome vantorctl(std::vector<std::string> words) const {
-        return run(command(std::move(words)), environment());
+    nlohmann::json shown() const {
+        return nlohmann::json::parse(vantorctl({"show", "--json"}).output);
     }
-    std::string shown() const { return vantorctl({"show", "--json"}).output; }
-
-    void SetUp() override { create_directories(path("home")); }
-
-  private:
-    TemporaryFolder folder_;
+    std::string shownSource() const { return shown()["displays"]["3"]["source"]; }
 };
 
 TEST_F(Vantorctl, WatchShowsEverySaveAndKeepsTheLastGoodOne) {
-    const auto file = write("live.metal", flatShader("1.0, 0.0, 0.0")).string();
-    Process watch(command({"watch", file, "--display", "3", "--speed", "0.25"}), environment());
+    const auto file = write("live.metal", flatShader("float3(1.0, 0.0, 0.0)")).string();
+    Process watch(commandLine({"watch", file, "--display", "3", "--speed", "0.25"}), environment());
     const auto says = [&watch](const std::string& text, int times) {
         return eventually(
             [&] {
@@ -82,23 +58,23 @@ TEST_F(Vantorctl, WatchShowsEverySaveAndKeepsTheLastGoodOne) {
             seconds(20));
     };
     ASSERT_TRUE(says("display 3 shows file.live\n", 1)) << watch.errors();
-    EXPECT_THAT(shown(), HasSubstr("1.0, 0.0, 0.0"));
+    EXPECT_THAT(shownSource(), HasSubstr("1.0, 0.0, 0.0"));
 
-    write("live.metal", flatShader("0.0, 1.0, 0.0"));
+    write("live.metal", flatShader("float3(0.0, 1.0, 0.0)"));
     ASSERT_TRUE(says("display 3 shows file.live\n", 2)) << watch.errors();
-    EXPECT_THAT(shown(), HasSubstr("0.0, 1.0, 0.0"));
+    EXPECT_THAT(shownSource(), HasSubstr("0.0, 1.0, 0.0"));
 
-    replace("live.metal", flatShader("0.0, 0.0, nothing"));
+    replace("live.metal", flatShader("float3(0.0, 0.0, nothing)"));
     ASSERT_TRUE(eventually(
         [&] { return watch.errors().find("display 3 keeps what it shows") != std::string::npos; },
         seconds(20)));
-    EXPECT_THAT(watch.errors(), HasSubstr(file + ":11:29: error: "));
+    EXPECT_THAT(watch.errors(), HasSubstr(file + ":12:36: error: "));
     EXPECT_THAT(watch.errors(), HasSubstr("^~~~~~~"));
-    EXPECT_THAT(shown(), HasSubstr("0.0, 1.0, 0.0"));
+    EXPECT_THAT(shownSource(), HasSubstr("0.0, 1.0, 0.0"));
 
-    replace("live.metal", flatShader("0.0, 0.0, 1.0"));
+    replace("live.metal", flatShader("float3(0.0, 0.0, 1.0)"));
     ASSERT_TRUE(says("display 3 shows file.live\n", 3)) << watch.errors();
-    EXPECT_THAT(shown(), HasSubstr("0.0, 0.0, 1.0"));
+    EXPECT_THAT(shownSource(), HasSubstr("0.0, 0.0, 1.0"));
 
     watch.signal(SIGINT);
     const Outcome outcome = watch.wait(seconds(20));
@@ -112,43 +88,42 @@ TEST_F(Vantorctl, SetChangesAWallpaperThatRuns) {
                       environment());
     ASSERT_TRUE(
         eventually([&] { return vantorctl({"notify"}).status == std::optional(0); }, seconds(20)));
-    const auto red = write("red.metal", flatShader("1.0, 0.0, 0.0")).string();
-    const auto green = write("green.metal", flatShader("0.0, 1.0, 0.0")).string();
+    const auto red = write("red.metal", flatShader("float3(1.0, 0.0, 0.0)")).string();
+    const auto green = write("green.metal", flatShader("float3(0.0, 1.0, 0.0)")).string();
     ASSERT_EQ(vantorctl({"set", "--display", "1", red}).status, 0);
     Process agent({VANTOR_BIN "/vantor-agent", "run", "--output", "headless:64x36", "--mode",
                    "locked", "--choose", "1=match-desktop", "--seconds", "8", "--out",
-                   path("out").string()},
+                   out().string()},
                   environment());
-    const auto log = path("home/Library/Containers/com.nimbara.app.lockscreen/Data/Library/Logs/"
-                          "lockscreen.log");
-    ASSERT_TRUE(eventually(
-        [&] { return contents(log).find("WallpaperExtensionKit loaded") != std::string::npos; },
-        seconds(20)));
+    ASSERT_TRUE(
+        eventually([&] { return log().find("WallpaperExtensionKit loaded") != std::string::npos; },
+                   seconds(20)));
     const Outcome set = vantorctl({"set", "--display", "1", green});
     EXPECT_EQ(set.errors, "");
     // The extension may have begun to listen only after that.
     ASSERT_TRUE(eventually(
         [&] {
             return vantorctl({"notify"}).status == std::optional(0) &&
-                   contents(log).find("desktop displays [\"1\"]") != std::string::npos;
+                   log().find("desktop displays [\"1\"]") != std::string::npos;
         },
         seconds(20)))
-        << contents(log);
+        << log();
     const Outcome outcome = agent.wait(seconds(60));
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
-    const Pixel pixel = Picture::read(path("out/display-1-b.png")).at(32, 18);
+    const Pixel pixel = Picture::read(out() / "display-1-b.png").at(32, 18);
     EXPECT_EQ(pixel.red, 0);
     EXPECT_EQ(pixel.green, 255);
 }
 
 TEST_F(Vantorctl, CheckPointsAtTheMistake) {
-    const auto file = write("broken.metal", flatShader("0.0, 0.0, nothing")).string();
+    const auto file = write("broken.metal", flatShader("float3(0.0, 0.0, nothing)")).string();
     const Outcome outcome = vantorctl({"check", file, "aurora"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.output, "aurora: compiles\n");
-    EXPECT_THAT(outcome.errors, StartsWith(file + ":11:29: error: "));
-    EXPECT_THAT(outcome.errors, HasSubstr("\n    return float4(0.0, 0.0, nothing, 1.0);\n"
-                                          "                            ^~~~~~~\n"));
+    EXPECT_THAT(outcome.errors, StartsWith(file + ":12:36: error: "));
+    EXPECT_THAT(outcome.errors,
+                HasSubstr("\n    return float4(float3(0.0, 0.0, nothing) * u.tint.rgb, 1.0);\n"
+                          "                                   ^~~~~~~\n"));
     const auto half = write("half.metal", "#include <metal_stdlib>\n").string();
     EXPECT_EQ(vantorctl({"check", half}).errors,
               half + ": error: the source has no vertex or fragment function\n");
@@ -174,7 +149,7 @@ TEST_F(Vantorctl, ProgramsThatSetAtOnceAllGetTheirWay) {
     std::list<Process> programs;
     for (int i = 0; i < kPrograms; ++i) {
         programs.emplace_back(
-            command({"set", "--display", std::to_string(i), "plasma", "--no-check"}),
+            commandLine({"set", "--display", std::to_string(i), "plasma", "--no-check"}),
             environment());
     }
     for (Process& program : programs) {
