@@ -43,10 +43,11 @@ class Installation : public testing::Test {
         return extensionHome() / "Library/Caches/Thumbnails";
     }
 
-    /// No session bus, unless a derived fixture has one.
+    /// No bus, unless a derived fixture has one.
     virtual std::map<std::string, std::string> environment() const {
         return {{"VANTOR_USER_HOME", home().string()},
-                {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}};
+                {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"},
+                {"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent"}};
     }
 
     std::filesystem::path write(const std::string& name, const std::string& text) const {
