@@ -2,9 +2,9 @@
 
 #include "shaders/shader_catalog.h"
 #include "tools/commands.h"
-#include "tools/json.h"
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <ostream>
@@ -26,11 +26,11 @@ std::string table() {
 }
 
 std::string json() {
-    PropertyList::Array entries;
+    auto entries = nlohmann::ordered_json::array();
     for (const ShaderCatalog::Entry& entry : ShaderCatalog::all) {
-        entries.emplace_back(PropertyListDictionary{{"id", entry.id}, {"title", entry.title}});
+        entries.push_back({{"id", entry.id}, {"title", entry.title}});
     }
-    return toJSON(entries);
+    return entries.dump(2) + '\n';
 }
 
 class ListCommand : public Command {

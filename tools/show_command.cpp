@@ -5,10 +5,10 @@
 #include "platform/platform.h"
 #include "tools/arguments.h"
 #include "tools/commands.h"
-#include "tools/json.h"
 #include "tools/state_file.h"
 
 #include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <ostream>
@@ -18,6 +18,8 @@
 
 namespace vantor {
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 /// One display's entry as the extension reads it.
 struct ShownDisplay {
@@ -92,26 +94,31 @@ void printText(std::ostream& out, const std::filesystem::path& file, const State
     }
 }
 
+/// A look as the state file holds it; a number that is not finite becomes null.
+Json jsonOf(const ShaderUniforms& look) {
+    Json json = Json::object();
+    for (const auto& [key, value] : look.lookPlist()) {
+        for (const PropertyList& element : *value.array()) {
+            json[key].push_back(*element.real());
+        }
+    }
+    return json;
+}
+
 std::string json(const std::filesystem::path& file, const StateFile& state) {
     const DesktopState desktop(state.root());
-    PropertyListDictionary root{{"file", file.string()}};
-    if (desktop.main()) {
-        root.set("main", *desktop.main());
-    }
-    PropertyList::Array nonShader;
-    for (const std::string& key : desktop.nonShader()) {
-        nonShader.emplace_back(key);
-    }
-    root.set("nonShader", std::move(nonShader));
-    PropertyListDictionary displays;
+    Json displays = Json::object();
     for (const ShownDisplay& display : shownDisplays(state, desktop)) {
-        displays.append(display.key,
-                        PropertyListDictionary{{"id", display.id},
-                                               {"source", *display.resolved->source},
-                                               {"look", display.resolved->uniforms.lookPlist()}});
+        displays[display.key] = {{"id", display.id},
+                                 {"source", *display.resolved->source},
+                                 {"look", jsonOf(display.resolved->uniforms)}};
     }
-    root.set("displays", std::move(displays));
-    return toJSON(root);
+    const Json root{{"file", file.string()},
+                    {"main", desktop.main() ? Json(*desktop.main()) : Json()},
+                    {"nonShader", desktop.nonShader()},
+                    {"displays", std::move(displays)}};
+    // A file's name need not be UTF-8.
+    return root.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
 class ShowCommand : public Command {

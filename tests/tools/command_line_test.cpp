@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace vantor {
 namespace {
@@ -72,18 +73,17 @@ TEST_F(CommandLineTest, AMisspeltCommandGetsAdvice) {
 
 TEST_F(CommandLineTest, ListPrintsTheCatalogInItsOrder) {
     const std::string table = run({"list"}).out;
-    const std::string json = run({"list", "--json"}).out;
-    std::size_t inTable = 0;
-    std::size_t inJSON = 0;
-    for (const ShaderCatalog::Entry& entry : ShaderCatalog::all) {
-        inTable = table.find(std::string(entry.id) + "  ", inTable);
-        ASSERT_NE(inTable, std::string::npos) << entry.id;
-        inTable = table.find(std::string(entry.title) + "\n", inTable);
-        ASSERT_NE(inTable, std::string::npos) << entry.id;
-        inJSON = json.find("\"id\": \"" + std::string(entry.id) + "\",\n    \"title\": \"" +
-                               std::string(entry.title) + "\"",
-                           inJSON);
-        ASSERT_NE(inJSON, std::string::npos) << entry.id;
+    const auto json = nlohmann::json::parse(run({"list", "--json"}).out);
+    ASSERT_EQ(json.size(), ShaderCatalog::all.size());
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < ShaderCatalog::all.size(); ++i) {
+        const ShaderCatalog::Entry& entry = ShaderCatalog::all[i];
+        at = table.find(std::string(entry.id) + "  ", at);
+        ASSERT_NE(at, std::string::npos) << entry.id;
+        at = table.find(std::string(entry.title) + "\n", at);
+        ASSERT_NE(at, std::string::npos) << entry.id;
+        EXPECT_EQ(json[i]["id"], entry.id);
+        EXPECT_EQ(json[i]["title"], entry.title);
     }
 }
 
@@ -165,12 +165,15 @@ TEST_F(CommandLineTest, ShowPrintsWhatTheExtensionWouldShow) {
                                      bytesOf(ShaderCatalog::aurora) + "display 10  plasma  " +
                                      bytesOf(ShaderCatalog::plasma) +
                                      "    tint 1,0.5,0.25,1\n    custom 3=1.5\n");
-    const std::string json = run({"show", "--json"}).out;
-    EXPECT_THAT(json, HasSubstr("\"main\": \"9\""));
-    EXPECT_THAT(json, HasSubstr("\"nonShader\": [\n    \"12\"\n  ]"));
-    EXPECT_LT(json.find("\"9\": {"), json.find("\"10\": {"));
-    EXPECT_THAT(json, HasSubstr("\"source\": \"#include <metal_stdlib>\\n"));
-    EXPECT_THAT(json, HasSubstr("\"speed\": [\n          1.0\n        ]"));
+    const auto json = nlohmann::json::parse(run({"show", "--json"}).out);
+    EXPECT_EQ(json["file"], appStateURL(platform).string());
+    EXPECT_EQ(json["main"], "9");
+    EXPECT_EQ(json["nonShader"], nlohmann::json::array({"12"}));
+    EXPECT_EQ(json["displays"].size(), 2U);
+    EXPECT_EQ(json["displays"]["9"]["id"], "aurora");
+    EXPECT_EQ(json["displays"]["10"]["source"], *ShaderCatalog::plasma.source);
+    EXPECT_EQ(json["displays"]["10"]["look"]["tint"], nlohmann::json::array({1, 0.5, 0.25, 1}));
+    EXPECT_EQ(json["displays"]["10"]["look"]["custom"][3], 1.5);
 }
 
 TEST_F(CommandLineTest, ShowSaysWhyAStateFileCannotBeRead) {
