@@ -55,6 +55,24 @@ TEST_F(WholeRoad, AShaderOfTheHostApplicationShowsItsColourOnItsDisplay) {
     }
 }
 
+TEST_F(WholeRoad, FramesThatGoThroughSharedMemoryShowTheSameColour) {
+    const auto shader = write("flat.metal", flatShader("float3(1.0, 0.5, 0.25)"));
+    ASSERT_EQ(vantorctl({"set", "--display", "1", shader.string()}).status, 0);
+    auto variables = environment();
+    variables["VANTOR_FORCE_SHM"] = "1";
+    const Outcome outcome = run(agentCommand("3"), variables);
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+
+    const Picture first = Picture::read(out() / "display-1-b.png");
+    EXPECT_EQ(first.at(0, 0).red, 255);
+    EXPECT_NEAR(first.at(159, 89).green, 128, 1);
+    EXPECT_NEAR(first.at(80, 45).blue, 64, 1);
+    // The other display's wallpaper moves.
+    EXPECT_GT(Picture::read(out() / "display-2-b.png")
+                  .difference(Picture::read(out() / "display-2-a.png")),
+              0.1);
+}
+
 TEST_F(WholeRoad, BothDisplaysShowTheirOwnWallpaperAndMove) {
     ASSERT_EQ(vantorctl({"set", "--display", "1", "builtin.elec-oscilloscope"}).status, 0);
     const Outcome outcome = agent();
