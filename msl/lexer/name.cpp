@@ -134,6 +134,17 @@ Name NameTable::intern(std::string_view text, uint32_t hash) {
     return entry;
 }
 
+bool NameTable::contains(std::string_view text) const {
+    const uint32_t hash = nameHash(text);
+    for (size_t slot = hash & (slots_.size() - 1); slots_[slot] != nullptr;
+         slot = (slot + 1) & (slots_.size() - 1)) {
+        if (slots_[slot]->hash == hash && slots_[slot]->text == text) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void NameTable::grow() {
     std::vector<Name> larger(slots_.size() * 2);
     for (const auto name : names_) {

@@ -128,6 +128,8 @@ class NameTable {
     Name intern(std::string_view text) { return intern(text, nameHash(text)); }
     Name intern(std::string_view text, uint32_t hash);
 
+    bool contains(std::string_view text) const;
+
     // Every name met so far, for suggestions.
     const std::vector<Name>& all() const { return names_; }
 

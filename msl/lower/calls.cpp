@@ -51,8 +51,9 @@ void Lowerer::bindParameter(Frame& frame, const tree::Variable& parameter,
     setVariable(binding.ssa, passed);
 }
 
-// Expands the called function in place.
-Lowerer::Value Lowerer::call(const tree::Expr* expr) {
+// Expands the called function in place. `target`, where wanted, receives the place that the
+// function refers to with its result.
+Lowerer::Value Lowerer::call(const tree::Expr* expr, Place* target) {
     const tree::Function& function = *expr->function;
     const auto nothing = [&] {
         return expr->type->isVoid() ? ir::kNoValue : builder_.undefined(irType(expr->type));
@@ -81,7 +82,9 @@ Lowerer::Value Lowerer::call(const tree::Expr* expr) {
     frame.flag = newVariable(ir::kNoValue);
     setVariable(frame.flag, builder_.boolConstant(false));
     frame.result = newVariable(ir::kNoValue);
-    const bool hasResult = !expr->type->isVoid() && !function.constructor;
+    const bool hasResult =
+        !expr->type->isVoid() && !function.constructor && !function.returnsReference;
+    frame.resultPlace.type = expr->type;
     if (hasResult) {
         setVariable(frame.result, builder_.undefined(irType(expr->type)));
     }
@@ -90,7 +93,13 @@ Lowerer::Value Lowerer::call(const tree::Expr* expr) {
     frame_ = &frame;
     statement(function.body);
     Value result = ir::kNoValue;
-    if (hasResult) {
+    if (function.returnsReference) {
+        if (target != nullptr) {
+            *target = std::move(frame.resultPlace);
+        } else {
+            result = load(frame.resultPlace);
+        }
+    } else if (hasResult) {
         result = module_.resolve(current_[frame.result]);
     } else if (function.constructor && function.self != nullptr) {
         const auto& self = frame.slots[function.self->slot];

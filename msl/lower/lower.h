@@ -73,6 +73,7 @@ class Lowerer {
         std::vector<Breakable> breakables;
         uint32_t flag = 0;   // ssa variable: whether the function has returned
         uint32_t result = 0; // ssa variable: what it returns
+        Place resultPlace;   // what it refers to with its result
         bool returned = false;
     };
     struct HoistedLoad {
@@ -149,7 +150,7 @@ class Lowerer {
     Value step(const tree::Expr* expr);
 
     // calls.cpp
-    Value call(const tree::Expr* expr);
+    Value call(const tree::Expr* expr, Place* target = nullptr);
     void bindParameter(Frame& frame, const tree::Variable& parameter, const tree::Expr* argument);
     Value library(const tree::Expr* expr);
 

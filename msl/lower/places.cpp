@@ -106,6 +106,14 @@ Lowerer::Place Lowerer::placeAtDepth(const tree::Expr* expr) {
         assign(expr, &target);
         return target;
     }
+    case ExprKind::call: {
+        if (!expr->function->returnsReference) {
+            return valuePlace(expr->type, value(expr));
+        }
+        Place target;
+        call(expr, &target);
+        return target;
+    }
     case ExprKind::comma:
         value(expr->a);
         return place(expr->b);

@@ -491,7 +491,13 @@ void Lowerer::multiway(const tree::Stmt* stmt) {
 }
 
 void Lowerer::leave(const tree::Stmt* stmt) {
-    if (stmt->expr != nullptr) {
+    if (stmt->expr != nullptr && frame_->function->returnsReference) {
+        if (frame_->resultPlace.root != Place::Root::none) {
+            error(stmt->range, "a function that returns a reference has one 'return' here: which "
+                               "of several it is cannot be known when compiling");
+        }
+        frame_->resultPlace = place(stmt->expr);
+    } else if (stmt->expr != nullptr) {
         const Value result = value(stmt->expr);
         setVariable(frame_->result, result);
     }

@@ -42,73 +42,116 @@ bool Sema::bindsReference(const tree::Variable& parameter, const tree::Expr* arg
            rank(argument->type, parameter.type) != Rank::none;
 }
 
+tree::Expr* Sema::memberCall(const ast::Expr* expr) {
+    const ast::Expr* callee = expr->a;
+    tree::Expr* object = value(callee->a);
+    if (object == nullptr) {
+        return nullptr;
+    }
+    if (callee->op == TokenKind::arrow && object->type->isPointer()) {
+        tree::Expr* target = makeExpr(ExprKind::deref, object->type->element, callee->range);
+        target->a = object;
+        target->lvalue = true;
+        target->isConst = object->type->constPointee;
+        target->space = object->type->space;
+        object = finish(target);
+    }
+    const Name name = callee->name->name;
+    if (object->type->isTexture()) {
+        return textureCall(expr, object, name);
+    }
+    if (object->type->isArray() && name->text == "size") {
+        return constantExpr(scalarType(TypeKind::ulongType), object->type->length, expr->range);
+    }
+    if (const auto* method = methodOf(object->type, name)) {
+        std::vector<tree::Expr*> arguments;
+        return argumentsOf(expr->items, arguments)
+                   ? callOverloads(method->overloads, object, arguments, callee->name,
+                                   callee->range, false)
+                   : nullptr;
+    }
+    if (object->type->isStruct()) {
+        // A member that is itself called: s.f(x), where f has operator().
+        for (const auto& field : object->type->structure->fields) {
+            if (field.name == name) {
+                return objectCall(memberExpression(callee), expr);
+            }
+        }
+    }
+    error(callee->range, "'" + toText(object->type) + "' has no member function '" +
+                             std::string(name->text) + "'");
+    return nullptr;
+}
+
+// object(...)
+tree::Expr* Sema::objectCall(tree::Expr* object, const ast::Expr* expr) {
+    std::vector<tree::Expr*> operands{object};
+    if (object == nullptr || !argumentsOf(expr->items, operands)) {
+        return nullptr;
+    }
+    bool found = false;
+    tree::Expr* result = operatorCall("operator()", operands, expr->range, found);
+    if (!found) {
+        error(expr->range, "'" + toText(object->type) + "' is not a function");
+    }
+    return result;
+}
+
 tree::Expr* Sema::call(const ast::Expr* expr) {
     const ast::Expr* callee = expr->a;
     if (callee->kind == ast::ExprKind::member) {
-        tree::Expr* object = value(callee->a);
-        if (object == nullptr) {
-            return nullptr;
-        }
-        if (callee->op == TokenKind::arrow && object->type->isPointer()) {
-            tree::Expr* target = makeExpr(ExprKind::deref, object->type->element, callee->range);
-            target->a = object;
-            target->lvalue = true;
-            target->isConst = object->type->constPointee;
-            target->space = object->type->space;
-            object = finish(target);
-        }
-        if (object->type->isTexture()) {
-            return textureCall(expr, object, callee->name->name);
-        }
-        const auto record = records_.find(object->type);
-        if (record != records_.end()) {
-            for (const auto& method : record->second->methods) {
-                if (method.name == callee->name->name) {
-                    std::vector<tree::Expr*> arguments;
-                    if (!argumentsOf(expr->items, arguments)) {
-                        return nullptr;
-                    }
-                    return callOverloads(method.overloads, object, arguments, expr->items, nullptr,
-                                         callee->range, false);
-                }
-            }
-        }
-        error(callee->range, "'" + toText(object->type) + "' has no member function '" +
-                                 std::string(callee->name->name->text) + "'");
-        return nullptr;
+        return memberCall(expr);
     }
     if (callee->kind != ast::ExprKind::name) {
-        if (tree::Expr* object = value(callee)) {
-            error(callee->range, "'" + toText(object->type) + "' is not a function");
-        }
-        return nullptr;
+        return objectCall(value(callee), expr);
     }
     const auto& name = *callee->name;
+    const uint32_t before = diagnostics_.errorCount();
+    Symbol* symbol = lookup(name);
+    const bool plain = name.spaces.empty() && name.owner == nullptr;
+    if (symbol == nullptr && diagnostics_.errorCount() != before) {
+        return nullptr;
+    }
+    if (symbol != nullptr && symbol->kind == SymbolKind::type) {
+        return fromList(symbol->type, expr->items, expr->designators, expr->range, false);
+    }
     std::vector<tree::Expr*> arguments;
     const bool good = argumentsOf(expr->items, arguments);
-    Symbol* symbol = lookup(name);
     // A member function called from another of the same struct.
-    if (name.spaces.empty() && state_ != nullptr && state_->record != nullptr &&
+    if (plain && state_ != nullptr && state_->record != nullptr &&
         (symbol == nullptr || symbol->space != nullptr)) {
-        for (const auto& method : state_->record->methods) {
-            if (method.name == name.name && state_->function->self != nullptr) {
-                return good ? callOverloads(method.overloads,
-                                            variableExpr(state_->function->self, callee->range),
-                                            arguments, expr->items, nullptr, callee->range, false)
-                            : nullptr;
-            }
+        const auto* method = methodOf(state_->record->space->self, name.name);
+        if (method != nullptr) {
+            tree::Variable* self = state_->function->self;
+            return good ? callOverloads(method->overloads,
+                                        self != nullptr ? variableExpr(self, callee->range)
+                                                        : nullptr,
+                                        arguments, &name, callee->range, false)
+                        : nullptr;
         }
     }
-    const auto library = name.spaces.empty() || isMetalSpace(name)
-                             ? findLibraryFunctions(name.name)
-                             : std::span<const LibraryFunction>();
+    if (symbol == nullptr && !plain && (name.owner != nullptr || !isMetalSpace(name))) {
+        // A static member function.
+        const Space* space = spaceOf(name);
+        if (space == nullptr) {
+            return nullptr;
+        }
+        if (const auto* method =
+                space->self != nullptr ? methodOf(space->self, name.name) : nullptr) {
+            return good ? callOverloads(method->overloads, nullptr, arguments, &name, callee->range,
+                                        false)
+                        : nullptr;
+        }
+    }
+    const auto library = plain || isMetalSpace(name) ? findLibraryFunctions(name.name)
+                                                     : std::span<const LibraryFunction>();
     if (symbol != nullptr && symbol->kind == SymbolKind::functions) {
         if (!good) {
             return nullptr;
         }
         const bool quiet = !library.empty();
-        tree::Expr* result = callOverloads(symbol->overloads, nullptr, arguments, expr->items,
-                                           &name, callee->range, quiet);
+        tree::Expr* result =
+            callOverloads(symbol->overloads, nullptr, arguments, &name, callee->range, quiet);
         if (result != nullptr || !quiet) {
             return result;
         }
@@ -129,20 +172,60 @@ tree::Expr* Sema::call(const ast::Expr* expr) {
         return nullptr;
     }
     if (library.empty()) {
-        if (name.spaces.empty() || isMetalSpace(name) || spaceOf(name) != nullptr) {
-            reportUnknown(name, "function");
-        }
+        reportUnknown(name, "function");
         return nullptr;
     }
     return good ? callLibrary(library, arguments, callee->range) : nullptr;
 }
 
+// Whether the function takes these arguments, and how well each fits, the object's fit first.
+bool Sema::viable(const tree::Function& function, const tree::Expr* self,
+                  const std::vector<tree::Expr*>& arguments, std::vector<Rank>& ranks) const {
+    if (arguments.size() > function.parameters.size() ||
+        arguments.size() < function.requiredParameters) {
+        return false;
+    }
+    Rank fit = Rank::exact;
+    if (function.self != nullptr && !function.constructor) {
+        if (self == nullptr || (self->isConst && !function.isConst)) {
+            return false;
+        }
+        const auto space = self->lvalue ? self->space : AddressSpace::thread;
+        if (function.selfSpace != AddressSpace::none && function.selfSpace != space) {
+            return false;
+        }
+        fit = function.isConst && !self->isConst                ? Rank::promotion
+              : function.selfSpace == space                     ? Rank::exact
+              : space == AddressSpace::thread && !self->isConst ? Rank::exact
+                                                                : Rank::promotion;
+    }
+    ranks.push_back(fit);
+    for (size_t i = 0; i < arguments.size(); ++i) {
+        const auto& parameter = *function.parameters[i];
+        fit = rank(arguments[i]->type, parameter.type);
+        if (parameter.isReference && !bindsReference(parameter, arguments[i])) {
+            fit = Rank::none;
+        }
+        if (parameter.isReference && fit == Rank::exact && parameter.isConst &&
+            !arguments[i]->isConst && arguments[i]->lvalue) {
+            fit = Rank::promotion; // a reference that may write fits such an argument better
+        }
+        if (parameter.type->isPointer() && arguments[i]->type->isArray() &&
+            arguments[i]->space != parameter.type->space) {
+            fit = Rank::none;
+        }
+        if (fit == Rank::none) {
+            return false;
+        }
+        ranks.push_back(fit);
+    }
+    return true;
+}
+
 // Chooses among user-written functions as C++ does: a candidate that is no worse for any argument
 // and better for one. `quiet` reports nothing where none fits.
 tree::Expr* Sema::callOverloads(uint32_t set, tree::Expr* self, std::vector<tree::Expr*>& arguments,
-                                std::span<const ast::Expr* const> syntax,
                                 const ast::QualifiedName* name, Range range, bool quiet) {
-    static_cast<void>(syntax);
     struct Candidate {
         tree::Function* function = nullptr;
         std::vector<Rank> ranks;
@@ -154,33 +237,12 @@ tree::Expr* Sema::callOverloads(uint32_t set, tree::Expr* self, std::vector<tree
         const Overload overload = overloads_[set][i];
         tree::Function* function = overload.function;
         if (function == nullptr) {
-            function = instantiate(*overload.pattern, name, arguments);
-            if (function == nullptr) {
-                continue;
-            }
-        } else if (name != nullptr && name->hasArguments) {
-            continue;
-        }
-        if (arguments.size() > function->parameters.size() ||
-            arguments.size() < function->requiredParameters) {
+            function = instantiate(overload, name, arguments);
+        } else if (name != nullptr && name->hasArguments && !isSpecialisation(overload, *name)) {
             continue;
         }
         Candidate candidate{function, {}, overload.function == nullptr};
-        bool viable = true;
-        for (size_t j = 0; j < arguments.size(); ++j) {
-            const auto& parameter = *function->parameters[j];
-            Rank fit = rank(arguments[j]->type, parameter.type);
-            if (parameter.isReference && !bindsReference(parameter, arguments[j])) {
-                fit = Rank::none;
-            }
-            if (parameter.type->isPointer() && arguments[j]->type->isArray() &&
-                arguments[j]->space != parameter.type->space) {
-                fit = Rank::none;
-            }
-            viable = viable && fit != Rank::none;
-            candidate.ranks.push_back(fit);
-        }
-        if (viable) {
+        if (function != nullptr && viable(*function, self, arguments, candidate.ranks)) {
             candidates.push_back(std::move(candidate));
         }
     }
@@ -206,20 +268,45 @@ tree::Expr* Sema::callOverloads(uint32_t set, tree::Expr* self, std::vector<tree
     if (best != nullptr) {
         return finishCall(*best->function, self, arguments, range);
     }
-    if (quiet && candidates.empty()) {
-        return nullptr;
+    if (!quiet || !candidates.empty()) {
+        reportNoOverload(set, arguments, range, !candidates.empty());
     }
+    return nullptr;
+}
+
+// Whether an overload is the specialisation of a function template for the arguments in <>.
+bool Sema::isSpecialisation(const Overload& overload, const ast::QualifiedName& name) {
+    const auto& syntax = *overload.pattern;
+    if (!syntax.isTemplate || !syntax.qualifiedName->hasArguments) {
+        return false;
+    }
+    const auto& own = syntax.qualifiedName->arguments;
+    bool same = own.size() >= name.arguments.size();
+    for (size_t i = 0; same && i < name.arguments.size(); ++i) {
+        const auto& wanted = name.arguments[i];
+        if ((wanted.type == nullptr) != (own[i].type == nullptr)) {
+            same = false;
+        } else if (wanted.type != nullptr) {
+            same = resolve(wanted.type) == resolve(own[i].type);
+        } else {
+            same = integerConstant(wanted.value, "a template argument") ==
+                   integerConstant(own[i].value, "a template argument");
+        }
+    }
+    return same;
+}
+
+void Sema::reportNoOverload(uint32_t set, const std::vector<tree::Expr*>& arguments, Range range,
+                            bool ambiguous) {
     std::string types;
     for (size_t i = 0; i < arguments.size(); ++i) {
         types += (i > 0 ? ", " : "") + toText(arguments[i]->type);
     }
     const auto& overloads = overloads_[set];
-    const Name called = overloads.front().function != nullptr ? overloads.front().function->name
-                                                              : overloads.front().pattern->name;
-    error(range, candidates.empty() ? "no function '" + std::string(called->text) +
-                                          "' takes the arguments (" + types + ")"
-                                    : "the call of '" + std::string(called->text) +
-                                          "' with the arguments (" + types + ") is ambiguous");
+    const auto called = std::string(overloads.front().pattern->name->text);
+    error(range,
+          ambiguous ? "the call of '" + called + "' with the arguments (" + types + ") is ambiguous"
+                    : "no function '" + called + "' takes the arguments (" + types + ")");
     for (const auto& overload : overloads) {
         if (overload.function != nullptr) {
             diagnostics_.note(overload.function->range,
@@ -228,7 +315,6 @@ tree::Expr* Sema::callOverloads(uint32_t set, tree::Expr* self, std::vector<tree
             diagnostics_.note(overload.pattern->range, "this template is a candidate");
         }
     }
-    return nullptr;
 }
 
 tree::Expr* Sema::finishCall(tree::Function& function, tree::Expr* self,
@@ -255,19 +341,18 @@ tree::Expr* Sema::finishCall(tree::Function& function, tree::Expr* self,
         }
         items.push_back(argument);
     }
-    if (self != nullptr) {
-        if (self->isConst && !function.isConst && !function.constructor) {
-            error(range, "'" + std::string(function.name->text) +
-                             "' may change its object, which is constant here");
-            return nullptr;
-        }
-        if (self->lvalue && !function.isConst) {
-            noteAssigned(self);
-        }
+    if (self != nullptr && function.self != nullptr && self->lvalue && !function.isConst) {
+        noteAssigned(self);
     }
+    analysePending(function);
     tree::Expr* result = makeExpr(ExprKind::call, function.result, range);
     result->function = &function;
-    result->a = self;
+    result->a = function.self != nullptr && !function.constructor ? self : nullptr;
+    if (function.returnsReference) {
+        result->lvalue = true;
+        result->isConst = function.resultConst;
+        result->space = function.resultSpace;
+    }
     result->items = arena_.copy(items);
     return finish(result);
 }

@@ -15,7 +15,7 @@ void Sema::declaration(const ast::Decl* decl) {
     switch (decl->kind) {
     case variables:
         if (decl->isTemplate) {
-            error(decl->range, "variable templates are not supported");
+            declareTemplate(decl);
             return;
         }
         for (const auto* variable : decl->variables) {
@@ -27,7 +27,7 @@ void Sema::declaration(const ast::Decl* decl) {
         break;
     case structure:
         if (decl->isTemplate) {
-            error(decl->range, "struct templates are not supported");
+            declareTemplate(decl);
         } else {
             structDeclaration(decl);
         }
@@ -36,6 +36,10 @@ void Sema::declaration(const ast::Decl* decl) {
         enumDeclaration(decl);
         break;
     case alias: {
+        if (decl->isTemplate) {
+            declareTemplate(decl);
+            return;
+        }
         const Type* type = resolve(decl->type);
         if (type != nullptr) {
             declare(SymbolKind::type, decl->name, decl->range)->type = type;
@@ -45,40 +49,9 @@ void Sema::declaration(const ast::Decl* decl) {
         }
         break;
     }
-    case space: {
-        if (decl->target != nullptr) {
-            if (!isMetalSpace(*decl->target)) {
-                const Symbol* target = lookup(*decl->target);
-                if (target != nullptr && target->kind == SymbolKind::space) {
-                    declare(SymbolKind::space, decl->name, decl->range)->target = target->target;
-                } else {
-                    reportUnknown(*decl->target, "namespace");
-                }
-            }
-            break;
-        }
-        Space* outer = space_;
-        Space* inner = nullptr;
-        const Symbol* known = decl->name != nullptr ? lookupIn(decl->name, space_) : nullptr;
-        if (known != nullptr && known->kind == SymbolKind::space) {
-            inner = known->target;
-        } else {
-            inner = arena_.make<Space>();
-            inner->name = decl->name;
-            inner->parent = space_;
-            if (decl->name != nullptr) {
-                declare(SymbolKind::space, decl->name, decl->range)->target = inner;
-            } else {
-                used_.push_back(inner);
-            }
-        }
-        space_ = inner;
-        for (const auto* member : decl->members) {
-            declaration(member);
-        }
-        space_ = outer;
+    case ast::DeclKind::space:
+        spaceDeclaration(decl);
         break;
-    }
     case ast::DeclKind::usingSpace:
         Sema::usingSpace(decl);
         break;
@@ -97,6 +70,7 @@ void Sema::declaration(const ast::Decl* decl) {
         symbol->target = target->target;
         symbol->value = target->value;
         symbol->overloads = target->overloads;
+        symbol->pattern = target->pattern;
         break;
     }
     case staticAssert: {
@@ -111,6 +85,41 @@ void Sema::declaration(const ast::Decl* decl) {
         break;
     }
     }
+}
+
+void Sema::spaceDeclaration(const ast::Decl* decl) {
+    if (decl->target != nullptr) {
+        if (isMetalSpace(*decl->target)) {
+            return;
+        }
+        const Symbol* target = lookup(*decl->target);
+        if (target != nullptr && target->kind == SymbolKind::space) {
+            declare(SymbolKind::space, decl->name, decl->range)->target = target->target;
+        } else {
+            reportUnknown(*decl->target, "namespace");
+        }
+        return;
+    }
+    Space* const outer = space_;
+    Space* inner = nullptr;
+    const Symbol* known = decl->name != nullptr ? lookupIn(decl->name, space_) : nullptr;
+    if (known != nullptr && known->kind == SymbolKind::space) {
+        inner = known->target;
+    } else {
+        inner = arena_.make<Space>();
+        inner->name = decl->name;
+        inner->parent = space_;
+        if (decl->name != nullptr) {
+            declare(SymbolKind::space, decl->name, decl->range)->target = inner;
+        } else {
+            used_.push_back(inner);
+        }
+    }
+    space_ = inner;
+    for (const auto* member : decl->members) {
+        declaration(member);
+    }
+    space_ = outer;
 }
 
 void Sema::usingSpace(const ast::Decl* decl) {

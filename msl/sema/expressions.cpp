@@ -84,6 +84,12 @@ tree::Expr* Sema::fieldExpr(tree::Expr* base, uint32_t index, Range range) {
     expr->lvalue = base->lvalue;
     expr->isConst = base->isConst;
     expr->space = base->space;
+    if (expr->type->isReference()) {
+        expr->lvalue = true;
+        expr->isConst = expr->type->constPointee;
+        expr->space = expr->type->space;
+        expr->type = expr->type->element;
+    }
     return finish(expr);
 }
 
@@ -229,8 +235,8 @@ tree::Expr* Sema::expressionAtDepth(const ast::Expr* expr) {
         }
         tree::Expr* self = variableExpr(state_->function->self, expr->range);
         tree::Expr* result =
-            makeExpr(ExprKind::addressOf,
-                     types_.pointer(self->type, AddressSpace::thread, self->isConst), expr->range);
+            makeExpr(ExprKind::addressOf, types_.pointer(self->type, self->space, self->isConst),
+                     expr->range);
         result->a = self;
         return finish(result);
     }
@@ -240,9 +246,21 @@ tree::Expr* Sema::expressionAtDepth(const ast::Expr* expr) {
 
 tree::Expr* Sema::nameExpression(const ast::Expr* expr) {
     const auto& name = *expr->name;
+    const uint32_t before = diagnostics_.errorCount();
     Symbol* symbol = lookup(name);
+    if (symbol == nullptr && diagnostics_.errorCount() != before) {
+        return nullptr;
+    }
+    if (symbol != nullptr && symbol->kind == SymbolKind::pattern && name.hasArguments &&
+        symbol->pattern->primary->kind == ast::DeclKind::variables) {
+        symbol = instantiateVariable(*symbol->pattern, name);
+        if (symbol == nullptr) {
+            return nullptr;
+        }
+    }
     const bool local = symbol != nullptr && symbol->space == nullptr;
-    if (!local && name.spaces.empty() && state_ != nullptr && state_->function->self != nullptr) {
+    if (!local && name.spaces.empty() && name.owner == nullptr && state_ != nullptr &&
+        state_->function->self != nullptr) {
         const Type* self = state_->function->self->type;
         for (uint32_t i = 0; i < self->structure->fields.size(); ++i) {
             if (self->structure->fields[i].name == name.name) {

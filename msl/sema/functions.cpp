@@ -1,7 +1,7 @@
 // Functions: their declarations and bodies.
 #include <algorithm>
 
-#include "msl/sema/sema.h"
+#include "msl/sema/context.h"
 
 namespace msl {
 
@@ -24,6 +24,8 @@ tree::Function* Sema::makeFunction(const ast::Function& syntax, const Type* self
     function->stage = syntax.stage;
     function->isConst = syntax.isConst;
     function->constructor = syntax.isConstructor;
+    function->isExplicit = syntax.isExplicit;
+    function->selfSpace = syntax.selfSpace;
     bool good = true;
     if (syntax.isConstructor) {
         function->result = self;
@@ -34,11 +36,18 @@ tree::Function* Sema::makeFunction(const ast::Function& syntax, const Type* self
         function->result = resolve(syntax.result);
         good = function->result != nullptr;
     }
-    if (good && (function->result->isReference() || function->result->isPointer() ||
-                 function->result->isArray() || function->result->isResource())) {
+    if (good && function->result->isReference()) {
+        function->returnsReference = true;
+        function->resultConst = function->result->constPointee;
+        function->resultSpace = function->result->space;
+        function->result = function->result->element;
+    }
+    if (good && !function->returnsReference && function->result->isArray() &&
+        syntax.result->kind == ast::TypeSyntaxKind::array) {
         error(syntax.range, "a function cannot return '" + toText(function->result) + "'");
         return nullptr;
     }
+    good = attributeNumbers(syntax.attributes) && good;
     uint32_t slot = 0;
     std::vector<tree::Variable*> parameters;
     std::vector<tree::Expr*> defaults;
@@ -50,7 +59,9 @@ tree::Function* Sema::makeFunction(const ast::Function& syntax, const Type* self
             good = false;
             continue;
         }
-        if (type->isVoid() || (type->isStruct() && !type->structure->complete)) {
+        good = attributeNumbers(parameter->attributes) && good;
+        if (type->isVoid() || (type->isStruct() && !type->structure->complete && !reference &&
+                               syntax.body != nullptr)) {
             error(parameter->range, "a parameter cannot have the type '" + toText(type) + "'");
             good = false;
             continue;
@@ -89,6 +100,8 @@ tree::Function* Sema::makeFunction(const ast::Function& syntax, const Type* self
         object->kind = tree::VariableKind::parameter;
         object->isReference = !syntax.isConstructor;
         object->isConst = syntax.isConst;
+        object->space =
+            syntax.selfSpace == AddressSpace::none ? AddressSpace::thread : syntax.selfSpace;
         object->function = function;
         object->slot = slot++;
         function->self = object;
@@ -109,7 +122,9 @@ void Sema::functionDeclaration(const ast::Decl* decl) {
         return;
     }
     if (!syntax.qualifiedName->spaces.empty()) {
-        error(syntax.range, "a member function must be defined inside its struct or namespace");
+        if (Space* space = spaceOf(*syntax.qualifiedName)) {
+            memberDefinition(decl, space);
+        }
         return;
     }
     Symbol* known = lookupIn(syntax.name, space_);
@@ -133,11 +148,16 @@ void Sema::functionDeclaration(const ast::Decl* decl) {
         }
     }
     if (syntax.isTemplate) {
-        if (syntax.body == nullptr) {
+        // A specialisation of a function template is an overload, which wins where it fits as well.
+        if (syntax.templateParameters.empty()) {
+            function = makeFunction(syntax, nullptr);
+        } else if (syntax.body != nullptr) {
+            overloads_[known->overloads].push_back(
+                {.function = nullptr, .pattern = &syntax, .space = space_, .self = nullptr});
+        }
+        if (function == nullptr) {
             return;
         }
-        overloads_[known->overloads].push_back({nullptr, &syntax});
-        return;
     }
     if (function == nullptr) {
         return;
@@ -175,11 +195,78 @@ void Sema::functionDeclaration(const ast::Decl* decl) {
         entryPoint(*overload.function);
         return;
     }
-    overloads_[known->overloads].push_back({function, nullptr});
+    overloads_[known->overloads].push_back(
+        {.function = function, .pattern = &syntax, .space = space_, .self = nullptr});
     if (syntax.body != nullptr) {
         analyseBody(*function, nullptr);
         entryPoint(*function);
     }
+}
+
+// A function of a struct or namespace that is defined outside it.
+void Sema::memberDefinition(const ast::Decl* decl, Space* space) {
+    const auto& syntax = *decl->function;
+    if (space->self == nullptr) {
+        const Context context(*this, space);
+        ast::Function inside = syntax;
+        auto* name = arena_.make<ast::QualifiedName>(*syntax.qualifiedName);
+        name->spaces = {};
+        inside.qualifiedName = name;
+        ast::Decl* moved = arena_.make<ast::Decl>(*decl);
+        moved->function = arena_.make<ast::Function>(inside);
+        functionDeclaration(moved);
+        return;
+    }
+    const Context context(*this, space);
+    const auto* method = methodOf(space->self, syntax.name);
+    for (size_t i = 0; method != nullptr && i < overloads_[method->overloads].size(); ++i) {
+        auto* declared = overloads_[method->overloads][i].function;
+        if (declared == nullptr || declared->syntax->body != nullptr) {
+            continue;
+        }
+        auto* function = makeFunction(syntax, declared->self != nullptr ? space->self : nullptr);
+        if (function == nullptr) {
+            return;
+        }
+        if (!sameParameters(*declared, *function) || declared->isConst != function->isConst) {
+            continue;
+        }
+        function->defaults = declared->defaults;
+        function->requiredParameters = declared->requiredParameters;
+        *declared = *function;
+        analyseBody(*declared, recordOf(space->self));
+        return;
+    }
+    error(syntax.range, "'" + toText(space->self) + "' declares no such function '" +
+                            std::string(syntax.name->text) + "'");
+}
+
+// Attributes that take a number take any constant expression.
+bool Sema::attributeNumbers(std::span<ast::Attribute> attributes) {
+    static constexpr std::string_view kNumbered[] = {
+        "attribute", "buffer", "color", "function_constant", "id", "index", "sampler", "texture"};
+    for (auto& attribute : attributes) {
+        const bool numbered = std::find(std::begin(kNumbered), std::end(kNumbered),
+                                        attribute.name->text) != std::end(kNumbered);
+        if (!numbered || attribute.argument == nullptr) {
+            continue;
+        }
+        if (attribute.name->text == "function_constant" && attribute.word != nullptr) {
+            continue; // on a parameter: whether it is there at all
+        }
+        const auto number = integerConstant(attribute.argument, "this number");
+        if (!number) {
+            return false;
+        }
+        if (*number < 0 || *number > UINT16_MAX) {
+            error(attribute.range, "'[[" + std::string(attribute.name->text) + "]]' cannot be " +
+                                       std::to_string(*number));
+            return false;
+        }
+        attribute.hasNumber = true;
+        attribute.number = static_cast<uint32_t>(*number);
+    }
+    return true;
 }
 
 void Sema::entryPoint(tree::Function& function) {
@@ -199,12 +286,10 @@ void Sema::entryPoint(tree::Function& function) {
 void Sema::analyseBody(tree::Function& function, StructRecord* record) {
     const auto& syntax = *function.syntax;
     FunctionState* const outerState = state_;
-    // An instance of a template shares its state, which holds the template's arguments.
-    const bool shared = outerState != nullptr && outerState->function == &function;
-    FunctionState fresh;
-    FunctionState& state = shared ? *outerState : fresh;
+    FunctionState state;
     state.function = &function;
     state.result = syntax.isConstructor ? voidType() : function.result;
+    function.pending = false;
     state.record = record;
     state.slots = function.variableCount;
     state_ = &state;
@@ -228,7 +313,7 @@ void Sema::analyseBody(tree::Function& function, StructRecord* record) {
     if (syntax.isConstructor) {
         tree::Stmt* object = makeStmt(tree::StmtKind::declare, syntax.range);
         object->variable = function.self;
-        object->expr = defaultValue(function.self->type, syntax.range);
+        object->expr = memberDefaults(function.self->type, syntax.range);
         good = object->expr != nullptr;
         items.push_back(object);
         for (const auto* init : syntax.memberInits) {

@@ -339,12 +339,23 @@ tree::Stmt* Sema::returnStatement(const ast::Stmt* stmt) {
         error(stmt->range, "this function returns nothing");
         return nullptr;
     }
+    if (state_->function->returnsReference) {
+        result->expr = value(stmt->expr);
+        if (result->expr != nullptr &&
+            (!result->expr->lvalue || result->expr->type != state_->result)) {
+            error(stmt->range, "a reference to '" + toText(state_->result) +
+                                   "' cannot refer to this value of the type '" +
+                                   toText(result->expr->type) + "'");
+            return nullptr;
+        }
+        return result->expr == nullptr ? nullptr : result;
+    }
     result->expr = initialise(state_->result, stmt->expr, ast::InitKind::equal);
     return result->expr == nullptr ? nullptr : result;
 }
 
 tree::Stmt* Sema::localDeclaration(const ast::Decl* decl, Range range) {
-    if (decl->typeDeclaration != nullptr) {
+    if (decl->typeDeclaration != nullptr && decl->typeDeclaration->isDefinition) {
         declaration(decl->typeDeclaration);
     }
     if (decl->kind != ast::DeclKind::variables) {
@@ -478,7 +489,7 @@ tree::Stmt* Sema::localVariable(const ast::Variable* syntax) {
             return nullptr;
         }
     } else if (init == nullptr) {
-        const auto record = records_.find(type);
+        const auto* record = recordOf(type);
         if (type->isPointer()) {
             error(syntax->range, "a pointer needs something to point to");
             symbol->variable = nullptr;
@@ -490,7 +501,8 @@ tree::Stmt* Sema::localVariable(const ast::Variable* syntax) {
             symbol->variable = nullptr;
             return nullptr;
         }
-        if (record != records_.end() && !record->second->defaults.empty()) {
+        if ((record != nullptr && !record->defaults.empty()) ||
+            defaultConstructor(type) != nullptr) {
             init = defaultValue(type, syntax->range);
         }
     }

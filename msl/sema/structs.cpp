@@ -25,49 +25,66 @@ void Sema::structDeclaration(const ast::Decl* decl) {
         }
     }
     declaredTypes_.emplace(decl, type);
-    if (!decl->isDefinition) {
-        return;
+    if (decl->isDefinition) {
+        defineStruct(decl, type, nullptr);
     }
+}
+
+// `instance` says which template the struct is an instance of, where it is one.
+void Sema::defineStruct(const ast::Decl* decl, Type* type, const Instance* instance) {
     recordStorage_.push_back(std::make_unique<StructRecord>());
     StructRecord* record = recordStorage_.back().get();
     records_[type] = record;
+    record->constructors = decl->name;
+    if (instance != nullptr) {
+        record->pattern = const_cast<Template*>(static_cast<const Template*>(instance->pattern));
+        record->arguments = instance->bindings;
+    }
     record->space = arena_.make<Space>();
     record->space->name = decl->name;
     record->space->parent = space_;
-    Space* outer = space_;
-    FunctionState* outerState = state_;
+    record->space->self = type;
+    Space* const outer = space_;
     space_ = record->space;
+    structFields(decl, type, *record);
+    if (checkSize(type, decl->range)) {
+        structMethods(decl, type, *record, instance != nullptr);
+    }
+    space_ = outer;
+}
+
+// Every member that is no function, and the layout.
+void Sema::structFields(const ast::Decl* decl, Type* type, StructRecord& record) {
+    FunctionState* const outerState = state_;
     std::vector<Field> fields;
-    std::vector<std::pair<tree::Function*, const ast::Function*>> bodies;
     for (const auto* member : decl->members) {
         if (member->kind == ast::DeclKind::function) {
             continue;
         }
-        if (member->kind != ast::DeclKind::variables) {
-            state_ = nullptr;
+        state_ = nullptr;
+        if (member->kind != ast::DeclKind::variables || member->isTemplate) {
             declaration(member);
             state_ = outerState;
             continue;
         }
         if (member->typeDeclaration != nullptr) {
-            state_ = nullptr;
             declaration(member->typeDeclaration);
-            state_ = outerState;
         }
         for (const auto* variable : member->variables) {
             if (variable->isStatic || variable->isConstexpr) {
-                state_ = nullptr;
                 globalVariable(variable);
-                state_ = outerState;
+            }
+        }
+        state_ = outerState;
+        for (const auto* variable : member->variables) {
+            if (variable->isStatic || variable->isConstexpr) {
                 continue;
             }
             const Type* fieldType = resolve(variable->type);
-            if (fieldType == nullptr) {
+            if (fieldType == nullptr || !attributeNumbers(variable->attributes)) {
                 continue;
             }
-            if (fieldType->isVoid() || fieldType->isReference() || fieldType->isPointer() ||
-                fieldType->isResource() ||
-                (fieldType->isStruct() && !fieldType->structure->complete) ||
+            if (fieldType->isVoid() || (fieldType->isStruct() && !fieldType->structure->complete) ||
                 (fieldType->isArray() && fieldType->length == 0)) {
                 error(variable->range,
                       "a member of the type '" + toText(fieldType) + "' is not supported");
@@ -80,7 +97,7 @@ void Sema::structDeclaration(const ast::Decl* decl) {
                 }
             }
             if (variable->init != nullptr) {
-                record->defaults.push_back({static_cast<uint32_t>(fields.size()), variable->init});
+                record.defaults.push_back({static_cast<uint32_t>(fields.size()), variable->init});
             }
             fields.push_back({variable->name, fieldType, 0});
         }
@@ -95,46 +112,50 @@ void Sema::structDeclaration(const ast::Decl* decl) {
     }
     types_.completeStruct(type, fields);
     type->structure->declaration = decl;
-    if (!checkSize(type, decl->range)) {
-        space_ = outer;
-        return;
-    }
-    // Bodies come last: they may use every member, wherever it stands.
+}
+
+// The bodies come last: they may use every member, wherever it stands. Those of a template's
+// instance wait until they are called.
+void Sema::structMethods(const ast::Decl* decl, Type* type, StructRecord& record, bool isInstance) {
+    FunctionState* const outerState = state_;
+    std::vector<std::pair<tree::Function*, const ast::Function*>> bodies;
     for (const auto* member : decl->members) {
-        if (member->kind != ast::DeclKind::function) {
+        if (member->kind != ast::DeclKind::function || member->function->isDefaulted) {
             continue;
         }
         const auto& syntax = *member->function;
-        if (syntax.isTemplate) {
-            error(member->range, "templates of member functions are not supported");
-            continue;
-        }
-        state_ = nullptr;
-        tree::Function* function = makeFunction(syntax, syntax.isStatic ? nullptr : type);
-        state_ = outerState;
-        if (function == nullptr) {
-            continue;
+        Overload overload{.function = nullptr,
+                          .pattern = &syntax,
+                          .space = record.space,
+                          .self = syntax.isStatic ? nullptr : type};
+        if (!syntax.isTemplate) {
+            state_ = nullptr;
+            overload.function = makeFunction(syntax, overload.self);
+            state_ = outerState;
+            if (overload.function == nullptr) {
+                continue;
+            }
+            bodies.emplace_back(overload.function, &syntax);
         }
         Member* slot = nullptr;
-        for (auto& method : record->methods) {
+        for (auto& method : record.methods) {
             slot = method.name == syntax.name ? &method : slot;
         }
         if (slot == nullptr) {
-            record->methods.push_back({syntax.name, static_cast<uint32_t>(overloads_.size())});
+            record.methods.push_back({syntax.name, static_cast<uint32_t>(overloads_.size())});
             overloads_.emplace_back();
-            slot = &record->methods.back();
+            slot = &record.methods.back();
         }
-        overloads_[slot->overloads].push_back({function, nullptr});
-        bodies.emplace_back(function, &syntax);
+        overloads_[slot->overloads].push_back(overload);
     }
     for (const auto& [function, syntax] : bodies) {
-        if (syntax->body != nullptr) {
-            analyseBody(*function, record);
-        } else {
-            error(syntax->range, "a member function must be defined inside its struct");
+        if (syntax->body != nullptr && isInstance) {
+            function->pending = true;
+            function->space = record.space;
+        } else if (syntax->body != nullptr) {
+            analyseBody(*function, &record);
         }
     }
-    space_ = outer;
 }
 
 } // namespace msl

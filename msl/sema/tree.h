@@ -129,6 +129,13 @@ struct Function {
     uint32_t requiredParameters = 0;
     bool isConst = false;
     bool constructor = false;
+    bool isExplicit = false;
+    bool returnsReference = false; // the result is a place of the type `result`
+    bool resultConst = false;
+    AddressSpace resultSpace = AddressSpace::none;
+    AddressSpace selfSpace = AddressSpace::none; // of the object, where the source says it
+    bool pending = false;  // a template's instance whose body is analysed when it is first called
+    void* space = nullptr; // in which the names of a pending body are looked up
     uint32_t variableCount = 0;
     std::span<Expr*> defaults{}; // of the parameters, or null
     mutable bool active = false; // being expanded

@@ -111,10 +111,20 @@ const Type* Sema::resolve(const ast::TypeSyntax* syntax) {
 
 const Type* Sema::resolveNamed(const ast::TypeSyntax* syntax) {
     const auto& name = *syntax->name;
-    if (name.hasArguments) {
+    Symbol* const symbol = lookup(name);
+    if (symbol != nullptr && symbol->kind == SymbolKind::pattern) {
+        return instantiateStruct(*symbol->pattern, name);
+    }
+    if (symbol != nullptr && symbol->kind == SymbolKind::type && name.hasArguments) {
+        const auto* record = recordOf(symbol->type);
+        if (record != nullptr && record->pattern != nullptr) {
+            return instantiateStruct(*record->pattern, name);
+        }
+    }
+    if (name.hasArguments && (symbol == nullptr || symbol->kind != SymbolKind::type)) {
         return resolveTemplate(name);
     }
-    if (const Symbol* symbol = lookup(name); symbol != nullptr) {
+    if (symbol != nullptr) {
         if (symbol->kind == SymbolKind::type) {
             return symbol->type;
         }
@@ -172,6 +182,11 @@ const Type* Sema::resolveTemplate(const ast::QualifiedName& name) {
                              : matrixType(element->kind, static_cast<uint32_t>(*count),
                                           static_cast<uint32_t>(*rows));
     }
+    return resolveTexture(name);
+}
+
+const Type* Sema::resolveTexture(const ast::QualifiedName& name) {
+    const auto text = name.name->text;
     struct TextureName {
         std::string_view name;
         TextureShape shape;
@@ -193,7 +208,11 @@ const Type* Sema::resolveTemplate(const ast::QualifiedName& name) {
         if (texture.name != text) {
             continue;
         }
-        const Type* component = argument(0);
+        if (name.arguments.empty() || name.arguments[0].type == nullptr) {
+            error(name.range, "'" + std::string(text) + "' needs a type in its '<>'");
+            return nullptr;
+        }
+        const Type* component = resolve(name.arguments[0].type);
         if (component == nullptr) {
             return nullptr;
         }
@@ -217,12 +236,6 @@ const Type* Sema::resolveTemplate(const ast::QualifiedName& name) {
             }
         }
         return types_.texture(texture.shape, texture.depth, component, access);
-    }
-    if (const Symbol* symbol = lookup(name.name); symbol != nullptr) {
-        error(name.range, "'" + std::string(text) +
-                              "' is not a template of the library; struct "
-                              "templates are not supported");
-        return nullptr;
     }
     error(name.range, "the type '" + std::string(text) + "<>' is not supported");
     return nullptr;
