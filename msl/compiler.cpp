@@ -56,7 +56,10 @@ std::optional<Module> compileStages(const SourceManager::File& file, SourceManag
         return std::nullopt;
     }
     if (unit.entryPoints.empty()) {
-        diagnostics.error(Range{}, "the source has no vertex or fragment function");
+        diagnostics.error(Range{}, unit.hasKernels
+                                       ? "the source has only kernels, which are not compiled; it "
+                                         "needs a vertex or fragment function"
+                                       : "the source has no vertex or fragment function");
         return std::nullopt;
     }
 

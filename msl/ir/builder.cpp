@@ -95,6 +95,18 @@ Value Builder::floatConstant(float value) {
     return constant(kFloat, std::bit_cast<uint32_t>(value));
 }
 
+Value Builder::specialised(TypeId scalar, uint32_t number) {
+    for (const Value known : specialised_) {
+        if (module_.instructions[known].extra == number && typeOf(known) == scalar) {
+            return known;
+        }
+    }
+    const Value value = append({.op = Op::specialised, .type = scalar, .extra = number}, {});
+    module_.constants.push_back(value);
+    specialised_.push_back(value);
+    return value;
+}
+
 Value Builder::composite(TypeId wanted, std::span<const Value> parts) {
     uint64_t hash = wanted;
     for (const Value part : parts) {

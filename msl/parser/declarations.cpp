@@ -338,7 +338,10 @@ Variable* Parser::variableRest(const Specifiers& parts, const Declarator& name) 
     variable->type = name.type;
     variable->isConstexpr = parts.isConstexpr;
     variable->isStatic = parts.isStatic;
-    auto list = attributes();
+    auto list = name.attributes;
+    for (const auto& attribute : attributes()) {
+        list.push_back(attribute);
+    }
     list.insert(list.end(), parts.attributes.begin(), parts.attributes.end());
     variable->attributes = arena_.copy(list);
     // The name is visible in its own initialiser.
@@ -380,7 +383,10 @@ bool Parser::parameters(std::vector<Variable*>& list) {
         parameter->name = name.name != nullptr ? name.name->name : nullptr;
         parameter->range = name.name != nullptr ? name.range : parts.type->range;
         parameter->type = name.type;
-        auto attributeList = attributes();
+        auto attributeList = name.attributes;
+        for (const auto& attribute : attributes()) {
+            attributeList.push_back(attribute);
+        }
         attributeList.insert(attributeList.end(), parts.attributes.begin(), parts.attributes.end());
         parameter->attributes = arena_.copy(attributeList);
         declare(parameter->name, ParserKind::value);

@@ -35,6 +35,7 @@ class Parser {
         ast::TypeSyntax* type = nullptr;
         ast::QualifiedName* name = nullptr;
         Range range;
+        std::vector<ast::Attribute> attributes{}; // between the name and its array lengths
     };
     struct ShadowedName {
         Name name;

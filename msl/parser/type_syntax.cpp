@@ -106,7 +106,7 @@ bool Parser::startsType() const {
     }
     const auto text = token.name->text;
     return (text.starts_with("texture") || text.starts_with("depth") || text == "vec" ||
-            text == "array" || text == "matrix") &&
+            text == "array" || text == "matrix" || text == "atomic") &&
            peek(skipQualifiers(0) + 1).is(TokenKind::less);
 }
 
@@ -619,6 +619,9 @@ bool Parser::declarator(const Specifiers& specifiers, Declarator& result, bool a
             return false;
         }
         result.range = result.name->range;
+        if (at(TokenKind::leftBracket) && peek(1).is(TokenKind::leftBracket)) {
+            result.attributes = attributes();
+        }
     } else if (!abstract) {
         unexpected("a name");
         return false;

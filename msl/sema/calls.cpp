@@ -49,12 +49,7 @@ tree::Expr* Sema::memberCall(const ast::Expr* expr) {
         return nullptr;
     }
     if (callee->op == TokenKind::arrow && object->type->isPointer()) {
-        tree::Expr* target = makeExpr(ExprKind::deref, object->type->element, callee->range);
-        target->a = object;
-        target->lvalue = true;
-        target->isConst = object->type->constPointee;
-        target->space = object->type->space;
-        object = finish(target);
+        object = derefExpr(object, callee->range);
     }
     const Name name = callee->name->name;
     if (object->type->isTexture()) {
@@ -114,6 +109,13 @@ tree::Expr* Sema::call(const ast::Expr* expr) {
     }
     if (symbol != nullptr && symbol->kind == SymbolKind::type) {
         return fromList(symbol->type, expr->items, expr->designators, expr->range, false);
+    }
+    if (symbol == nullptr && (plain || isMetalSpace(name))) {
+        bool found = false;
+        tree::Expr* result = unusualCall(expr, name.name->text, found);
+        if (found) {
+            return result;
+        }
     }
     std::vector<tree::Expr*> arguments;
     const bool good = argumentsOf(expr->items, arguments);

@@ -357,6 +357,24 @@ tree::Expr* Sema::initialise(const Type* type, const ast::Expr* init, ast::InitK
     return convert(expr, type, init->range, "the value");
 }
 
+// Whether the list is a library array's, whose elements stand in braces of their own.
+bool Sema::wrapsElements(const Type* type, std::span<ast::Expr* const> items) const {
+    if (items.size() != 1 || items[0]->kind != ast::ExprKind::list) {
+        return false;
+    }
+    const auto inner = items[0]->items;
+    const bool lists = std::any_of(inner.begin(), inner.end(), [](const ast::Expr* item) {
+        return item->kind == ast::ExprKind::list;
+    });
+    const Type* element = type->element;
+    if (element->isArray() || element->isStruct() || element->isMatrix()) {
+        return lists && std::all_of(inner.begin(), inner.end(), [](const ast::Expr* item) {
+                   return item->kind == ast::ExprKind::list;
+               });
+    }
+    return lists || inner.size() > element->components();
+}
+
 tree::Expr* Sema::fromList(const Type* type, std::span<ast::Expr* const> items,
                            std::span<const Name> designators, Range range, bool braces) {
     if (items.empty() && braces) {
@@ -398,6 +416,9 @@ tree::Expr* Sema::fromList(const Type* type, std::span<ast::Expr* const> items,
             error(range, "'" + toText(type) + "' is made with braces, not with parentheses");
             return nullptr;
         }
+        if (type->isArray() && wrapsElements(type, items)) {
+            items = items[0]->items;
+        }
         size_t used = 0;
         tree::Expr* result = aggregate(type, items, designators, used, range);
         if (result != nullptr && used < items.size()) {
@@ -421,8 +442,27 @@ tree::Expr* Sema::fromList(const Type* type, std::span<ast::Expr* const> items,
                          std::to_string(parts.size()));
         return nullptr;
     }
-    return braces ? convert(parts[0], type, parts[0]->range, "the value")
-                  : explicitConvert(parts[0], type, range);
+    return braces || type->holdsResources() ? convert(parts[0], type, parts[0]->range, "the value")
+                                            : explicitConvert(parts[0], type, range);
+}
+
+// The pointer that stands for a reference member; nothing, and a diagnostic, where the member
+// cannot refer to the value.
+tree::Expr* Sema::referenceTo(const Type* pointer, tree::Expr* target) {
+    if (target == nullptr) {
+        return nullptr;
+    }
+    if (!target->lvalue || target->type != pointer->element || target->space != pointer->space ||
+        (target->isConst && !pointer->constPointee)) {
+        error(target->range, "a reference to '" + toText(pointer->element) +
+                                 "' cannot refer to this value of the type '" +
+                                 toText(target->type) + "'");
+        return nullptr;
+    }
+    noteAssigned(target);
+    tree::Expr* result = makeExpr(ExprKind::addressOf, pointer, target->range);
+    result->a = target;
+    return finish(result);
 }
 
 // An array or struct from a list, whose inner braces may be left out.
@@ -472,7 +512,10 @@ tree::Expr* Sema::aggregate(const Type* type, std::span<ast::Expr* const> items,
                 made = aggregate(part, items, {}, used, item->range);
             }
         } else {
-            made = initialise(part, item, ast::InitKind::brace);
+            const bool reference =
+                type->isStruct() && type->structure->fields[position].isReference;
+            made = reference ? referenceTo(part, value(item))
+                             : initialise(part, item, ast::InitKind::brace);
             ++used;
         }
         if (made == nullptr) {

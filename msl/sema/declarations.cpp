@@ -223,11 +223,8 @@ void Sema::globalVariable(const ast::Variable* syntax) {
     if (type == nullptr || !checkSize(type, syntax->range)) {
         return;
     }
-    for (const auto& attribute : syntax->attributes) {
-        if (attribute.name->text == "function_constant") {
-            error(attribute.range, "function constants are not supported");
-            return;
-        }
+    if (!attributeNumbers(syntax->attributes)) {
+        return;
     }
     tree::Variable* variable = makeVariable(*syntax, type, tree::VariableKind::global);
     variable->space = AddressSpace::constant;
@@ -236,6 +233,14 @@ void Sema::globalVariable(const ast::Variable* syntax) {
             symbol->variable = variable;
         }
         return;
+    }
+    for (const auto& attribute : syntax->attributes) {
+        if (attribute.name->text == "function_constant") {
+            if (givenConstant(*variable, attribute)) {
+                symbol->variable = variable;
+            }
+            return;
+        }
     }
     if (type->isVoid() || type->isPointer() || type->isReference() || type->isResource()) {
         error(syntax->range, "a program variable cannot have the type '" + toText(type) + "'");
@@ -266,6 +271,35 @@ void Sema::globalVariable(const ast::Variable* syntax) {
     }
     variable->init = init;
     symbol->variable = variable;
+}
+
+// constant T name [[function_constant(n)]];
+bool Sema::givenConstant(tree::Variable& variable, const ast::Attribute& attribute) {
+    const Type* type = variable.type;
+    if (!attribute.hasNumber) {
+        error(attribute.range, "'[[function_constant]]' needs a number");
+        return false;
+    }
+    if (!type->isScalar() || type->size == 8) {
+        error(variable.range, "a function constant of the type '" + toText(type) +
+                                  "' is not supported; scalars of at most 32 bits are");
+        return false;
+    }
+    for (const auto& other : unit_.constants) {
+        if (other.index == attribute.number) {
+            error(attribute.range, "the function constant " + std::to_string(attribute.number) +
+                                       " is taken already");
+            return false;
+        }
+    }
+    variable.isConst = true;
+    variable.init = functionConstant(type, attribute.number, variable.range);
+    const auto kind = type->isBool()       ? FunctionConstantType::boolean
+                      : type->isFloating() ? FunctionConstantType::number
+                      : type->isSigned()   ? FunctionConstantType::signedInteger
+                                           : FunctionConstantType::unsignedInteger;
+    unit_.constants.push_back({std::string(variable.name->text), attribute.number, kind});
+    return true;
 }
 
 } // namespace msl

@@ -84,13 +84,22 @@ tree::Expr* Sema::fieldExpr(tree::Expr* base, uint32_t index, Range range) {
     expr->lvalue = base->lvalue;
     expr->isConst = base->isConst;
     expr->space = base->space;
-    if (expr->type->isReference()) {
-        expr->lvalue = true;
-        expr->isConst = expr->type->constPointee;
-        expr->space = expr->type->space;
-        expr->type = expr->type->element;
-    }
     return finish(expr);
+}
+
+tree::Expr* Sema::derefExpr(tree::Expr* pointer, Range range) {
+    tree::Expr* expr = makeExpr(ExprKind::deref, pointer->type->element, range);
+    expr->a = pointer;
+    expr->lvalue = true;
+    expr->isConst = pointer->type->constPointee;
+    expr->space = pointer->type->space;
+    return finish(expr);
+}
+
+// A member as the source names it; a reference stands for what it refers to.
+tree::Expr* Sema::memberOf(tree::Expr* base, uint32_t index, Range range) {
+    tree::Expr* expr = fieldExpr(base, index, range);
+    return base->type->structure->fields[index].isReference ? derefExpr(expr, range) : expr;
 }
 
 tree::Expr* Sema::value(const ast::Expr* expr) {
@@ -264,7 +273,7 @@ tree::Expr* Sema::nameExpression(const ast::Expr* expr) {
         const Type* self = state_->function->self->type;
         for (uint32_t i = 0; i < self->structure->fields.size(); ++i) {
             if (self->structure->fields[i].name == name.name) {
-                return fieldExpr(variableExpr(state_->function->self, expr->range), i, expr->range);
+                return memberOf(variableExpr(state_->function->self, expr->range), i, expr->range);
             }
         }
     }
@@ -309,12 +318,7 @@ tree::Expr* Sema::memberExpression(const ast::Expr* expr) {
             error(expr->range, "'->' needs a pointer, not '" + toText(base->type) + "'");
             return nullptr;
         }
-        tree::Expr* target = makeExpr(ExprKind::deref, base->type->element, expr->range);
-        target->a = base;
-        target->lvalue = true;
-        target->isConst = base->type->constPointee;
-        target->space = base->type->space;
-        base = finish(target);
+        base = derefExpr(base, expr->range);
     }
     const Name name = expr->name->name;
     if (base->type->isVector()) {
@@ -324,7 +328,7 @@ tree::Expr* Sema::memberExpression(const ast::Expr* expr) {
         const auto& fields = base->type->structure->fields;
         for (uint32_t i = 0; i < fields.size(); ++i) {
             if (fields[i].name == name) {
-                return fieldExpr(base, i, expr->range);
+                return memberOf(base, i, expr->range);
             }
         }
         const uint32_t before = diagnostics_.errorCount();
@@ -463,12 +467,7 @@ tree::Expr* Sema::unary(const ast::Expr* expr) {
         if (!operand->type->isPointer()) {
             return refuse();
         }
-        tree::Expr* result = makeExpr(ExprKind::deref, operand->type->element, expr->range);
-        result->a = operand;
-        result->lvalue = true;
-        result->isConst = operand->type->constPointee;
-        result->space = operand->type->space;
-        return finish(result);
+        return derefExpr(operand, expr->range);
     }
     case TokenKind::exclamation: {
         if (!operand->type->isArithmetic()) {
@@ -525,10 +524,6 @@ bool Sema::writable(const tree::Expr* expr, Range range) {
                          ? "'" + std::string(root->variable->name->text) +
                                "' is constant and cannot be written"
                          : "a constant cannot be written");
-        return false;
-    }
-    if (expr->type->isResource()) {
-        error(range, "a '" + toText(expr->type) + "' cannot be assigned");
         return false;
     }
     noteAssigned(expr);

@@ -66,7 +66,7 @@ tree::Function* Sema::makeFunction(const ast::Function& syntax, const Type* self
             good = false;
             continue;
         }
-        if (!reference && type->isArray()) {
+        if (!reference && type->isArray() && named->kind == ast::TypeSyntaxKind::array) {
             type = types_.pointer(type->element,
                                   named->space == AddressSpace::none ? AddressSpace::thread
                                                                      : named->space,
@@ -118,7 +118,7 @@ void Sema::functionDeclaration(const ast::Decl* decl) {
         diagnostics_.warning(syntax.range, "the kernel '" + std::string(syntax.name->text) +
                                                "' is skipped: only vertex and fragment "
                                                "functions are compiled");
-        sawKernel_ = true;
+        unit_.hasKernels = true;
         return;
     }
     if (!syntax.qualifiedName->spaces.empty()) {
@@ -326,8 +326,11 @@ void Sema::analyseBody(tree::Function& function, StructRecord* record) {
                 good = false;
                 continue;
             }
-            tree::Expr* source = fromList(field->type, init->init->items, {}, init->range,
-                                          init->initKind == ast::InitKind::brace);
+            const auto& given = init->init->items;
+            tree::Expr* source = field->isReference && given.size() == 1
+                                     ? referenceTo(field->type, value(given[0]))
+                                     : fromList(field->type, given, {}, init->range,
+                                                init->initKind == ast::InitKind::brace);
             if (source == nullptr) {
                 good = false;
                 continue;

@@ -277,11 +277,6 @@ tree::Expr* Sema::assign(const ast::Expr* expr) {
         if (source == nullptr || !writable(target, expr->range)) {
             return nullptr;
         }
-        if (target->type->isPointer()) {
-            error(expr->range, "a pointer keeps what it is initialised with; assigning it is not "
-                               "supported");
-            return nullptr;
-        }
         tree::Expr* result = makeExpr(ExprKind::assign, target->type, expr->range);
         result->a = target;
         result->b = source;

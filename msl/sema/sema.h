@@ -115,6 +115,7 @@ class Sema {
     };
     class DepthGuard;
     class Context;
+    class TextureCall;
 
     // names.cpp
     Symbol* lookup(Name name) const;
@@ -152,6 +153,7 @@ class Sema {
     tree::Function* makeFunction(const ast::Function& syntax, const Type* self);
     void analyseBody(tree::Function& function, StructRecord* record);
     void globalVariable(const ast::Variable* variable);
+    bool givenConstant(tree::Variable& variable, const ast::Attribute& attribute);
     tree::Variable* makeVariable(const ast::Variable& syntax, const Type* type,
                                  tree::VariableKind kind);
     bool sameParameters(const tree::Function& a, const tree::Function& b) const;
@@ -192,6 +194,9 @@ class Sema {
     tree::Expr* constantExpr(const Type* type, uint64_t bits, Range range);
     tree::Expr* variableExpr(tree::Variable* variable, Range range);
     tree::Expr* fieldExpr(tree::Expr* base, uint32_t index, Range range);
+    tree::Expr* memberOf(tree::Expr* base, uint32_t index, Range range);
+    tree::Expr* derefExpr(tree::Expr* pointer, Range range);
+    tree::Expr* referenceTo(const Type* pointer, tree::Expr* target);
     bool binaryOperands(TokenKind op, tree::Expr*& a, tree::Expr*& b, Range range);
     tree::Expr* makeBinary(TokenKind op, tree::Expr* a, tree::Expr* b, Range range);
     tree::Expr* operatorCall(std::string_view name, std::vector<tree::Expr*> operands, Range range,
@@ -213,6 +218,7 @@ class Sema {
     tree::Expr* initialise(const Type* type, const ast::Expr* init, ast::InitKind kind);
     tree::Expr* fromList(const Type* type, std::span<ast::Expr* const> items,
                          std::span<const Name> designators, Range range, bool braces);
+    bool wrapsElements(const Type* type, std::span<ast::Expr* const> items) const;
     tree::Expr* aggregate(const Type* type, std::span<ast::Expr* const> items,
                           std::span<const Name> designators, size_t& used, Range range);
     tree::Expr* vectorFrom(const Type* type, std::vector<tree::Expr*> parts, Range range);
@@ -228,6 +234,10 @@ class Sema {
     bool isSpecialisation(const Overload& overload, const ast::QualifiedName& name);
     tree::Expr* callOverloads(uint32_t set, tree::Expr* self, std::vector<tree::Expr*>& arguments,
                               const ast::QualifiedName* name, Range range, bool quiet);
+    tree::Expr* unusualCall(const ast::Expr* expr, std::string_view name, bool& found);
+    tree::Expr* functionConstant(const Type* type, uint32_t index, Range range);
+    tree::Expr* atomicCall(const ast::Expr* expr, ir::Op whenSigned, ir::Op whenUnsigned,
+                           size_t values);
     tree::Expr* callLibrary(std::span<const LibraryFunction> functions,
                             std::vector<tree::Expr*>& arguments, Range range);
     tree::Expr* tryLibrary(const LibraryFunction& function, std::vector<tree::Expr*>& arguments,
@@ -302,7 +312,6 @@ class Sema {
     uint32_t depth_ = 0;
     uint32_t templateDepth_ = 0;
     uint32_t constantSteps_ = 0;
-    bool sawKernel_ = false;
 };
 
 // A template of a struct, an alias or a variable, with its specialisations.

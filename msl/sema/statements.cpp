@@ -490,11 +490,6 @@ tree::Stmt* Sema::localVariable(const ast::Variable* syntax) {
         }
     } else if (init == nullptr) {
         const auto* record = recordOf(type);
-        if (type->isPointer()) {
-            error(syntax->range, "a pointer needs something to point to");
-            symbol->variable = nullptr;
-            return nullptr;
-        }
         if (variable->isConst) {
             error(syntax->range,
                   "the constant '" + std::string(syntax->name->text) + "' needs a value");
@@ -509,7 +504,7 @@ tree::Stmt* Sema::localVariable(const ast::Variable* syntax) {
     if (variable->isConst) {
         variable->init = init;
     }
-    if (type->isPointer()) {
+    if (type->isPointer() && init != nullptr) {
         noteAssigned(init);
     }
     if (syntax->isConstexpr && init != nullptr && type->isScalar()) {

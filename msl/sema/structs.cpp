@@ -99,7 +99,12 @@ void Sema::structFields(const ast::Decl* decl, Type* type, StructRecord& record)
             if (variable->init != nullptr) {
                 record.defaults.push_back({static_cast<uint32_t>(fields.size()), variable->init});
             }
-            fields.push_back({variable->name, fieldType, 0});
+            const bool reference = fieldType->isReference();
+            if (reference) {
+                fieldType =
+                    types_.pointer(fieldType->element, fieldType->space, fieldType->constPointee);
+            }
+            fields.push_back({variable->name, fieldType, 0, reference});
         }
     }
     uint64_t total = 0;

@@ -182,6 +182,14 @@ const Type* Sema::resolveTemplate(const ast::QualifiedName& name) {
                              : matrixType(element->kind, static_cast<uint32_t>(*count),
                                           static_cast<uint32_t>(*rows));
     }
+    if (text == "atomic") {
+        const Type* element = argument(0);
+        if (element != nullptr && element != intType() && element != uintType()) {
+            error(name.range, "atomics hold int or uint, not '" + toText(element) + "'");
+            return nullptr;
+        }
+        return element == nullptr ? nullptr : atomicType(element->isSigned());
+    }
     return resolveTexture(name);
 }
 
@@ -199,7 +207,13 @@ const Type* Sema::resolveTexture(const ast::QualifiedName& name) {
         {"texturecube", TextureShape::textureCube, false},
         {"texture2d_array", TextureShape::texture2dArray, false},
         {"texturecube_array", TextureShape::textureCubeArray, false},
+        {"texture1d_array", TextureShape::texture1dArray, false},
+        {"texture2d_ms", TextureShape::texture2dMultisample, false},
+        {"texture2d_ms_array", TextureShape::texture2dMultisampleArray, false},
+        {"texture_buffer", TextureShape::textureBuffer, false},
         {"depth2d", TextureShape::texture2d, true},
+        {"depth2d_ms", TextureShape::texture2dMultisample, true},
+        {"depth2d_ms_array", TextureShape::texture2dMultisampleArray, true},
         {"depthcube", TextureShape::textureCube, true},
         {"depth2d_array", TextureShape::texture2dArray, true},
         {"depthcube_array", TextureShape::textureCubeArray, true},
@@ -229,9 +243,12 @@ const Type* Sema::resolveTexture(const ast::QualifiedName& name) {
                                   : std::string_view();
             if (word == "read") {
                 access = TextureAccess::read;
+            } else if (word == "write") {
+                access = TextureAccess::write;
+            } else if (word == "read_write") {
+                access = TextureAccess::readWrite;
             } else if (word != "sample") {
-                error(name.range, "textures are only sampled and read; access '" +
-                                      std::string(word) + "' is not supported");
+                error(name.range, "a texture's access is sample, read, write or read_write");
                 return nullptr;
             }
         }

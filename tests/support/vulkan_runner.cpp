@@ -20,7 +20,8 @@ class Resources {
     Resources(const Resources&) = delete;
     Resources& operator=(const Resources&) = delete;
 
-    void make(const msl::EntryPoint& entry, std::span<const std::vector<std::byte>> contents);
+    void make(const msl::EntryPoint& entry, std::span<const std::vector<std::byte>> contents,
+              std::span<const std::byte> argumentContents);
     VkPipelineLayout layout() const { return layout_; }
     std::span<const VkDescriptorSet> sets() const { return sets_; }
 
@@ -31,6 +32,8 @@ class Resources {
         size_t index;
     };
     void add(uint32_t binding, VkDescriptorType type, size_t index);
+    void addBuffer(uint32_t binding, std::span<const std::byte> contents, size_t least);
+    void addTexture(uint32_t binding, const msl::TextureBinding& texture);
     void addSampler(uint32_t binding, const msl::SamplerOptions& options);
     void makeSets();
 
@@ -71,30 +74,52 @@ void Resources::add(uint32_t binding, VkDescriptorType type, size_t index) {
     writes_.push_back({binding, type, index});
 }
 
+void Resources::addBuffer(uint32_t binding, std::span<const std::byte> contents, size_t least) {
+    buffers_.push_back(
+        gpu_.makeBuffer(std::max(contents.size(), least), VK_BUFFER_USAGE_STORAGE_BUFFER_BIT));
+    if (!contents.empty()) {
+        std::memcpy(buffers_.back().data, contents.data(), contents.size());
+    }
+    bufferInfos_.push_back({buffers_.back().buffer, 0, VK_WHOLE_SIZE});
+    add(binding, VK_DESCRIPTOR_TYPE_STORAGE_BUFFER, bufferInfos_.size() - 1);
+}
+
+void Resources::addTexture(uint32_t binding, const msl::TextureBinding& texture) {
+    images_.push_back(gpu_.makeTexture(texture));
+    imageInfos_.push_back({VK_NULL_HANDLE, images_.back().view, VK_IMAGE_LAYOUT_GENERAL});
+    add(binding,
+        texture.writable ? VK_DESCRIPTOR_TYPE_STORAGE_IMAGE : VK_DESCRIPTOR_TYPE_SAMPLED_IMAGE,
+        imageInfos_.size() - 1);
+}
+
 void Resources::addSampler(uint32_t binding, const msl::SamplerOptions& options) {
     samplers_.push_back(gpu_.makeSampler(options));
     imageInfos_.push_back({samplers_.back(), VK_NULL_HANDLE, VK_IMAGE_LAYOUT_UNDEFINED});
     add(binding, VK_DESCRIPTOR_TYPE_SAMPLER, imageInfos_.size() - 1);
 }
 
-void Resources::make(const msl::EntryPoint& entry,
-                     std::span<const std::vector<std::byte>> contents) {
+void Resources::make(const msl::EntryPoint& entry, std::span<const std::vector<std::byte>> contents,
+                     std::span<const std::byte> argumentContents) {
+    const std::vector<std::byte> nothing;
     for (size_t i = 0; i < entry.buffers.size(); ++i) {
-        const size_t given = i < contents.size() ? contents[i].size() : 0;
-        buffers_.push_back(gpu_.makeBuffer(std::max<size_t>(given, entry.buffers[i].size),
-                                           VK_BUFFER_USAGE_STORAGE_BUFFER_BIT));
-        if (given > 0) {
-            std::memcpy(buffers_.back().data, contents[i].data(), given);
-        }
-        bufferInfos_.push_back({buffers_.back().buffer, 0, VK_WHOLE_SIZE});
-        add(msl::kBufferBinding + entry.buffers[i].index, VK_DESCRIPTOR_TYPE_STORAGE_BUFFER,
-            bufferInfos_.size() - 1);
+        addBuffer(msl::kBufferBinding + entry.buffers[i].index,
+                  i < contents.size() ? contents[i] : nothing, entry.buffers[i].size);
     }
     for (const auto& texture : entry.textures) {
-        images_.push_back(gpu_.makeTexture(texture));
-        imageInfos_.push_back({VK_NULL_HANDLE, images_.back().view, VK_IMAGE_LAYOUT_GENERAL});
-        add(msl::kTextureBinding + texture.index, VK_DESCRIPTOR_TYPE_SAMPLED_IMAGE,
-            imageInfos_.size() - 1);
+        addTexture(msl::kTextureBinding + texture.index, texture);
+    }
+    for (const auto& argument : entry.arguments) {
+        switch (argument.kind) {
+        case msl::ArgumentKind::texture:
+            addTexture(argument.binding, argument.texture);
+            break;
+        case msl::ArgumentKind::sampler:
+            addSampler(argument.binding, {});
+            break;
+        case msl::ArgumentKind::buffer:
+            addBuffer(argument.binding, argumentContents, argument.size);
+            break;
+        }
     }
     for (const auto& sampler : entry.samplers) {
         addSampler(msl::kSamplerBinding + sampler.index, {});
@@ -119,9 +144,10 @@ void Resources::makeSets() {
     layoutInfo.setLayoutCount = 2;
     layoutInfo.pSetLayouts = setLayouts_.data();
     vkCreatePipelineLayout(device, &layoutInfo, nullptr, &layout_);
-    const std::array<VkDescriptorPoolSize, 3> sizes{{{VK_DESCRIPTOR_TYPE_STORAGE_BUFFER, 32},
+    const std::array<VkDescriptorPoolSize, 4> sizes{{{VK_DESCRIPTOR_TYPE_STORAGE_BUFFER, 32},
                                                      {VK_DESCRIPTOR_TYPE_SAMPLED_IMAGE, 32},
-                                                     {VK_DESCRIPTOR_TYPE_SAMPLER, 32}}};
+                                                     {VK_DESCRIPTOR_TYPE_SAMPLER, 32},
+                                                     {VK_DESCRIPTOR_TYPE_STORAGE_IMAGE, 8}}};
     VkDescriptorPoolCreateInfo poolInfo{};
     poolInfo.sType = VK_STRUCTURE_TYPE_DESCRIPTOR_POOL_CREATE_INFO;
     poolInfo.maxSets = 2;
@@ -178,6 +204,7 @@ VkPipeline makePipeline(VkDevice device, VkShaderModule shader, VkPipelineLayout
     viewportState.pScissors = &scissor;
     VkPipelineRasterizationStateCreateInfo raster{};
     raster.sType = VK_STRUCTURE_TYPE_PIPELINE_RASTERIZATION_STATE_CREATE_INFO;
+    raster.frontFace = VK_FRONT_FACE_CLOCKWISE; // as Metal has it
     raster.lineWidth = 1;
     VkPipelineMultisampleStateCreateInfo multisample{};
     multisample.sType = VK_STRUCTURE_TYPE_PIPELINE_MULTISAMPLE_STATE_CREATE_INFO;
@@ -275,7 +302,7 @@ VulkanRunner* VulkanRunner::shared() {
 
 std::optional<std::array<float, 4>>
 VulkanRunner::draw(const msl::Module& module, std::span<const std::vector<std::byte>> contents,
-                   std::string& problem) {
+                   std::string& problem, const Extras& extras) {
     const auto fragment = std::find_if(
         module.entryPoints.begin(), module.entryPoints.end(),
         [](const msl::EntryPoint& entry) { return entry.stage == msl::Stage::fragment; });
@@ -285,14 +312,25 @@ VulkanRunner::draw(const msl::Module& module, std::span<const std::vector<std::b
     }
     const VkDevice device = device_->handle();
     Resources resources(*device_);
-    resources.make(*fragment, contents);
+    resources.make(*fragment, contents, extras.argumentBuffer);
     VkShaderModuleCreateInfo shaderInfo{};
     shaderInfo.sType = VK_STRUCTURE_TYPE_SHADER_MODULE_CREATE_INFO;
     shaderInfo.codeSize = module.words.size() * sizeof(uint32_t);
     shaderInfo.pCode = module.words.data();
     VkShaderModule shader = VK_NULL_HANDLE;
     vkCreateShaderModule(device, &shaderInfo, nullptr, &shader);
-    const VkPipeline pipeline = makePipeline(device, shader, resources.layout(), {});
+    VkSpecializationInfo constants{};
+    constants.mapEntryCount = static_cast<uint32_t>(extras.constants.size());
+    std::vector<VkSpecializationMapEntry> entries;
+    std::vector<uint32_t> values;
+    for (const auto& [id, bits] : extras.constants) {
+        entries.push_back({id, static_cast<uint32_t>(values.size() * sizeof(bits)), sizeof(bits)});
+        values.push_back(bits);
+    }
+    constants.pMapEntries = entries.data();
+    constants.dataSize = values.size() * sizeof(uint32_t);
+    constants.pData = values.data();
+    const VkPipeline pipeline = makePipeline(device, shader, resources.layout(), constants);
     std::optional<std::array<float, 4>> result;
     if (pipeline == VK_NULL_HANDLE) {
         problem = "the pipeline is refused";

@@ -8,6 +8,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "msl/msl.h"
@@ -24,12 +25,22 @@ class VulkanRunner {
     VulkanRunner(const VulkanRunner&) = delete;
     VulkanRunner& operator=(const VulkanRunner&) = delete;
 
+    struct Extras {
+        std::vector<std::byte> argumentBuffer; // what each buffer inside an argument buffer holds
+        std::vector<std::pair<uint32_t, uint32_t>> constants; // specialisation ids and their bits
+    };
+
     // Draws v_main and f_main on 4 × 4 pixels of four floats each and gives the pixel at (0, 0).
     // `buffers` fill the fragment buffers in the order of the entry point's list; textures are
     // filled as VulkanTestDevice::makeTexture says. Nothing, and `problem`, where Vulkan refuses.
     std::optional<std::array<float, 4>> draw(const msl::Module& module,
                                              std::span<const std::vector<std::byte>> buffers,
-                                             std::string& problem);
+                                             std::string& problem, const Extras& extras);
+    std::optional<std::array<float, 4>> draw(const msl::Module& module,
+                                             std::span<const std::vector<std::byte>> buffers,
+                                             std::string& problem) {
+        return draw(module, buffers, problem, {});
+    }
 
   private:
     explicit VulkanRunner(std::unique_ptr<VulkanTestDevice> device);

@@ -149,6 +149,10 @@ VulkanTestDevice::Image VulkanTestDevice::makeTexture(const msl::TextureBinding&
     ImageShape shape;
     shape.usage = VK_IMAGE_USAGE_SAMPLED_BIT | VK_IMAGE_USAGE_TRANSFER_DST_BIT;
     shape.levels = 3;
+    if (binding.writable) {
+        shape.usage |= VK_IMAGE_USAGE_STORAGE_BIT;
+        shape.levels = 1;
+    }
     shape.format =
         binding.depth                                               ? VK_FORMAT_D32_SFLOAT
         : binding.component == msl::TextureComponent::intComponent  ? VK_FORMAT_R32G32B32A32_SINT
@@ -179,6 +183,30 @@ VulkanTestDevice::Image VulkanTestDevice::makeTexture(const msl::TextureBinding&
         shape.view = VK_IMAGE_VIEW_TYPE_CUBE_ARRAY;
         shape.layers = 12;
         break;
+    case msl::TextureShape::texture1dArray:
+        shape.type = VK_IMAGE_TYPE_1D;
+        shape.view = VK_IMAGE_VIEW_TYPE_1D_ARRAY;
+        shape.height = 1;
+        shape.layers = 3;
+        break;
+    case msl::TextureShape::texture2dMultisampleArray:
+        shape.view = VK_IMAGE_VIEW_TYPE_2D_ARRAY;
+        shape.layers = 3;
+        [[fallthrough]];
+    case msl::TextureShape::texture2dMultisample: {
+        shape.samples = VK_SAMPLE_COUNT_4_BIT;
+        shape.levels = 1;
+        if (binding.depth) {
+            shape.usage |= VK_IMAGE_USAGE_DEPTH_STENCIL_ATTACHMENT_BIT;
+        } else {
+            shape.usage |= VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT;
+        }
+        const Image image = makeImage(shape);
+        clear(image, binding.depth);
+        return image;
+    }
+    case msl::TextureShape::textureBuffer:
+        break; // a buffer, which no test draws with
     }
     const Image image = makeImage(shape);
     fill(image, shape, binding.component);
@@ -235,6 +263,24 @@ void VulkanTestDevice::fill(const Image& image, const ImageShape& shape,
                VK_IMAGE_LAYOUT_GENERAL);
     finish(commands);
     release(staging);
+}
+
+void VulkanTestDevice::clear(const Image& image, bool depth) {
+    const VkImageAspectFlags aspect = depth ? VK_IMAGE_ASPECT_DEPTH_BIT : VK_IMAGE_ASPECT_COLOR_BIT;
+    const VkImageSubresourceRange all{aspect, 0, VK_REMAINING_MIP_LEVELS, 0,
+                                      VK_REMAINING_ARRAY_LAYERS};
+    VkCommandBuffer commands = begin();
+    transition(commands, image.image, aspect, VK_IMAGE_LAYOUT_UNDEFINED, VK_IMAGE_LAYOUT_GENERAL);
+    if (depth) {
+        const VkClearDepthStencilValue value{0.5F, 0};
+        vkCmdClearDepthStencilImage(commands, image.image, VK_IMAGE_LAYOUT_GENERAL, &value, 1,
+                                    &all);
+    } else {
+        const VkClearColorValue value{{1, 2, 3, 4}};
+        vkCmdClearColorImage(commands, image.image, VK_IMAGE_LAYOUT_GENERAL, &value, 1, &all);
+    }
+    transition(commands, image.image, aspect, VK_IMAGE_LAYOUT_GENERAL, VK_IMAGE_LAYOUT_GENERAL);
+    finish(commands);
 }
 
 VkSampler VulkanTestDevice::makeSampler(const msl::SamplerOptions& options) {

@@ -50,7 +50,8 @@ class VulkanTestDevice {
     Image makeImage(const ImageShape& shape);
     void release(const Image& image);
     // Texel (x, y) of layer or slice z on level l holds (x, y, x + 4y + 16z, 1 + l); that of a
-    // depth texture (x + 4y + 16z) / 128.
+    // depth texture (x + 4y + 16z) / 128. Every sample of a multisample texture is (1, 2, 3, 4), or
+    // 0.5.
     Image makeTexture(const msl::TextureBinding& binding);
     VkSampler makeSampler(const msl::SamplerOptions& options);
 
@@ -62,6 +63,7 @@ class VulkanTestDevice {
 
   private:
     uint32_t memoryType(uint32_t bits, VkMemoryPropertyFlags wanted) const;
+    void clear(const Image& image, bool depth);
     void fill(const Image& image, const ImageShape& shape, msl::TextureComponent component);
 
     VkInstance instance_ = VK_NULL_HANDLE;
