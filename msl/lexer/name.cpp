@@ -83,6 +83,17 @@ constexpr KeywordText kKeywords[] = {
     {"register", Keyword::registerWord},
     {"mutable", Keyword::mutableWord},
     {"__attribute__", Keyword::attributeWord},
+    {"and", Keyword::andWord},
+    {"and_eq", Keyword::andEqualWord},
+    {"bitand", Keyword::bitandWord},
+    {"bitor", Keyword::bitorWord},
+    {"compl", Keyword::complWord},
+    {"not", Keyword::notWord},
+    {"not_eq", Keyword::notEqualWord},
+    {"or", Keyword::orWord},
+    {"or_eq", Keyword::orEqualWord},
+    {"xor", Keyword::xorWord},
+    {"xor_eq", Keyword::xorEqualWord},
 };
 
 constexpr size_t kKeywordSlots = 256;

@@ -88,6 +88,18 @@ enum class Keyword : uint8_t {
     registerWord,
     mutableWord,
     attributeWord,
+    // other spellings of operators, which the lexer replaces
+    andWord,
+    andEqualWord,
+    bitandWord,
+    bitorWord,
+    complWord,
+    notWord,
+    notEqualWord,
+    orWord,
+    orEqualWord,
+    xorWord,
+    xorEqualWord,
 };
 
 // What the parser knows a name to be at the place it has reached.

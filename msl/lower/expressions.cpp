@@ -95,6 +95,10 @@ Lowerer::Value Lowerer::valueAtDepth(const tree::Expr* expr) {
     }
     case ExprKind::bitCast: {
         const Value a = value(expr->a);
+        const Type* from = unpacked(expr->a->type);
+        if (from->scalar()->size < 4 || expr->type->scalar()->size < 4) {
+            return fromWords(wordsOf(a, from), expr->type);
+        }
         return builder_.unary(Op::bitcast, irType(expr->type), a);
     }
     case ExprKind::construct:

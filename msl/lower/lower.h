@@ -100,6 +100,7 @@ class Lowerer {
     Place place(const tree::Expr* expr);
     Place placeAtDepth(const tree::Expr* expr);
     Place pointerTarget(const tree::Expr* expr);
+    Place castTarget(const tree::Expr* expr);
     Place variablePlace(const tree::Expr* expr);
     Place valuePlace(const Type* type, Value value);
     Place spilled(const Place& place);
@@ -175,6 +176,10 @@ class Lowerer {
 
     // atomics.cpp
     Value atomic(const tree::Expr* expr);
+
+    // bits.cpp
+    std::vector<Value> wordsOf(Value value, const Type* type);
+    Value fromWords(const std::vector<Value>& words, const Type* type);
 
     // words.cpp
     bool needsWords(const Type* type) const;

@@ -161,6 +161,9 @@ Lowerer::Place Lowerer::pointerTarget(const tree::Expr* expr) {
             value(expr->a);
             return pointerTarget(expr->b);
         }
+        if (expr->kind == ExprKind::convert) {
+            return castTarget(expr);
+        }
         const Binding* binding = findBinding(expr);
         if (binding != nullptr && binding->kind == Binding::Kind::place) {
             return binding->place;
@@ -175,6 +178,21 @@ Lowerer::Place Lowerer::pointerTarget(const tree::Expr* expr) {
         error(expr->range, "this pointer's target is not known when compiling");
     }
     return valuePlace(expr->type->element, builder_.undefined(irType(expr->type->element)));
+}
+
+// What a pointer that is cast to another element type points to.
+Lowerer::Place Lowerer::castTarget(const tree::Expr* expr) {
+    Place target = pointerTarget(expr->a);
+    const Type* type = expr->type->element;
+    if (target.root == Place::Root::words) {
+        target.type = target.rootType = type;
+    } else if (target.type->isVector() && type == target.type->element) {
+        addStep(target, {false, 0}, type);
+    }
+    if (target.type != type) {
+        error(expr->range, "this pointer's target cannot be seen as '" + toText(type) + "'");
+    }
+    return target;
 }
 
 // Moves a pointer's target by an index within the array that it lies in.

@@ -77,7 +77,7 @@ std::optional<Lowerer::Binding> Lowerer::bufferResource(const Type* held, bool m
         error(range, "a buffer lies in the 'constant' or 'device' address space");
         return std::nullopt;
     }
-    const bool words = needsWords(held);
+    const bool words = unit_->castsPointers || needsWords(held);
     const ir::TypeId layout = words ? builder_.array(ir::kInt, 0, 4) : layoutType(held, range);
     if (layout == ir::kVoid) {
         return std::nullopt;

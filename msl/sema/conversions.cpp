@@ -210,14 +210,34 @@ tree::Expr* Sema::explicitConvert(tree::Expr* expr, const Type* to, Range range)
     if (to->isMatrix() && from->isScalar()) {
         return matrixFrom(to, {expr}, range);
     }
-    if (to->isPointer() && from->isPointer() && from->element == to->element) {
-        return convertTo(expr, to);
+    if (to->isPointer() && from->isPointer() && from->space == to->space) {
+        if (from->element == to->element) {
+            return convertTo(expr, to);
+        }
+        return pointerCast(expr, to, range);
     }
     if (rank(from, to) == Rank::none) {
         error(range, "'" + toText(from) + "' does not convert to '" + toText(to) + "'");
         return nullptr;
     }
     return convertTo(expr, to);
+}
+
+// Buffers under a pointer that is cast are seen as words, which have any type. Elsewhere only the
+// components of a vector can be walked.
+tree::Expr* Sema::pointerCast(tree::Expr* expr, const Type* to, Range range) {
+    const Type* from = expr->type;
+    const bool components = from->element->isVector() && to->element == from->element->element;
+    const bool buffer =
+        from->space == AddressSpace::constant || from->space == AddressSpace::device;
+    if (!components && (!buffer || to->element->holdsResources() || to->element->isVoid())) {
+        error(range, "'" + toText(from) + "' does not convert to '" + toText(to) + "'");
+        return nullptr;
+    }
+    unit_.castsPointers = unit_.castsPointers || !components;
+    tree::Expr* result = makeExpr(ExprKind::convert, to, range);
+    result->a = expr;
+    return finish(result);
 }
 
 // Small integers and enumerations become int, as C++ promotes operands.

@@ -180,15 +180,11 @@ tree::Expr* Sema::expressionAtDepth(const ast::Expr* expr) {
                                    "'");
             return nullptr;
         }
-        if (type->scalar()->size < 4 || operand->type->scalar()->size < 4) {
-            if (type->scalar()->kind != operand->type->scalar()->kind &&
-                (type->scalar()->isFloating() || operand->type->scalar()->isFloating() ||
-                 type->scalar()->size != operand->type->scalar()->size)) {
-                error(expr->range, "'as_type' between '" + toText(operand->type) + "' and '" +
-                                       toText(type) + "' is not supported");
-                return nullptr;
-            }
-            return convertTo(operand, type);
+        const bool small = type->scalar()->size < 4 || operand->type->scalar()->size < 4;
+        if (small && (type->scalar()->size == 8 || operand->type->scalar()->size == 8)) {
+            error(expr->range, "'as_type' between '" + toText(operand->type) + "' and '" +
+                                   toText(type) + "' is not supported");
+            return nullptr;
         }
         tree::Expr* result = makeExpr(ExprKind::bitCast, unpacked(type), expr->range);
         result->a = operand;

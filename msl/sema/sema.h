@@ -214,6 +214,7 @@ class Sema {
     tree::Expr* convertTo(tree::Expr* expr, const Type* to);
     tree::Expr* explicitConvert(tree::Expr* expr, const Type* to, Range range);
     tree::Expr* promote(tree::Expr* expr);
+    tree::Expr* pointerCast(tree::Expr* expr, const Type* to, Range range);
     const Type* commonScalar(const Type* a, const Type* b) const;
     tree::Expr* initialise(const Type* type, const ast::Expr* init, ast::InitKind kind);
     tree::Expr* fromList(const Type* type, std::span<ast::Expr* const> items,

@@ -167,6 +167,7 @@ struct Unit {
     std::vector<FunctionConstant> constants;
     uint32_t globalCount = 0;
     bool hasKernels = false;
+    bool castsPointers = false; // to another element type, other than a vector's component
 };
 
 } // namespace msl::tree

@@ -176,18 +176,18 @@ void Resources::makeSets() {
     }
 }
 
-VkPipeline makePipeline(VkDevice device, VkShaderModule shader, VkPipelineLayout layout,
+VkPipeline makePipeline(VkDevice device, VkPipelineLayout layout,
+                        const std::array<VkShaderModule, 2>& shaders,
+                        const std::array<std::string, 2>& names,
                         const VkSpecializationInfo& constants) {
     std::array<VkPipelineShaderStageCreateInfo, 2> stages{};
-    for (auto& stage : stages) {
-        stage.sType = VK_STRUCTURE_TYPE_PIPELINE_SHADER_STAGE_CREATE_INFO;
-        stage.module = shader;
-        stage.pSpecializationInfo = &constants;
+    for (size_t i = 0; i < stages.size(); ++i) {
+        stages[i].sType = VK_STRUCTURE_TYPE_PIPELINE_SHADER_STAGE_CREATE_INFO;
+        stages[i].stage = i == 0 ? VK_SHADER_STAGE_VERTEX_BIT : VK_SHADER_STAGE_FRAGMENT_BIT;
+        stages[i].module = shaders[i];
+        stages[i].pName = names[i].c_str();
+        stages[i].pSpecializationInfo = &constants;
     }
-    stages[0].stage = VK_SHADER_STAGE_VERTEX_BIT;
-    stages[0].pName = "v_main";
-    stages[1].stage = VK_SHADER_STAGE_FRAGMENT_BIT;
-    stages[1].pName = "f_main";
     VkPipelineVertexInputStateCreateInfo vertexInput{};
     vertexInput.sType = VK_STRUCTURE_TYPE_PIPELINE_VERTEX_INPUT_STATE_CREATE_INFO;
     VkPipelineInputAssemblyStateCreateInfo assembly{};
@@ -239,8 +239,8 @@ VkPipeline makePipeline(VkDevice device, VkShaderModule shader, VkPipelineLayout
     return pipeline;
 }
 
-std::optional<std::array<float, 4>> drawPixel(VulkanTestDevice& gpu, VkPipeline pipeline,
-                                              const Resources& resources) {
+std::optional<std::vector<VulkanRunner::Pixel>>
+drawPixels(VulkanTestDevice& gpu, VkPipeline pipeline, const Resources& resources) {
     const auto target = gpu.makeImage(
         {.usage = VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT | VK_IMAGE_USAGE_TRANSFER_SRC_BIT});
     const auto readBack =
@@ -274,11 +274,10 @@ std::optional<std::array<float, 4>> drawPixel(VulkanTestDevice& gpu, VkPipeline 
     copy.imageExtent = {kSide, kSide, 1};
     vkCmdCopyImageToBuffer(commands, target.image, VK_IMAGE_LAYOUT_GENERAL, readBack.buffer, 1,
                            &copy);
-    std::optional<std::array<float, 4>> result;
+    std::optional<std::vector<VulkanRunner::Pixel>> result;
     if (gpu.finish(commands)) {
-        std::array<float, 4> pixel{};
-        std::memcpy(pixel.data(), readBack.data, sizeof(pixel));
-        result = pixel;
+        result.emplace(size_t{kSide} * kSide);
+        std::memcpy(result->data(), readBack.data, result->size() * kPixelBytes);
     }
     gpu.release(readBack);
     gpu.release(target);
@@ -300,8 +299,8 @@ VulkanRunner* VulkanRunner::shared() {
     return runner;
 }
 
-std::optional<std::array<float, 4>>
-VulkanRunner::draw(const msl::Module& module, std::span<const std::vector<std::byte>> contents,
+std::optional<VulkanRunner::Pixel>
+VulkanRunner::draw(const msl::Module& module, std::span<const std::vector<std::byte>> buffers,
                    std::string& problem, const Extras& extras) {
     const auto fragment = std::find_if(
         module.entryPoints.begin(), module.entryPoints.end(),
@@ -310,15 +309,27 @@ VulkanRunner::draw(const msl::Module& module, std::span<const std::vector<std::b
         problem = "there is no fragment function";
         return std::nullopt;
     }
+    const auto pixels = drawAll({module.words, "v_main"}, {module.words, "f_main", *fragment},
+                                buffers, problem, extras);
+    return pixels ? std::optional(pixels->front()) : std::nullopt;
+}
+
+std::optional<std::vector<VulkanRunner::Pixel>>
+VulkanRunner::drawAll(const StageCode& vertex, const StageCode& fragment,
+                      std::span<const std::vector<std::byte>> buffers, std::string& problem,
+                      const Extras& extras) {
     const VkDevice device = device_->handle();
     Resources resources(*device_);
-    resources.make(*fragment, contents, extras.argumentBuffer);
-    VkShaderModuleCreateInfo shaderInfo{};
-    shaderInfo.sType = VK_STRUCTURE_TYPE_SHADER_MODULE_CREATE_INFO;
-    shaderInfo.codeSize = module.words.size() * sizeof(uint32_t);
-    shaderInfo.pCode = module.words.data();
-    VkShaderModule shader = VK_NULL_HANDLE;
-    vkCreateShaderModule(device, &shaderInfo, nullptr, &shader);
+    resources.make(fragment.entry, buffers, extras.argumentBuffer);
+    std::array<VkShaderModule, 2> shaders{};
+    for (size_t i = 0; i < shaders.size(); ++i) {
+        const auto& words = i == 0 ? vertex.words : fragment.words;
+        VkShaderModuleCreateInfo info{};
+        info.sType = VK_STRUCTURE_TYPE_SHADER_MODULE_CREATE_INFO;
+        info.codeSize = words.size_bytes();
+        info.pCode = words.data();
+        vkCreateShaderModule(device, &info, nullptr, &shaders[i]);
+    }
     VkSpecializationInfo constants{};
     constants.mapEntryCount = static_cast<uint32_t>(extras.constants.size());
     std::vector<VkSpecializationMapEntry> entries;
@@ -330,16 +341,19 @@ VulkanRunner::draw(const msl::Module& module, std::span<const std::vector<std::b
     constants.pMapEntries = entries.data();
     constants.dataSize = values.size() * sizeof(uint32_t);
     constants.pData = values.data();
-    const VkPipeline pipeline = makePipeline(device, shader, resources.layout(), constants);
-    std::optional<std::array<float, 4>> result;
+    const VkPipeline pipeline =
+        makePipeline(device, resources.layout(), shaders, {vertex.name, fragment.name}, constants);
+    std::optional<std::vector<Pixel>> result;
     if (pipeline == VK_NULL_HANDLE) {
         problem = "the pipeline is refused";
     } else {
-        result = drawPixel(*device_, pipeline, resources);
+        result = drawPixels(*device_, pipeline, resources);
         problem = result ? "" : "the drawing is refused";
     }
     vkDestroyPipeline(device, pipeline, nullptr);
-    vkDestroyShaderModule(device, shader, nullptr);
+    for (const auto shader : shaders) {
+        vkDestroyShaderModule(device, shader, nullptr);
+    }
     return result;
 }
 

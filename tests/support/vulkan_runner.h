@@ -30,15 +30,29 @@ class VulkanRunner {
         std::vector<std::pair<uint32_t, uint32_t>> constants; // specialisation ids and their bits
     };
 
-    // Draws v_main and f_main on 4 × 4 pixels of four floats each and gives the pixel at (0, 0).
-    // `buffers` fill the fragment buffers in the order of the entry point's list; textures are
-    // filled as VulkanTestDevice::makeTexture says. Nothing, and `problem`, where Vulkan refuses.
-    std::optional<std::array<float, 4>> draw(const msl::Module& module,
-                                             std::span<const std::vector<std::byte>> buffers,
-                                             std::string& problem, const Extras& extras);
-    std::optional<std::array<float, 4>> draw(const msl::Module& module,
-                                             std::span<const std::vector<std::byte>> buffers,
-                                             std::string& problem) {
+    using Pixel = std::array<float, 4>;
+
+    // One function of a module. `entry` describes a fragment function's resources.
+    struct StageCode {
+        std::span<const uint32_t> words;
+        std::string name;
+        msl::EntryPoint entry{};
+    };
+
+    // Draws on 4 × 4 pixels of four floats each and gives them row by row. `buffers` fill the
+    // fragment buffers in the order of the entry point's list; textures are filled as
+    // VulkanTestDevice::makeTexture says. Nothing, and `problem`, where Vulkan refuses.
+    std::optional<std::vector<Pixel>> drawAll(const StageCode& vertex, const StageCode& fragment,
+                                              std::span<const std::vector<std::byte>> buffers,
+                                              std::string& problem, const Extras& extras);
+
+    // The pixel at (0, 0) that v_main and f_main draw.
+    std::optional<Pixel> draw(const msl::Module& module,
+                              std::span<const std::vector<std::byte>> buffers, std::string& problem,
+                              const Extras& extras);
+    std::optional<Pixel> draw(const msl::Module& module,
+                              std::span<const std::vector<std::byte>> buffers,
+                              std::string& problem) {
         return draw(module, buffers, problem, {});
     }
 

@@ -13,9 +13,17 @@ void readFile(const std::filesystem::path& path, std::vector<ConformanceCase>& c
     std::ifstream stream(path);
     std::string line;
     std::string* text = nullptr;
+    std::string family; // of the lines that are cases of their own
+    int ordinal = 0;
     while (std::getline(stream, line)) {
         if (!line.starts_with("//! ")) {
-            if (text != nullptr) {
+            if (!family.empty() && !line.empty()) {
+                auto& item = cases.emplace_back();
+                item.file = path.stem().string();
+                item.name = family + std::to_string(++ordinal);
+                item.body = line + "\n";
+                item.hasBody = true;
+            } else if (text != nullptr) {
                 *text += line + "\n";
             }
             continue;
@@ -23,7 +31,13 @@ void readFile(const std::filesystem::path& path, std::vector<ConformanceCase>& c
         std::istringstream words(line.substr(4));
         std::string what;
         words >> what >> std::ws;
+        if (what == "each") {
+            words >> family;
+            ordinal = 0;
+            continue;
+        }
         if (what == "case") {
+            family.clear();
             auto& item = cases.emplace_back();
             item.file = path.stem().string();
             words >> item.name;

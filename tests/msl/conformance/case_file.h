@@ -7,6 +7,8 @@
 //   the body of f_main, which sees the values of fragmentSource
 //   //! gives 1 2 3 4
 //
+// "each FAMILY" begins lines of which every one is the body of a case of its own.
+//
 // A case without a body is a whole source; v_main is added where it has none. In place of what a
 // case gives, "refused SENTENCE" says how its first error begins, and "compiles" that the validator
 // takes the module.
