@@ -1,4 +1,7 @@
+#include <algorithm>
+
 #include "msl/ir/ir.h"
+#include "msl/library/prelude.h"
 #include "msl/lower/lower.h"
 #include "msl/msl.h"
 #include "msl/parser/parser.h"
@@ -8,6 +11,12 @@
 
 namespace msl {
 namespace {
+
+bool usesPrelude(const NameTable& names) {
+    const auto wanted = preludeNames();
+    return std::any_of(wanted.begin(), wanted.end(),
+                       [&](std::string_view name) { return names.contains(name); });
+}
 
 // The module, or nothing where a stage has reported an error.
 std::optional<Module> compileStages(const SourceManager::File& file, SourceManager& sources,
@@ -22,8 +31,20 @@ std::optional<Module> compileStages(const SourceManager::File& file, SourceManag
         return std::nullopt;
     }
 
-    Parser parser(tokens, names, arena, diagnostics);
-    const auto declarations = parser.run();
+    std::vector<ast::Decl*> declarations;
+    std::vector<Token> prelude;
+    if (usesPrelude(names)) {
+        for (const Name name : names.all()) {
+            name->macro = nullptr; // the source's macros mean nothing in the library
+            name->macroKnown = false;
+        }
+        Preprocessor reader(sources, names, arena, diagnostics, options.includeFolders);
+        prelude = reader.run(sources.add("<metal_stdlib>", preludeText()));
+        declarations = Parser(prelude, names, arena, diagnostics).run();
+    }
+    for (auto* declaration : Parser(tokens, names, arena, diagnostics).run()) {
+        declarations.push_back(declaration);
+    }
     if (diagnostics.hasErrors()) {
         // What could not be parsed is missing, and its uses would be reported as well.
         return std::nullopt;
@@ -35,7 +56,10 @@ std::optional<Module> compileStages(const SourceManager::File& file, SourceManag
         return std::nullopt;
     }
     if (unit.entryPoints.empty()) {
-        diagnostics.error(Range{}, "the source has no vertex or fragment function");
+        diagnostics.error(Range{}, unit.hasKernels
+                                       ? "the source has only kernels, which are not compiled; it "
+                                         "needs a vertex or fragment function"
+                                       : "the source has no vertex or fragment function");
         return std::nullopt;
     }
 

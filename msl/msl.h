@@ -10,6 +10,7 @@
 //   binding 32 + n   [[texture(n)]], a sampled image without sampler
 //   binding 64 + n   [[sampler(n)]]
 //   binding 96 + k   the k-th constexpr sampler of the source; its options are in the entry point
+//   binding 128 + k  the k-th resource that argument buffers hold; the entry point lists them
 // Positions are written as the source computes them, with Metal's y axis upwards: the host draws
 // with a viewport of negative height. [[position]] of a fragment function has its origin upper
 // left. half is computed with the precision and range of float.
@@ -33,6 +34,8 @@ inline constexpr uint32_t kMaxBuffers = 31;
 inline constexpr uint32_t kMaxTextures = 32;
 inline constexpr uint32_t kMaxSamplers = 16;
 inline constexpr uint32_t kMaxConstantSamplers = 32;
+inline constexpr uint32_t kArgumentBinding = 128;
+inline constexpr uint32_t kMaxArguments = 256;
 
 enum class Severity { note, warning, error };
 
@@ -66,7 +69,11 @@ enum class TextureShape {
     texture3d,
     textureCube,
     texture2dArray,
-    textureCubeArray
+    textureCubeArray,
+    texture1dArray,
+    texture2dMultisample,
+    texture2dMultisampleArray,
+    textureBuffer
 };
 enum class TextureComponent { floatComponent, intComponent, uintComponent };
 
@@ -75,6 +82,7 @@ struct TextureBinding {
     TextureShape shape = TextureShape::texture2d;
     TextureComponent component = TextureComponent::floatComponent;
     bool depth = false;
+    bool writable = false; // a storage image rather than a sampled one
 };
 
 struct SamplerBinding {
@@ -118,6 +126,20 @@ struct ConstantSampler {
     SamplerOptions options;
 };
 
+enum class ArgumentKind { buffer, texture, sampler };
+
+// A resource inside an argument buffer. It is bound like any other; the buffer itself holds the
+// members that are no resources, at the places that Metal gives them.
+struct ArgumentBinding {
+    uint32_t buffer = 0;  // the n of the argument buffer's [[buffer(n)]]
+    uint32_t id = 0;      // the n of its [[id(n)]]
+    uint32_t binding = 0; // the descriptor binding, kArgumentBinding upwards
+    ArgumentKind kind = ArgumentKind::buffer;
+    uint32_t size = 0; // of one element, where it is a buffer
+    bool writable = false;
+    TextureBinding texture{}; // where it is a texture
+};
+
 struct EntryPoint {
     std::string name;
     Stage stage = Stage::fragment;
@@ -125,12 +147,26 @@ struct EntryPoint {
     std::vector<TextureBinding> textures;
     std::vector<SamplerBinding> samplers;
     std::vector<ConstantSampler> constantSamplers; // those the function uses
+    std::vector<ArgumentBinding> arguments;        // what its argument buffers hold
 };
+
+enum class FunctionConstantType { boolean, signedInteger, unsignedInteger, number };
+
+// A constant that is given when a pipeline is made: the specialisation constant of this number.
+struct FunctionConstant {
+    std::string name;
+    uint32_t index = 0; // the n of [[function_constant(n)]]
+    FunctionConstantType type = FunctionConstantType::boolean;
+};
+
+// The specialisation constant of this number plus n says whether function constant n is given.
+inline constexpr uint32_t kFunctionConstantDefined = 65536;
 
 struct Module {
     std::vector<uint32_t> words;
     std::vector<EntryPoint> entryPoints; // in the order of the source
-    bool usesInt64 = false;              // needs the device feature shaderInt64
+    std::vector<FunctionConstant> constants;
+    bool usesInt64 = false; // needs the device feature shaderInt64
 };
 
 struct Options {

@@ -29,6 +29,8 @@ class Builder {
     Value floatConstant(float value);
     Value intConstant(uint32_t value) { return constant(kInt, value); }
     Value boolConstant(bool value) { return constant(kBool, value ? 1 : 0); }
+    // A constant that is given when a pipeline is made; zero where it is not.
+    Value specialised(TypeId scalar, uint32_t number);
     Value composite(TypeId type, std::span<const Value> parts);
     Value splat(TypeId type, Value scalar); // scalar or vector type; also of values not constant
     Value zero(TypeId type);
@@ -105,6 +107,7 @@ class Builder {
     BlockId current_ = kNoBlock;
     std::unordered_map<Key, Value, KeyHash> scalars_;
     std::unordered_multimap<uint64_t, Value> composites_;
+    std::vector<Value> specialised_;
 };
 
 // Folding of single scalars, shared by the builder's cases. Nothing where the result is not

@@ -8,8 +8,13 @@ namespace msl::ir {
 namespace {
 
 constexpr OpInfo row(std::string_view name, spv::Op op, Literals literals = Literals::none,
-                     bool sideEffect = false) {
-    return {name, static_cast<uint16_t>(op), literals, sideEffect};
+                     bool sideEffect = false, bool hasResult = true) {
+    return {name, static_cast<uint16_t>(op), literals, sideEffect, hasResult};
+}
+
+// Changes memory and gives what stood there before.
+constexpr OpInfo atomic(std::string_view name, spv::Op op) {
+    return row(name, op, Literals::none, true);
 }
 
 // In the order of Op.
@@ -18,6 +23,7 @@ constexpr std::array<OpInfo, static_cast<size_t>(Op::count)> kOps{
     row("constant", spv::OpConstant),
     row("composite", spv::OpConstantComposite),
     row("undefined", spv::OpUndef),
+    row("specialised", spv::OpSpecConstant),
     row("variable", spv::OpVariable),
     row("phi", spv::OpPhi),
     row("fadd", spv::OpFAdd),
@@ -90,7 +96,7 @@ constexpr std::array<OpInfo, static_cast<size_t>(Op::count)> kOps{
     row("insert_dynamic", spv::OpVectorInsertDynamic),
     row("access", spv::OpAccessChain),
     row("load", spv::OpLoad),
-    row("store", spv::OpStore, Literals::none, true),
+    row("store", spv::OpStore, Literals::none, true, false),
     row("bit_count", spv::OpBitCount),
     row("bit_reverse", spv::OpBitReverse),
     row("bit_insert", spv::OpBitFieldInsert),
@@ -110,8 +116,24 @@ constexpr std::array<OpInfo, static_cast<size_t>(Op::count)> kOps{
     row("dref_gather", spv::OpImageDrefGather),
     row("query_size", spv::OpImageQuerySizeLod),
     row("query_levels", spv::OpImageQueryLevels),
-    row("image_write", spv::OpImageWrite, Literals::none, true),
+    row("image_write", spv::OpImageWrite, Literals::none, true, false),
     row("image_read", spv::OpImageRead),
+    row("query_size_only", spv::OpImageQuerySize),
+    row("query_samples", spv::OpImageQuerySamples),
+    row("query_lod", spv::OpImageQueryLod),
+    atomic("atomic_load", spv::OpAtomicLoad),
+    row("atomic_store", spv::OpAtomicStore, Literals::none, true, false),
+    atomic("atomic_exchange", spv::OpAtomicExchange),
+    atomic("atomic_compare_exchange", spv::OpAtomicCompareExchange),
+    atomic("atomic_iadd", spv::OpAtomicIAdd),
+    atomic("atomic_isub", spv::OpAtomicISub),
+    atomic("atomic_smin", spv::OpAtomicSMin),
+    atomic("atomic_umin", spv::OpAtomicUMin),
+    atomic("atomic_smax", spv::OpAtomicSMax),
+    atomic("atomic_umax", spv::OpAtomicUMax),
+    atomic("atomic_and", spv::OpAtomicAnd),
+    atomic("atomic_or", spv::OpAtomicOr),
+    atomic("atomic_xor", spv::OpAtomicXor),
 };
 
 } // namespace

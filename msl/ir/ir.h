@@ -36,7 +36,7 @@ enum class TypeKind : uint8_t {
 
 enum class Storage : uint8_t { none, input, output, function, privateData, buffer, resource };
 
-enum class ImageDim : uint8_t { dim1d, dim2d, dim3d, cube };
+enum class ImageDim : uint8_t { dim1d, dim2d, dim3d, cube, buffer };
 
 struct TypeInfo {
     TypeKind kind = TypeKind::voidType;
@@ -46,6 +46,7 @@ struct TypeInfo {
     bool arrayed = false;  // images
     bool depth = false;
     bool storageImage = false;
+    bool multisampled = false;
     ImageDim dim = ImageDim::dim2d;
     Storage storage = Storage::none; // pointers
     TypeId element = 0;              // of vectors, matrices (the column), arrays, pointers, images
@@ -74,6 +75,7 @@ enum class Op : uint8_t {
     constant,
     composite,
     undefined,
+    specialised, // a constant whose number `extra` is
     variable,
     phi,
     // arithmetic
@@ -176,6 +178,23 @@ enum class Op : uint8_t {
     queryLevels,
     imageWrite,
     imageRead,
+    querySizeOnly, // of an image without levels
+    querySamples,
+    queryLod,
+    // atomics
+    atomicLoad,
+    atomicStore,
+    atomicExchange,
+    atomicCompareExchange,
+    atomicIAdd,
+    atomicISub,
+    atomicSMin,
+    atomicUMin,
+    atomicSMax,
+    atomicUMax,
+    atomicAnd,
+    atomicOr,
+    atomicXor,
     count,
 };
 
@@ -186,6 +205,7 @@ struct OpInfo {
     uint16_t spirv = 0;                 // the SPIR-V opcode
     Literals literals = Literals::none; // operands that are numbers rather than values
     bool sideEffect = false;
+    bool hasResult = true;
 };
 
 const OpInfo& info(Op op);
@@ -265,6 +285,7 @@ struct Global {
     bool sample = false;
     bool readOnly = false;
     uint32_t location = 0;
+    uint32_t index = 0; // of a colour: which source of the blending
     uint32_t set = 0;
     uint32_t binding = 0;
     Value initializer = kNoValue;

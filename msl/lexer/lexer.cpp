@@ -230,6 +230,21 @@ Token Lexer::identifier(uint8_t flags) {
     }
     Token token = finish(TokenKind::identifier, flags, begin);
     token.name = names_.intern({begin, token.length}, hash);
+    if (token.name->keyword >= Keyword::andWord) {
+        static constexpr TokenKind kOperators[] = {TokenKind::ampersandAmpersand,
+                                                   TokenKind::ampersandEqual,
+                                                   TokenKind::ampersand,
+                                                   TokenKind::pipe,
+                                                   TokenKind::tilde,
+                                                   TokenKind::exclamation,
+                                                   TokenKind::exclamationEqual,
+                                                   TokenKind::pipePipe,
+                                                   TokenKind::pipeEqual,
+                                                   TokenKind::caret,
+                                                   TokenKind::caretEqual};
+        token.kind = kOperators[static_cast<size_t>(token.name->keyword) -
+                                static_cast<size_t>(Keyword::andWord)];
+    }
     return token;
 }
 

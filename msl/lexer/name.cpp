@@ -83,6 +83,17 @@ constexpr KeywordText kKeywords[] = {
     {"register", Keyword::registerWord},
     {"mutable", Keyword::mutableWord},
     {"__attribute__", Keyword::attributeWord},
+    {"and", Keyword::andWord},
+    {"and_eq", Keyword::andEqualWord},
+    {"bitand", Keyword::bitandWord},
+    {"bitor", Keyword::bitorWord},
+    {"compl", Keyword::complWord},
+    {"not", Keyword::notWord},
+    {"not_eq", Keyword::notEqualWord},
+    {"or", Keyword::orWord},
+    {"or_eq", Keyword::orEqualWord},
+    {"xor", Keyword::xorWord},
+    {"xor_eq", Keyword::xorEqualWord},
 };
 
 constexpr size_t kKeywordSlots = 256;
@@ -132,6 +143,17 @@ Name NameTable::intern(std::string_view text, uint32_t hash) {
         grow();
     }
     return entry;
+}
+
+bool NameTable::contains(std::string_view text) const {
+    const uint32_t hash = nameHash(text);
+    for (size_t slot = hash & (slots_.size() - 1); slots_[slot] != nullptr;
+         slot = (slot + 1) & (slots_.size() - 1)) {
+        if (slots_[slot]->hash == hash && slots_[slot]->text == text) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void NameTable::grow() {

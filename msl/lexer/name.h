@@ -88,6 +88,18 @@ enum class Keyword : uint8_t {
     registerWord,
     mutableWord,
     attributeWord,
+    // other spellings of operators, which the lexer replaces
+    andWord,
+    andEqualWord,
+    bitandWord,
+    bitorWord,
+    complWord,
+    notWord,
+    notEqualWord,
+    orWord,
+    orEqualWord,
+    xorWord,
+    xorEqualWord,
 };
 
 // What the parser knows a name to be at the place it has reached.
@@ -127,6 +139,8 @@ class NameTable {
 
     Name intern(std::string_view text) { return intern(text, nameHash(text)); }
     Name intern(std::string_view text, uint32_t hash);
+
+    bool contains(std::string_view text) const;
 
     // Every name met so far, for suggestions.
     const std::vector<Name>& all() const { return names_; }

@@ -122,6 +122,10 @@ enum class Special : uint8_t {
     arraySize,
     mipLevels,
     samples,
+    atomic, // the call's index is the ir::Op
+    clampedLod,
+    unclampedLod,
+    fence,
 };
 
 // A signature is the result's letter followed by the parameters':

@@ -153,16 +153,21 @@ static_assert(std::is_sorted(std::begin(kFunctions), std::end(kFunctions),
                              [](const auto& a, const auto& b) { return a.name < b.name; }));
 
 constexpr LibraryFunction kTextureMembers[] = {
+    special("calculate_clamped_lod", "", none, Special::clampedLod),
+    special("calculate_unclamped_lod", "", none, Special::unclampedLod),
+    special("fence", "", none, Special::fence),
     special("gather", "", none, Special::gather),
     special("gather_compare", "", none, Special::gatherCompare),
     special("get_array_size", "", none, Special::arraySize),
     special("get_depth", "", none, Special::depth),
     special("get_height", "", none, Special::height),
     special("get_num_mip_levels", "", none, Special::mipLevels),
+    special("get_num_samples", "", none, Special::samples),
     special("get_width", "", none, Special::width),
     special("read", "", none, Special::read),
     special("sample", "", none, Special::sample),
     special("sample_compare", "", none, Special::sampleCompare),
+    special("write", "", none, Special::write),
 };
 
 } // namespace

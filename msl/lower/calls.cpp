@@ -10,52 +10,41 @@ using ir::Op;
 void Lowerer::bindParameter(Frame& frame, const tree::Variable& parameter,
                             const tree::Expr* argument) {
     auto& binding = frame.slots[parameter.slot];
-    if (parameter.isReference) {
-        binding.kind = Binding::Kind::place;
-        binding.place = place(argument);
-        const bool whole = binding.place.root == Place::Root::ssa && binding.place.steps.empty() &&
-                           binding.place.swizzleCount == 0;
-        // A constant reference is read as if it were a copy, unless copying costs.
-        if (parameter.isConst && parameter.space == AddressSpace::thread && !whole &&
-            !isMemoryType(parameter.type)) {
-            binding.kind = Binding::Kind::ssa;
-            binding.ssa = newVariable(ir::kNoValue);
-            setVariable(binding.ssa, load(binding.place));
+    if (parameter.type->holdsResources()) {
+        Binding* named = parameter.isReference ? findBinding(argument) : nullptr;
+        if (named != nullptr) {
+            binding.kind = Binding::Kind::alias;
+            binding.target = named;
+        } else {
+            binding = bound(parameter.type, argument);
         }
         return;
     }
-    if (parameter.type->isPointer()) {
-        binding.kind = Binding::Kind::place;
-        binding.place = pointerTarget(argument);
+    if (!parameter.isReference) {
+        binding = bound(parameter.type, argument);
         return;
     }
-    if (parameter.type->isTexture()) {
-        binding.kind = Binding::Kind::texture;
-        binding.resource = textureResource(argument);
-        return;
+    binding.kind = Binding::Kind::place;
+    binding.place = place(argument);
+    const bool whole = binding.place.root == Place::Root::ssa && binding.place.steps.empty() &&
+                       binding.place.swizzleCount == 0;
+    // A constant reference is read as if it were a copy, unless copying costs.
+    if (parameter.isConst && parameter.space == AddressSpace::thread && !whole &&
+        !isMemoryType(parameter.type)) {
+        binding.kind = Binding::Kind::ssa;
+        binding.ssa = newVariable(ir::kNoValue);
+        setVariable(binding.ssa, load(binding.place));
     }
-    if (parameter.type->isSampler()) {
-        binding.kind = Binding::Kind::sampler;
-        binding.resource = samplerResource(argument);
-        return;
-    }
-    const Value passed = value(argument);
-    if (isMemoryType(parameter.type)) {
-        binding.kind = Binding::Kind::place;
-        binding.place = newMemory(parameter.type);
-        store(binding.place, passed);
-        return;
-    }
-    binding.kind = Binding::Kind::ssa;
-    binding.ssa = newVariable(ir::kNoValue);
-    setVariable(binding.ssa, passed);
 }
 
-// Expands the called function in place.
-Lowerer::Value Lowerer::call(const tree::Expr* expr) {
+// Expands the called function in place. `target`, where wanted, receives the place that the
+// function refers to with its result, and `parts` a result that holds resources.
+Lowerer::Value Lowerer::call(const tree::Expr* expr, Place* target, Binding* parts) {
     const tree::Function& function = *expr->function;
     const auto nothing = [&] {
-        return expr->type->isVoid() ? ir::kNoValue : builder_.undefined(irType(expr->type));
+        return expr->type->isVoid() || expr->type->holdsResources()
+                   ? ir::kNoValue
+                   : builder_.undefined(irType(expr->type));
     };
     if (function.body == nullptr) {
         error(expr->range, "the function '" + std::string(function.name->text) +
@@ -81,7 +70,10 @@ Lowerer::Value Lowerer::call(const tree::Expr* expr) {
     frame.flag = newVariable(ir::kNoValue);
     setVariable(frame.flag, builder_.boolConstant(false));
     frame.result = newVariable(ir::kNoValue);
-    const bool hasResult = !expr->type->isVoid() && !function.constructor;
+    const bool hasParts = expr->type->holdsResources() && !function.returnsReference;
+    const bool hasResult =
+        !expr->type->isVoid() && !function.constructor && !function.returnsReference && !hasParts;
+    frame.resultPlace.type = expr->type;
     if (hasResult) {
         setVariable(frame.result, builder_.undefined(irType(expr->type)));
     }
@@ -90,7 +82,18 @@ Lowerer::Value Lowerer::call(const tree::Expr* expr) {
     frame_ = &frame;
     statement(function.body);
     Value result = ir::kNoValue;
-    if (hasResult) {
+    if (function.returnsReference) {
+        if (target != nullptr) {
+            *target = std::move(frame.resultPlace);
+        } else {
+            result = load(frame.resultPlace);
+        }
+    } else if (hasParts) {
+        if (parts != nullptr) {
+            *parts = function.constructor ? std::move(frame.slots[function.self->slot])
+                                          : std::move(frame.resultParts);
+        }
+    } else if (hasResult) {
         result = module_.resolve(current_[frame.result]);
     } else if (function.constructor && function.self != nullptr) {
         const auto& self = frame.slots[function.self->slot];
@@ -113,6 +116,9 @@ Lowerer::Value Lowerer::library(const tree::Expr* expr) {
     const auto& function = *expr->library;
     if (expr->a != nullptr && expr->a->type->isTexture()) {
         return texture(expr);
+    }
+    if (function.special == Special::atomic) {
+        return atomic(expr);
     }
     const ir::TypeId wanted = irType(expr->type);
     if (function.special == Special::discard) {

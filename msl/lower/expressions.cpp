@@ -29,7 +29,16 @@ Lowerer::Value Lowerer::zeroOf(const Type* type) {
 Lowerer::Value Lowerer::value(const tree::Expr* expr) {
     const Depth depth(*this);
     if (!spend(expr->range)) {
-        return expr->type->isVoid() ? ir::kNoValue : builder_.undefined(irType(expr->type));
+        return expr->type->isVoid() || expr->type->holdsResources()
+                   ? ir::kNoValue
+                   : builder_.undefined(irType(expr->type));
+    }
+    if (expr->type->holdsResources() && expr->kind != ExprKind::assign) {
+        // Evaluated for its effects only.
+        if (expr->kind == ExprKind::call) {
+            call(expr);
+        }
+        return ir::kNoValue;
     }
     return valueAtDepth(expr);
 }
@@ -86,6 +95,10 @@ Lowerer::Value Lowerer::valueAtDepth(const tree::Expr* expr) {
     }
     case ExprKind::bitCast: {
         const Value a = value(expr->a);
+        const Type* from = unpacked(expr->a->type);
+        if (from->scalar()->size < 4 || expr->type->scalar()->size < 4) {
+            return fromWords(wordsOf(a, from), expr->type);
+        }
         return builder_.unary(Op::bitcast, irType(expr->type), a);
     }
     case ExprKind::construct:
@@ -97,6 +110,8 @@ Lowerer::Value Lowerer::valueAtDepth(const tree::Expr* expr) {
     case ExprKind::comma:
         value(expr->a);
         return value(expr->b);
+    case ExprKind::functionConstant:
+        return wrapSmall(builder_.specialised(irType(expr->type), expr->index), expr->type);
     }
     return ir::kNoValue;
 }
@@ -293,6 +308,17 @@ Lowerer::Value Lowerer::logical(const tree::Expr* expr) {
 
 // `target`, where wanted, receives the place that was assigned.
 Lowerer::Value Lowerer::assign(const tree::Expr* expr, Place* target) {
+    if (expr->type->holdsResources()) {
+        Binding* assigned = findBinding(expr->a);
+        if (assigned == nullptr) {
+            error(expr->range,
+                  "what this '" + toText(expr->type) + "' stands for is not known when compiling");
+            return ir::kNoValue;
+        }
+        const Binding source = bound(expr->type, expr->b);
+        assignParts(expr->type, *assigned, source, expr->range);
+        return ir::kNoValue;
+    }
     if (expr->kind == ExprKind::assign) {
         const Value source = value(expr->b);
         const Place assigned = place(expr->a);

@@ -30,7 +30,8 @@ class Lowerer {
     };
     // Something stored, or a part of it.
     struct Place {
-        enum class Root : uint8_t { none, ssa, memory, buffer, value };
+        // `words`: a buffer seen as 32-bit words, whose steps are summed up in an address
+        enum class Root : uint8_t { none, ssa, memory, buffer, words, value };
         Root root = Root::none;
         uint8_t swizzleCount = 0; // components picked from the vector that the steps lead to
         uint8_t swizzle[4] = {};
@@ -39,13 +40,19 @@ class Lowerer {
         const Type* rootType = nullptr;
         const Type* type = nullptr; // of what the steps lead to, before the swizzle
         std::vector<Step> steps;
+        uint32_t offset = 0;          // of a place among words: bytes,
+        Value address = ir::kNoValue; // and more bytes, known at run time
     };
+    // What a variable, or a part of one that holds resources, stands for.
     struct Binding {
-        enum class Kind : uint8_t { none, ssa, place, texture, sampler };
+        enum class Kind : uint8_t { none, ssa, place, texture, sampler, parts, alias };
         Kind kind = Kind::none;
         uint32_t ssa = 0;
         Value resource = ir::kNoValue;
+        uint32_t samplerIndex = UINT32_MAX; // of a constexpr sampler
         Place place;
+        std::vector<Binding> parts{}; // of a struct or array that holds resources
+        Binding* target = nullptr;    // of an alias, which is a reference to such a struct
     };
     struct Change {
         uint32_t variable = 0;
@@ -73,6 +80,8 @@ class Lowerer {
         std::vector<Breakable> breakables;
         uint32_t flag = 0;   // ssa variable: whether the function has returned
         uint32_t result = 0; // ssa variable: what it returns
+        Place resultPlace;   // what it refers to with its result
+        Binding resultParts; // its result, where that holds resources
         bool returned = false;
     };
     struct HoistedLoad {
@@ -91,10 +100,12 @@ class Lowerer {
     Place place(const tree::Expr* expr);
     Place placeAtDepth(const tree::Expr* expr);
     Place pointerTarget(const tree::Expr* expr);
+    Place castTarget(const tree::Expr* expr);
     Place variablePlace(const tree::Expr* expr);
     Place valuePlace(const Type* type, Value value);
     Place spilled(const Place& place);
     void addStep(Place& place, Step step, const Type* type);
+    void moveWords(Place& place, Step step, uint32_t elementSize);
     void addIndex(Place& place, const tree::Expr* index, const Type* type);
     Value load(const Place& place);
     Value loadWhole(const Place& place);
@@ -149,9 +160,38 @@ class Lowerer {
     Value step(const tree::Expr* expr);
 
     // calls.cpp
-    Value call(const tree::Expr* expr);
+    Value call(const tree::Expr* expr, Place* target = nullptr, Binding* parts = nullptr);
     void bindParameter(Frame& frame, const tree::Variable& parameter, const tree::Expr* argument);
     Value library(const tree::Expr* expr);
+
+    // bindings.cpp
+    Binding bound(const Type* type, const tree::Expr* init);
+    Binding boundParts(const Type* type, const tree::Expr* init);
+    Binding boundValue(const Type* type, Value value);
+    Binding copied(const Type* type, const Binding& source);
+    Binding* findBinding(const tree::Expr* expr);
+    Place bindingPlace(const Type* type, const Binding& binding);
+    void assignParts(const Type* type, Binding& target, const Binding& source, Range range);
+    bool sameResource(const Binding& a, const Binding& b) const;
+
+    // atomics.cpp
+    Value atomic(const tree::Expr* expr);
+
+    // bits.cpp
+    std::vector<Value> wordsOf(Value value, const Type* type);
+    Value fromWords(const std::vector<Value>& words, const Type* type);
+
+    // words.cpp
+    bool needsWords(const Type* type) const;
+    Value wordIndex(const Place& place, uint32_t offset);
+    Value wordPointer(const Place& place, uint32_t offset);
+    Value wordAt(const Place& place, uint32_t offset);
+    Value bitOffset(const Place& place, uint32_t offset, uint32_t size);
+    Value loadWords(const Place& place, const Type* type);
+    Value loadScalar(const Place& place, const Type* type, uint32_t offset);
+    void storeWords(const Place& place, const Type* type, Value value);
+    Value atomicOperation(ir::Op op, ir::TypeId type, Value pointer, Value operand);
+    void storeScalar(const Place& place, const Type* type, uint32_t offset, Value value);
 
     // library.cpp
     Value special(const tree::Expr* expr, const std::vector<Value>& x);
@@ -166,12 +206,32 @@ class Lowerer {
     Value texture(const tree::Expr* expr);
     Value textureResource(const tree::Expr* expr);
     Value samplerResource(const tree::Expr* expr);
+    uint32_t samplerIndex(const tree::Expr* expr);
+    ir::TypeId texelType(const Type& type, ir::TypeId image);
+    Value readTexel(const tree::Expr* expr, Value variable);
+    void writeTexel(const tree::Expr* expr, Value variable);
+    Value queryTexture(const tree::Expr* expr, Value variable);
+    Value sampledImage(const tree::Expr* expr, Value variable);
+    Value queryLod(const tree::Expr* expr, Value variable, Value coordinate);
+    Value sampleTexture(const tree::Expr* expr, Value variable);
     Value textureCoordinate(const tree::Expr* expr, bool integer);
     Value fromTexel(const Type* texture, Value texel, const Type* result);
 
-    // entry.cpp
+    // entry.cpp, resources.cpp, interface.cpp
     void entryPoint(const tree::Function& function, Module& result);
     bool entryParameter(const tree::Variable& parameter, Binding& binding, EntryPoint& entry);
+    bool gatheredParameter(const tree::Variable& parameter, Binding& binding, EntryPoint& entry);
+    bool isTaken(std::string_view kind, uint32_t index, const EntryPoint& entry) const;
+    uint32_t freeIndex(std::string_view kind, const EntryPoint& entry) const;
+    uint32_t descriptorSet() const;
+    ir::TypeId imageType(const Type* type);
+    static TextureBinding describe(const Type* type, uint32_t index);
+    Binding opaqueResource(const Type* type, uint32_t number);
+    std::optional<Binding> bufferResource(const Type* held, bool many, AddressSpace space,
+                                          bool readOnly, uint32_t number, Range range);
+    std::optional<Binding> argumentBuffer(const Type* type, const Place& data, uint32_t buffer,
+                                          uint32_t& next, Range range, EntryPoint& entry);
+    bool isStageInput(std::string_view attribute) const;
     bool resourceParameter(const tree::Variable& parameter, uint32_t index, Binding& binding,
                            EntryPoint& entry);
     std::optional<Value> inputValue(const Type* type, std::span<const ast::Attribute> attributes,

@@ -34,8 +34,27 @@ Lowerer::Place Lowerer::spilled(const Place& source) {
 }
 
 void Lowerer::addStep(Place& target, Step step, const Type* type) {
-    target.steps.push_back(step);
+    if (target.root != Place::Root::words) {
+        target.steps.push_back(step);
+    } else if (target.type->isStruct()) {
+        target.offset += target.type->structure->fields[step.index].offset;
+    } else {
+        moveWords(target, step, type->size);
+    }
     target.type = type;
+}
+
+// Moves an address by a number of elements.
+void Lowerer::moveWords(Place& target, Step step, uint32_t elementSize) {
+    if (!step.dynamic) {
+        target.offset += step.index * elementSize;
+        return;
+    }
+    const Value bytes =
+        builder_.binary(Op::iMul, ir::kInt, step.index, builder_.intConstant(elementSize));
+    target.address = target.address == ir::kNoValue
+                         ? bytes
+                         : builder_.binary(Op::iAdd, ir::kInt, target.address, bytes);
 }
 
 Lowerer::Place Lowerer::place(const tree::Expr* expr) {
@@ -51,6 +70,14 @@ Lowerer::Place Lowerer::placeAtDepth(const tree::Expr* expr) {
     case ExprKind::variable:
         return variablePlace(expr);
     case ExprKind::field: {
+        if (expr->a->type->holdsResources()) {
+            if (const Binding* binding = findBinding(expr)) {
+                return bindingPlace(expr->type, *binding);
+            }
+            // A result whose resources are not asked for.
+            Binding parts = boundParts(expr->a->type, expr->a);
+            return bindingPlace(expr->type, parts.parts[expr->index]);
+        }
         Place base = place(expr->a);
         addStep(base, {false, expr->index}, expr->type);
         return base;
@@ -90,7 +117,8 @@ Lowerer::Place Lowerer::placeAtDepth(const tree::Expr* expr) {
             base = spilled(base);
         }
         Value bounded = index;
-        if (base.type->isArray() && base.type->length > 0 && base.root != Place::Root::buffer) {
+        if (base.type->isArray() && base.type->length > 0 && base.root != Place::Root::buffer &&
+            base.root != Place::Root::words) {
             // A wild index must not reach other memory of the device's process.
             bounded = builder_.extended(GLSLstd450UMin, ir::kInt,
                                         {index, builder_.intConstant(base.type->length - 1)});
@@ -104,6 +132,14 @@ Lowerer::Place Lowerer::placeAtDepth(const tree::Expr* expr) {
     case ExprKind::compound: {
         Place target;
         assign(expr, &target);
+        return target;
+    }
+    case ExprKind::call: {
+        if (!expr->function->returnsReference) {
+            return valuePlace(expr->type, value(expr));
+        }
+        Place target;
+        call(expr, &target);
         return target;
     }
     case ExprKind::comma:
@@ -125,10 +161,18 @@ Lowerer::Place Lowerer::pointerTarget(const tree::Expr* expr) {
             value(expr->a);
             return pointerTarget(expr->b);
         }
-        if (expr->kind == ExprKind::variable) {
-            const auto& binding = frame_->slots[expr->variable->slot];
-            if (binding.kind == Binding::Kind::place) {
-                return binding.place;
+        if (expr->kind == ExprKind::convert) {
+            return castTarget(expr);
+        }
+        const Binding* binding = findBinding(expr);
+        if (binding != nullptr && binding->kind == Binding::Kind::place) {
+            return binding->place;
+        }
+        if (expr->kind == ExprKind::call) {
+            Binding result;
+            call(expr, nullptr, &result);
+            if (result.kind == Binding::Kind::place) {
+                return result.place;
             }
         }
         error(expr->range, "this pointer's target is not known when compiling");
@@ -136,10 +180,32 @@ Lowerer::Place Lowerer::pointerTarget(const tree::Expr* expr) {
     return valuePlace(expr->type->element, builder_.undefined(irType(expr->type->element)));
 }
 
+// What a pointer that is cast to another element type points to.
+Lowerer::Place Lowerer::castTarget(const tree::Expr* expr) {
+    Place target = pointerTarget(expr->a);
+    const Type* type = expr->type->element;
+    if (target.root == Place::Root::words) {
+        target.type = target.rootType = type;
+    } else if (target.type->isVector() && type == target.type->element) {
+        addStep(target, {false, 0}, type);
+    }
+    if (target.type != type) {
+        error(expr->range, "this pointer's target cannot be seen as '" + toText(type) + "'");
+    }
+    return target;
+}
+
 // Moves a pointer's target by an index within the array that it lies in.
 void Lowerer::addIndex(Place& target, const tree::Expr* index, const Type* type) {
     const Value offset = value(index);
     if (builder_.isSplatOf(offset, 0)) {
+        return;
+    }
+    if (target.root == Place::Root::words) {
+        const auto known = builder_.scalarBits(offset);
+        moveWords(target, known ? Step{false, static_cast<uint32_t>(*known)} : Step{true, offset},
+                  type->size);
+        target.type = type;
         return;
     }
     if (target.steps.empty() || target.swizzleCount > 0) {
@@ -278,6 +344,8 @@ Lowerer::Value Lowerer::loadWhole(const Place& source) {
     }
     case Place::Root::buffer:
         return loadParts(source, source.type, {});
+    case Place::Root::words:
+        return loadWords(source, source.type);
     case Place::Root::none:
         break;
     }
@@ -358,6 +426,7 @@ void Lowerer::store(const Place& target, Value stored) {
         return;
     }
     case Place::Root::memory:
+    case Place::Root::words:
     case Place::Root::buffer: {
         if (target.swizzleCount == 1) {
             Place component = target;
@@ -376,7 +445,9 @@ void Lowerer::store(const Place& target, Value stored) {
             store(whole, vector);
             return;
         }
-        if (target.root == Place::Root::buffer) {
+        if (target.root == Place::Root::words) {
+            storeWords(target, target.type, stored);
+        } else if (target.root == Place::Root::buffer) {
             storeParts(target, target.type, stored);
         } else {
             builder_.emit(Op::store, ir::kVoid, {pointerOf(target, target.type), stored});

@@ -233,29 +233,17 @@ bool Lowerer::afterReturn(std::span<tree::Stmt* const> rest) {
 void Lowerer::declareVariable(const tree::Stmt* stmt) {
     const auto& variable = *stmt->variable;
     Binding binding;
-    if (variable.isReference) {
+    if (variable.isReference && variable.type->holdsResources()) {
+        binding.target = findBinding(stmt->expr);
+        binding.kind = binding.target != nullptr ? Binding::Kind::alias : Binding::Kind::none;
+        if (binding.target == nullptr) {
+            binding = bound(variable.type, stmt->expr);
+        }
+    } else if (variable.isReference) {
         binding.kind = Binding::Kind::place;
         binding.place = place(stmt->expr);
-    } else if (variable.type->isPointer()) {
-        binding.kind = Binding::Kind::place;
-        binding.place = pointerTarget(stmt->expr);
-    } else if (variable.type->isTexture() || variable.type->isSampler()) {
-        binding.kind = variable.type->isTexture() ? Binding::Kind::texture : Binding::Kind::sampler;
-        binding.resource =
-            variable.type->isTexture() ? textureResource(stmt->expr) : samplerResource(stmt->expr);
-    } else if (isMemoryType(variable.type)) {
-        binding.kind = Binding::Kind::place;
-        binding.place = newMemory(variable.type);
-        if (stmt->expr != nullptr) {
-            const Value init = value(stmt->expr);
-            store(binding.place, init);
-        }
     } else {
-        const Value init =
-            stmt->expr != nullptr ? value(stmt->expr) : builder_.undefined(irType(variable.type));
-        binding.kind = Binding::Kind::ssa;
-        binding.ssa = newVariable(ir::kNoValue);
-        setVariable(binding.ssa, init);
+        binding = bound(variable.type, stmt->expr);
     }
     frame_->slots[variable.slot] = std::move(binding);
 }
@@ -322,16 +310,33 @@ std::vector<uint32_t> Lowerer::loopVariables(const tree::Stmt* stmt) {
             result.push_back(variable);
         }
     };
+    const auto addBinding = [&](const auto& self, const Binding& binding) -> void {
+        switch (binding.kind) {
+        case Binding::Kind::ssa:
+            add(binding.ssa);
+            break;
+        case Binding::Kind::place:
+            if (binding.place.root == Place::Root::ssa) {
+                add(binding.place.base);
+            }
+            break;
+        case Binding::Kind::alias:
+            self(self, *binding.target);
+            break;
+        case Binding::Kind::parts:
+            for (const auto& part : binding.parts) {
+                self(self, part);
+            }
+            break;
+        default:
+            break;
+        }
+    };
     for (const auto* variable : stmt->assigned) {
         if (variable->kind == tree::VariableKind::global) {
             continue;
         }
-        const auto& binding = frame_->slots[variable->slot];
-        if (binding.kind == Binding::Kind::ssa) {
-            add(binding.ssa);
-        } else if (binding.kind == Binding::Kind::place && binding.place.root == Place::Root::ssa) {
-            add(binding.place.base);
-        }
+        addBinding(addBinding, frame_->slots[variable->slot]);
     }
     if (stmt->mayReturn) {
         add(frame_->flag);
@@ -491,7 +496,20 @@ void Lowerer::multiway(const tree::Stmt* stmt) {
 }
 
 void Lowerer::leave(const tree::Stmt* stmt) {
-    if (stmt->expr != nullptr) {
+    if (stmt->expr != nullptr && frame_->function->returnsReference) {
+        if (frame_->resultPlace.root != Place::Root::none) {
+            error(stmt->range, "a function that returns a reference has one 'return' here: which "
+                               "of several it is cannot be known when compiling");
+        }
+        frame_->resultPlace = place(stmt->expr);
+    } else if (stmt->expr != nullptr && stmt->expr->type->holdsResources()) {
+        Binding result = bound(stmt->expr->type, stmt->expr);
+        if (frame_->resultParts.kind == Binding::Kind::none) {
+            frame_->resultParts = std::move(result);
+        } else {
+            assignParts(stmt->expr->type, frame_->resultParts, result, stmt->range);
+        }
+    } else if (stmt->expr != nullptr) {
         const Value result = value(stmt->expr);
         setVariable(frame_->result, result);
     }

@@ -5,41 +5,47 @@
 namespace msl {
 
 using ir::Op;
+namespace TextureItem = tree::TextureItem;
 
 Lowerer::Value Lowerer::textureResource(const tree::Expr* expr) {
-    if (expr->kind == tree::ExprKind::variable) {
-        const auto& binding = frame_->slots[expr->variable->slot];
-        if (binding.kind == Binding::Kind::texture) {
-            return binding.resource;
-        }
+    const Binding* binding = findBinding(expr);
+    if (binding != nullptr && binding->kind == Binding::Kind::texture) {
+        return binding->resource;
     }
-    error(expr->range, "this texture is not known when compiling");
+    error(expr->range, "which texture this is cannot be known when compiling");
     stopped_ = true;
     return ir::kNoValue;
 }
 
-Lowerer::Value Lowerer::samplerResource(const tree::Expr* expr) {
-    if (expr->kind == tree::ExprKind::variable) {
-        if (expr->variable->samplerIndex != UINT32_MAX) {
-            return constantSampler(expr->variable->samplerIndex);
-        }
-        const auto& binding = frame_->slots[expr->variable->slot];
-        if (binding.kind == Binding::Kind::sampler) {
-            return binding.resource;
-        }
+// Which of the unit's constexpr samplers an expression names; UINT32_MAX for a bound one.
+uint32_t Lowerer::samplerIndex(const tree::Expr* expr) {
+    if (expr->kind == tree::ExprKind::variable && expr->variable->samplerIndex != UINT32_MAX) {
+        return expr->variable->samplerIndex;
     }
-    error(expr->range, "this sampler is not known when compiling");
+    const Binding* binding = findBinding(expr);
+    return binding != nullptr ? binding->samplerIndex : UINT32_MAX;
+}
+
+Lowerer::Value Lowerer::samplerResource(const tree::Expr* expr) {
+    if (const uint32_t index = samplerIndex(expr); index != UINT32_MAX) {
+        return constantSampler(index);
+    }
+    const Binding* binding = findBinding(expr);
+    if (binding != nullptr && binding->kind == Binding::Kind::sampler) {
+        return binding->resource;
+    }
+    error(expr->range, "which sampler this is cannot be known when compiling");
     stopped_ = true;
     return ir::kNoValue;
 }
 
 // The coordinate with the array's index as its last component.
 Lowerer::Value Lowerer::textureCoordinate(const tree::Expr* expr, bool integer) {
-    const Value coordinate = value(expr->items[2]);
-    if (expr->items[3] == nullptr) {
+    const Value coordinate = value(expr->items[TextureItem::coordinate]);
+    if (expr->items[TextureItem::layer] == nullptr) {
         return coordinate;
     }
-    const Value layer = value(expr->items[3]);
+    const Value layer = value(expr->items[TextureItem::layer]);
     const Value last = integer ? layer : builder_.unary(Op::unsignedToFloat, ir::kFloat, layer);
     const uint32_t count = builder_.componentCount(builder_.typeOf(coordinate));
     std::vector<Value> parts;
@@ -59,100 +65,179 @@ Lowerer::Value Lowerer::fromTexel(const Type* texture, Value texel, const Type* 
 }
 
 Lowerer::Value Lowerer::texture(const tree::Expr* expr) {
+    const Value variable = textureResource(expr->items[TextureItem::texture]);
+    if (variable == ir::kNoValue) {
+        return expr->type->isVoid() ? ir::kNoValue : builder_.undefined(irType(expr->type));
+    }
+    switch (expr->library->special) {
+    case Special::read:
+        return readTexel(expr, variable);
+    case Special::write:
+        writeTexel(expr, variable);
+        return ir::kNoValue;
+    case Special::fence:
+        return ir::kNoValue;
+    case Special::sample:
+    case Special::sampleCompare:
+    case Special::gather:
+    case Special::gatherCompare:
+        return sampleTexture(expr, variable);
+    case Special::clampedLod:
+    case Special::unclampedLod: {
+        const Value lod = queryLod(expr, variable, textureCoordinate(expr, false));
+        return builder_.extract(lod, expr->library->special == Special::clampedLod ? 0 : 1);
+    }
+    default:
+        return queryTexture(expr, variable);
+    }
+}
+
+// The texture's values as the intermediate form types them.
+ir::TypeId Lowerer::texelType(const Type& type, ir::TypeId image) {
+    return type.element->isSigned() ? builder_.signedInt(4)
+                                    : ir::vectorOf(module_.types[image].element, 4);
+}
+
+Lowerer::Value Lowerer::readTexel(const tree::Expr* expr, Value variable) {
+    const Type& type = *expr->a->type;
+    const ir::TypeId image = module_.typeOf(variable).element;
+    const ir::TypeInfo shape = module_.types[image];
+    const Value coordinate = textureCoordinate(expr, true);
+    std::vector<uint32_t> operands{builder_.emit(Op::load, image, {variable}), coordinate};
+    uint32_t mask = 0;
+    if (shape.multisampled) {
+        operands.push_back(value(expr->items[TextureItem::level]));
+        mask = spv::ImageOperandsSampleMask;
+    } else if (!shape.storageImage && shape.dim != ir::ImageDim::buffer) {
+        const auto* level = expr->items[TextureItem::level];
+        operands.push_back(level != nullptr ? value(level) : builder_.intConstant(0));
+        mask = spv::ImageOperandsLodMask;
+    }
+    const Value texel = builder_.emit(shape.storageImage ? Op::imageRead : Op::fetch,
+                                      texelType(type, image), operands, mask);
+    return fromTexel(&type, texel, expr->type);
+}
+
+void Lowerer::writeTexel(const tree::Expr* expr, Value variable) {
+    const ir::TypeId image = module_.typeOf(variable).element;
+    const Value color = value(expr->items[TextureItem::compared]);
+    const Value coordinate = textureCoordinate(expr, true);
+    const Value texel = builder_.unary(Op::bitcast, texelType(*expr->a->type, image), color);
+    builder_.emit(Op::imageWrite, ir::kVoid,
+                  {builder_.emit(Op::load, image, {variable}), coordinate, texel});
+}
+
+Lowerer::Value Lowerer::queryTexture(const tree::Expr* expr, Value variable) {
+    const Special what = expr->library->special;
+    const ir::TypeId imageType = module_.typeOf(variable).element;
+    const ir::TypeInfo shape = module_.types[imageType];
+    const Value image = builder_.emit(Op::load, imageType, {variable});
+    if (what == Special::mipLevels) {
+        return shape.storageImage ? builder_.intConstant(1)
+                                  : builder_.emit(Op::queryLevels, ir::kInt, {image});
+    }
+    if (what == Special::samples) {
+        return builder_.emit(Op::querySamples, ir::kInt, {image});
+    }
+    const bool line = shape.dim == ir::ImageDim::dim1d || shape.dim == ir::ImageDim::buffer;
+    const uint32_t sides = line ? 1 : shape.dim == ir::ImageDim::dim3d ? 3 : 2;
+    const uint32_t count = sides + (shape.arrayed ? 1 : 0);
+    const ir::TypeId sizes = ir::vectorOf(ir::kInt, count);
+    Value size = ir::kNoValue;
+    if (shape.storageImage || shape.multisampled || shape.dim == ir::ImageDim::buffer) {
+        size = builder_.emit(Op::querySizeOnly, sizes, {image});
+    } else {
+        const auto* level = expr->items[TextureItem::level];
+        size = builder_.emit(Op::querySize, sizes,
+                             {image, level != nullptr ? value(level) : builder_.intConstant(0)});
+    }
+    const uint32_t part = what == Special::width    ? 0
+                          : what == Special::height ? 1
+                          : what == Special::depth  ? 2
+                                                    : sides;
+    return count == 1 ? size : builder_.extract(size, part);
+}
+
+// The texture with its sampler.
+Lowerer::Value Lowerer::sampledImage(const tree::Expr* expr, Value variable) {
+    const ir::TypeId imageType = module_.typeOf(variable).element;
+    const Value sampler = samplerResource(expr->items[TextureItem::sampler]);
+    if (sampler == ir::kNoValue) {
+        return ir::kNoValue;
+    }
+    const Value image = builder_.emit(Op::load, imageType, {variable});
+    const Value loaded = builder_.emit(Op::load, module_.typeOf(sampler).element, {sampler});
+    const ir::TypeId combined =
+        builder_.type({.kind = ir::TypeKind::sampledImage, .element = imageType});
+    return builder_.emit(Op::sampledImage, combined, {image, loaded});
+}
+
+// The level that a sampling chooses, clamped and not; zero where there are no derivatives.
+Lowerer::Value Lowerer::queryLod(const tree::Expr* expr, Value variable, Value coordinate) {
+    const ir::TypeId pair = ir::vectorOf(ir::kFloat, 2);
+    const Value combined = stage_ == Stage::fragment ? sampledImage(expr, variable) : ir::kNoValue;
+    return combined == ir::kNoValue ? builder_.zero(pair)
+                                    : builder_.emit(Op::queryLod, pair, {combined, coordinate});
+}
+
+Lowerer::Value Lowerer::sampleTexture(const tree::Expr* expr, Value variable) {
     const Type& type = *expr->a->type;
     const Special what = expr->library->special;
-    const Value variable = textureResource(expr->items[0]);
-    if (variable == ir::kNoValue) {
-        return builder_.undefined(irType(expr->type));
-    }
-    const ir::TypeId imageType = module_.typeOf(variable).element;
-    const ir::TypeInfo imageInfo = module_.types[imageType];
-    const bool isSigned = type.element->isSigned();
-    const ir::TypeId component = imageInfo.element;
-    const ir::TypeId texel = isSigned ? builder_.signedInt(4) : ir::vectorOf(component, 4);
-    const auto image = [&] { return builder_.emit(Op::load, imageType, {variable}); };
-    if (what == Special::read) {
-        const Value coordinate = textureCoordinate(expr, true);
-        const Value level =
-            expr->items[5] != nullptr ? value(expr->items[5]) : builder_.intConstant(0);
-        const Value fetched = builder_.emit(Op::fetch, texel, {image(), coordinate, level},
-                                            spv::ImageOperandsLodMask);
-        return fromTexel(&type, fetched, expr->type);
-    }
-    if (what == Special::mipLevels) {
-        return builder_.emit(Op::queryLevels, ir::kInt, {image()});
-    }
-    if (what == Special::width || what == Special::height || what == Special::depth ||
-        what == Special::arraySize) {
-        const Value level =
-            expr->items[5] != nullptr ? value(expr->items[5]) : builder_.intConstant(0);
-        const uint32_t sides = imageInfo.dim == ir::ImageDim::dim1d   ? 1
-                               : imageInfo.dim == ir::ImageDim::dim3d ? 3
-                                                                      : 2;
-        const uint32_t count = sides + (imageInfo.arrayed ? 1 : 0);
-        const Value size =
-            builder_.emit(Op::querySize, ir::vectorOf(ir::kInt, count), {image(), level});
-        const uint32_t part = what == Special::width    ? 0
-                              : what == Special::height ? 1
-                              : what == Special::depth  ? 2
-                                                        : sides;
-        return count == 1 ? size : builder_.extract(size, part);
-    }
-    const Value sampler = samplerResource(expr->items[1]);
-    if (sampler == ir::kNoValue) {
-        return builder_.undefined(irType(expr->type));
-    }
-    const auto* samplerVariable = expr->items[1]->variable;
-    const bool pixels = samplerVariable->samplerIndex != UINT32_MAX &&
-                        !unit_->samplers[samplerVariable->samplerIndex].normalizedCoordinates;
+    const ir::TypeId texel = texelType(type, module_.typeOf(variable).element);
+    const uint32_t options = samplerIndex(expr->items[TextureItem::sampler]);
+    const bool pixels = options != UINT32_MAX && !unit_->samplers[options].normalizedCoordinates;
     const Value coordinate = textureCoordinate(expr, false);
     const bool compares = what == Special::sampleCompare || what == Special::gatherCompare;
+    const bool gathers = what == Special::gather || what == Special::gatherCompare;
     std::vector<uint32_t> operands{ir::kNoValue, coordinate};
     if (compares) {
-        operands.push_back(value(expr->items[4]));
-    } else if (what == Special::gather) {
+        operands.push_back(value(expr->items[TextureItem::compared]));
+    } else if (gathers) {
         operands.push_back(builder_.intConstant(expr->componentCount));
     }
-    const bool gathers = what == Special::gather || what == Special::gatherCompare;
     uint32_t mask = 0;
-    bool explicitLod = false;
+    const auto level = [&](Value at) {
+        mask = spv::ImageOperandsLodMask;
+        operands.push_back(at);
+    };
+    const auto* clamp = expr->items[TextureItem::lodClamp];
+    const auto* lod = expr->items[TextureItem::level];
     if (!gathers) {
-        if (expr->index == 1) {
-            if (stage_ == Stage::fragment) {
-                mask |= spv::ImageOperandsBiasMask;
-                operands.push_back(value(expr->items[5]));
-            }
+        if (expr->index == 3) {
+            mask = spv::ImageOperandsGradMask;
+            operands.push_back(value(expr->items[TextureItem::gradientX]));
+            operands.push_back(value(expr->items[TextureItem::gradientY]));
         } else if (expr->index == 2) {
-            mask |= spv::ImageOperandsLodMask;
-            operands.push_back(value(expr->items[5]));
-            explicitLod = true;
-        } else if (expr->index == 3) {
-            mask |= spv::ImageOperandsGradMask;
-            operands.push_back(value(expr->items[6]));
-            operands.push_back(value(expr->items[7]));
-            explicitLod = true;
-        }
-        if (!explicitLod && (pixels || stage_ == Stage::vertex)) {
+            level(value(lod));
+        } else if (pixels || stage_ == Stage::vertex) {
             // Only fragments have the derivatives that choose a level.
-            mask = spv::ImageOperandsLodMask;
-            operands.resize(compares ? 3 : 2);
-            operands.push_back(builder_.floatConstant(0.0F));
-            explicitLod = true;
+            level(builder_.floatConstant(0.0F));
+        } else if (clamp != nullptr) {
+            // The level that would be chosen, and no finer one than the clamp allows.
+            Value chosen = builder_.extract(
+                queryLod(expr, variable, value(expr->items[TextureItem::coordinate])), 0);
+            if (lod != nullptr) {
+                chosen = builder_.binary(Op::fAdd, ir::kFloat, chosen, value(lod));
+            }
+            level(minMax(floatType(), true, chosen, value(clamp)));
+        } else if (expr->index == 1) {
+            mask = spv::ImageOperandsBiasMask;
+            operands.push_back(value(lod));
         }
     }
-    if (expr->items[8] != nullptr) {
-        const Value offset = value(expr->items[8]);
+    const bool explicitLod = (mask & (spv::ImageOperandsLodMask | spv::ImageOperandsGradMask)) != 0;
+    if (const auto* given = expr->items[TextureItem::offset]) {
+        const Value offset = value(given);
         if (!builder_.isConstant(offset)) {
-            error(expr->items[8]->range, "an offset must be known when compiling");
+            error(given->range, "an offset must be known when compiling");
         }
         mask |= spv::ImageOperandsConstOffsetMask;
         operands.push_back(offset);
     }
-    const Value loadedImage = image();
-    const Value loadedSampler = builder_.emit(Op::load, module_.typeOf(sampler).element, {sampler});
-    const ir::TypeId combined =
-        builder_.type({.kind = ir::TypeKind::sampledImage, .element = imageType});
-    operands[0] = builder_.emit(Op::sampledImage, combined, {loadedImage, loadedSampler});
+    operands[0] = sampledImage(expr, variable);
+    if (operands[0] == ir::kNoValue) {
+        return builder_.undefined(irType(expr->type));
+    }
     switch (what) {
     case Special::gather:
         return fromTexel(&type, builder_.emit(Op::gather, texel, operands, mask), expr->type);

@@ -35,6 +35,7 @@ ir::TypeId Lowerer::irType(const Type* type) {
     case TypeKind::matrix:
         return builder_.matrix(type->count, type->element->count);
     case TypeKind::enumeration:
+    case TypeKind::atomic:
         return irType(type->element);
     default:
         break;

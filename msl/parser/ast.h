@@ -22,10 +22,12 @@ struct TemplateArgument {
 
 struct QualifiedName {
     Range range;
-    std::span<Name> spaces{}; // a::b:: before the name
+    QualifiedName* owner = nullptr; // A<T>:: before everything else
+    std::span<Name> spaces{};       // a::b:: before the name
     Name name = nullptr;
     bool hasArguments = false;
     std::span<TemplateArgument> arguments{};
+    TypeSyntax* conversion = nullptr; // of "operator T": the type
 };
 
 enum class TypeSyntaxKind : uint8_t {
@@ -100,6 +102,9 @@ struct Attribute {
     Name name = nullptr;
     Expr* argument = nullptr;
     Name word = nullptr; // the argument where it is a single name
+    // The argument's value, which semantic analysis fills in where the attribute takes a number.
+    bool hasNumber = false;
+    uint32_t number = 0;
 };
 
 enum class InitKind : uint8_t { none, equal, paren, brace };
@@ -137,6 +142,9 @@ struct Function {
     bool isConst = false;
     bool isStatic = false;
     bool isConstructor = false;
+    bool isExplicit = false;
+    bool isDefaulted = false;
+    AddressSpace selfSpace = AddressSpace::none; // of the object, as written behind the parameters
     FunctionStage stage = FunctionStage::none;
     Stmt* body = nullptr;
     std::span<Variable*> memberInits{}; // of a constructor: name and list
@@ -175,7 +183,9 @@ struct Decl {
     std::span<TemplateParameter> templateParameters{};
     bool scoped = false;
     bool isTemplate = false;
-    bool isDefinition = false; // a struct with its members
+    bool isDefinition = false;  // a struct with its members
+    bool isSpecialised = false; // a struct template's explicit or partial specialisation
+    std::span<TemplateArgument> arguments{}; // that it is specialised for
 };
 
 enum class StmtKind : uint8_t {

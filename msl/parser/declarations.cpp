@@ -139,7 +139,13 @@ Decl* Parser::templateDeclaration(bool member) {
     while (!at(TokenKind::greater)) {
         TemplateParameter parameter;
         parameter.range = peek().range();
-        if (accept(Keyword::typenameWord) || accept(Keyword::classWord)) {
+        if (at(Keyword::classWord) ||
+            (at(Keyword::typenameWord) && !peek(2).is(TokenKind::colonColon))) {
+            advance();
+            if (at(TokenKind::ellipsis)) {
+                error(peek(), "parameter packs are not supported; write the parameters out");
+                return nullptr;
+            }
             if (atIdentifier()) {
                 parameter.range = peek().range();
                 parameter.name = advance().name;
@@ -179,14 +185,39 @@ Decl* Parser::templateDeclaration(bool member) {
     if (!closeAngle()) {
         return nullptr;
     }
-    inTemplate_ = true;
-    Decl* decl = simpleDeclaration(member, arena_.copy(list), true);
-    inTemplate_ = false;
+    Decl* decl = nullptr;
+    if (at(Keyword::usingWord)) {
+        decl = usingDeclaration();
+        if (decl != nullptr && decl->kind != DeclKind::alias) {
+            diagnostics_.error(decl->range, "only an alias can be a template here");
+            return nullptr;
+        }
+        if (decl != nullptr) {
+            decl->templateParameters = arena_.copy(list);
+            decl->isTemplate = true;
+        }
+    } else if (at(Keyword::templateWord)) {
+        error(peek(), "templates of members of templates are defined inside their struct");
+        return nullptr;
+    } else {
+        inTemplate_ = true;
+        decl = simpleDeclaration(member, arena_.copy(list), true);
+        inTemplate_ = false;
+    }
     closeScope(mark);
-    if (decl != nullptr && decl->kind == DeclKind::function) {
+    if (decl == nullptr) {
+        return nullptr;
+    }
+    switch (decl->kind) {
+    case DeclKind::function:
         declare(decl->function->name, ParserKind::functionTemplate);
-    } else if (decl != nullptr && decl->kind == DeclKind::structure) {
+        break;
+    case DeclKind::variables:
+        declare(decl->variables[0]->name, ParserKind::functionTemplate);
+        break;
+    default:
         declare(decl->name, ParserKind::typeTemplate);
+        break;
     }
     return decl;
 }
@@ -198,14 +229,25 @@ Decl* Parser::simpleDeclaration(bool member, std::span<TemplateParameter> templa
     Specifiers parts;
     Declarator name;
     // A constructor has no type before its name.
-    const bool constructor = inStruct_ != nullptr && member && atIdentifier() &&
-                             peek().name == inStruct_->name && peek(1).is(TokenKind::leftParen);
+    size_t lead = 0;
+    while (peek(lead).is(Keyword::constexprWord) || peek(lead).is(Keyword::explicitWord) ||
+           peek(lead).is(Keyword::inlineWord)) {
+        ++lead;
+    }
+    const bool constructor = inStruct_ != nullptr && member &&
+                             peek(lead).is(TokenKind::identifier) &&
+                             peek(lead).name == inStruct_->name && inStruct_->name != nullptr &&
+                             peek(lead + 1).is(TokenKind::leftParen);
     if (constructor) {
-        name.range = first.range();
+        for (; lead > 0; --lead) {
+            parts.isExplicit = parts.isExplicit || peek().is(Keyword::explicitWord);
+            advance();
+        }
+        name.range = peek().range();
         name.name = arena_.make<QualifiedName>();
-        name.name->range = first.range();
+        name.name->range = name.range;
         name.name->name = advance().name;
-        parts.type = name.type = builtinSyntax(voidType(), first.range());
+        parts.type = name.type = builtinSyntax(voidType(), name.range);
     } else {
         if (!specifiers(parts)) {
             return nullptr;
@@ -215,7 +257,14 @@ Decl* Parser::simpleDeclaration(bool member, std::span<TemplateParameter> templa
             parts.defined->isTemplate = isTemplate;
             return parts.defined;
         }
-        if (!declarator(parts, name, false)) {
+        if (parts.isConversion) {
+            name.name = qualifiedName(false);
+            if (name.name == nullptr) {
+                return nullptr;
+            }
+            name.range = name.name->range;
+            name.type = name.name->conversion;
+        } else if (!declarator(parts, name, false)) {
             return nullptr;
         }
     }
@@ -225,6 +274,7 @@ Decl* Parser::simpleDeclaration(bool member, std::span<TemplateParameter> templa
             decl->function->templateParameters = templateParameters;
             decl->function->isTemplate = isTemplate;
             decl->function->isConstructor = constructor;
+            decl->function->isExplicit = parts.isExplicit;
             decl->typeDeclaration = parts.defined;
         }
         return decl;
@@ -240,6 +290,7 @@ Decl* Parser::simpleDeclaration(bool member, std::span<TemplateParameter> templa
     Decl* decl = makeDecl(DeclKind::variables, rangeFrom(first));
     decl->typeDeclaration = parts.defined;
     decl->isTemplate = isTemplate;
+    decl->templateParameters = templateParameters;
     std::vector<Variable*> list;
     while (true) {
         Variable* variable = variableRest(parts, name);
@@ -287,7 +338,10 @@ Variable* Parser::variableRest(const Specifiers& parts, const Declarator& name) 
     variable->type = name.type;
     variable->isConstexpr = parts.isConstexpr;
     variable->isStatic = parts.isStatic;
-    auto list = attributes();
+    auto list = name.attributes;
+    for (const auto& attribute : attributes()) {
+        list.push_back(attribute);
+    }
     list.insert(list.end(), parts.attributes.begin(), parts.attributes.end());
     variable->attributes = arena_.copy(list);
     // The name is visible in its own initialiser.
@@ -329,7 +383,10 @@ bool Parser::parameters(std::vector<Variable*>& list) {
         parameter->name = name.name != nullptr ? name.name->name : nullptr;
         parameter->range = name.name != nullptr ? name.range : parts.type->range;
         parameter->type = name.type;
-        auto attributeList = attributes();
+        auto attributeList = name.attributes;
+        for (const auto& attribute : attributes()) {
+            attributeList.push_back(attribute);
+        }
         attributeList.insert(attributeList.end(), parts.attributes.begin(), parts.attributes.end());
         parameter->attributes = arena_.copy(attributeList);
         declare(parameter->name, ParserKind::value);
@@ -361,7 +418,8 @@ Decl* Parser::functionRest(const Specifiers& parts, const Declarator& name) {
     if (inTemplate_) {
         declare(function->name, ParserKind::functionTemplate);
         inTemplate_ = false;
-    } else if (function->name->parserKind != ParserKind::functionTemplate) {
+    } else if (function->name->parserKind != ParserKind::functionTemplate &&
+               (inStruct_ == nullptr || function->name != inStruct_->name)) {
         declare(function->name, ParserKind::value);
     }
     const size_t mark = openScope();
@@ -373,8 +431,10 @@ Decl* Parser::functionRest(const Specifiers& parts, const Declarator& name) {
     while (true) {
         if (accept(Keyword::constWord)) {
             function->isConst = true;
-        } else if (at(Keyword::threadWord) || at(Keyword::constantWord) ||
-                   at(Keyword::deviceWord) || at(Keyword::noexceptWord)) {
+        } else if (const auto space = addressSpaceWord(); space != AddressSpace::none) {
+            function->selfSpace = space;
+            advance();
+        } else if (at(Keyword::noexceptWord)) {
             advance();
         } else {
             break;
@@ -429,8 +489,10 @@ bool Parser::functionBody(Function& function) {
         function.memberInits = arena_.copy(inits);
     }
     if (at(TokenKind::equal) && peek(1).is(Keyword::defaultWord)) {
-        error(peek(), "defaulted functions are not supported");
-        return false;
+        function.isDefaulted = true;
+        advance();
+        advance();
+        return expect(TokenKind::semicolon, "after the defaulted function");
     }
     if (accept(TokenKind::semicolon)) {
         return true;
@@ -452,11 +514,25 @@ Decl* Parser::structDeclaration(bool& definition) {
         return nullptr;
     }
     attributes();
+    const bool isTemplate = inTemplate_;
+    inTemplate_ = false;
     Decl* decl = makeDecl(DeclKind::structure, word.range());
     if (atIdentifier()) {
         decl->range = peek().range();
+        if (peek(1).is(TokenKind::colonColon)) {
+            error(peek(1), "a struct is defined where it is declared");
+            return nullptr;
+        }
         decl->name = advance().name;
-        declare(decl->name, ParserKind::type);
+        if (isTemplate && at(TokenKind::less)) {
+            std::vector<TemplateArgument> list;
+            if (!templateArguments(list)) {
+                return nullptr;
+            }
+            decl->isSpecialised = true;
+            decl->arguments = arena_.copy(list);
+        }
+        declare(decl->name, isTemplate ? ParserKind::typeTemplate : ParserKind::type);
     }
     if (!at(TokenKind::leftBrace)) {
         if (at(TokenKind::colon)) {

@@ -127,7 +127,7 @@ bool Parser::castAhead() const {
     const size_t before = position_;
     ++self->position_;
     const bool type = startsType();
-    const auto after = peek(skipQualifiers(0) + 1).kind;
+    const auto after = peek(skipName(0)).kind;
     self->position_ = before;
     return type && after != TokenKind::leftParen && after != TokenKind::leftBrace &&
            after != TokenKind::colonColon;
@@ -182,7 +182,7 @@ Expr* Parser::unaryAtDepth() {
                 const size_t before = position_;
                 advance();
                 if (at(Keyword::decltypeWord) ||
-                    (startsType() && !peek(skipQualifiers(0) + 1).is(TokenKind::leftParen))) {
+                    (startsType() && !peek(skipName(0)).is(TokenKind::leftParen))) {
                     expr->type = typeName();
                     return expr->type != nullptr && expect(TokenKind::rightParen, "after the type")
                                ? expr
@@ -427,6 +427,14 @@ Expr* Parser::primary() {
             return nullptr;
         }
         expr->type = parts.type;
+        if (parts.type->kind == TypeSyntaxKind::named && parts.type->name->owner != nullptr &&
+            !token.is(Keyword::typenameWord)) {
+            // A<T>::b is a value unless "typename" says that it is a type.
+            expr->kind = ExprKind::name;
+            expr->name = parts.type->name;
+            expr->range = expr->name->range;
+            return expr;
+        }
         std::vector<Expr*> list;
         if (at(TokenKind::leftBrace)) {
             expr->braces = true;
@@ -455,6 +463,22 @@ Expr* Parser::primary() {
         return nullptr;
     }
     expr->range = expr->name->range;
+    if (at(TokenKind::leftBrace) && !expr->name->spaces.empty()) {
+        // A::B{...}
+        expr->kind = ExprKind::construct;
+        expr->braces = true;
+        expr->type = arena_.make<TypeSyntax>();
+        expr->type->kind = TypeSyntaxKind::named;
+        expr->type->name = expr->name;
+        expr->type->range = expr->range;
+        Expr* init = initList();
+        if (init == nullptr) {
+            return nullptr;
+        }
+        expr->items = init->items;
+        expr->designators = init->designators;
+        return finish(expr) ? expr : nullptr;
+    }
     return expr;
 }
 

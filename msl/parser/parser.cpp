@@ -87,6 +87,22 @@ bool Parser::atIdentifier() const {
     return at(TokenKind::identifier) && peek().name->keyword == Keyword::none;
 }
 
+// The address space that the next word names, if it names one.
+AddressSpace Parser::addressSpaceWord() const {
+    switch (at(TokenKind::identifier) ? peek().name->keyword : Keyword::none) {
+    case Keyword::constantWord:
+        return AddressSpace::constant;
+    case Keyword::deviceWord:
+        return AddressSpace::device;
+    case Keyword::threadWord:
+        return AddressSpace::thread;
+    case Keyword::threadgroupWord:
+        return AddressSpace::threadgroup;
+    default:
+        return AddressSpace::none;
+    }
+}
+
 bool Parser::expectName(Name& name, Range& range, std::string_view what) {
     if (!atIdentifier()) {
         unexpected(what);

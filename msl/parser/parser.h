@@ -28,11 +28,14 @@ class Parser {
         bool isConstexpr = false;
         bool isStatic = false;
         bool isTypedef = false;
+        bool isExplicit = false;
+        bool isConversion = false; // "operator T" follows
     };
     struct Declarator {
         ast::TypeSyntax* type = nullptr;
         ast::QualifiedName* name = nullptr;
         Range range;
+        std::vector<ast::Attribute> attributes{}; // between the name and its array lengths
     };
     struct ShadowedName {
         Name name;
@@ -54,6 +57,7 @@ class Parser {
     void unexpected(std::string_view wanted);
     void skipTo(bool stopAtBrace);
     bool atIdentifier() const;
+    AddressSpace addressSpaceWord() const;
     void declare(Name name, ParserKind kind);
     size_t openScope() const { return shadowed_.size(); }
     void closeScope(size_t mark);
@@ -85,6 +89,7 @@ class Parser {
     bool typeSpecifier(Specifiers& result, bool& seen);
     bool declarator(const Specifiers& specifiers, Declarator& result, bool abstract);
     ast::TypeSyntax* typeName();
+    bool operatorName(ast::QualifiedName& name);
     ast::TypeSyntax* builtinSyntax(const Type* type, Range range);
     bool arraySuffixes(ast::TypeSyntax*& type);
     std::vector<ast::Attribute> attributes();
@@ -93,6 +98,8 @@ class Parser {
     ast::QualifiedName* qualifiedName(bool asType);
     bool templateArguments(std::vector<ast::TemplateArgument>& list);
     size_t skipQualifiers(size_t ahead) const;
+    size_t skipName(size_t ahead) const;
+    void attributeArgument(ast::Attribute& attribute);
     bool closeAngle();
 
     // statements.cpp

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "msl/parser/nesting.h"
 #include "msl/parser/parser.h"
 
@@ -21,6 +23,31 @@ size_t Parser::skipQualifiers(size_t ahead) const {
     }
     while (peek(i).is(TokenKind::identifier) && peek(i + 1).is(TokenKind::colonColon)) {
         i += 2;
+    }
+    return i - ahead;
+}
+
+// How many tokens the name at `ahead` has, with its qualifiers and template arguments.
+size_t Parser::skipName(size_t ahead) const {
+    size_t i = ahead + skipQualifiers(ahead) + 1;
+    constexpr size_t kLongest = 400;
+    while (peek(i).is(TokenKind::less) && peek(i - 1).is(TokenKind::identifier)) {
+        size_t depth = 0;
+        do {
+            depth += peek(i).is(TokenKind::less) ? 1U : 0U;
+            const size_t closed = peek(i).is(TokenKind::greater)      ? 1U
+                                  : peek(i).is(TokenKind::shiftRight) ? 2U
+                                                                      : 0U;
+            depth -= std::min(depth, closed);
+            if (peek(i).is(TokenKind::semicolon) || peek(i).is(TokenKind::endOfFile) ||
+                i > ahead + kLongest) {
+                return i - ahead;
+            }
+            ++i;
+        } while (depth > 0);
+        if (peek(i).is(TokenKind::colonColon)) {
+            i += skipQualifiers(i) + 1;
+        }
     }
     return i - ahead;
 }
@@ -66,6 +93,11 @@ bool Parser::startsType() const {
     if (kind == ParserKind::type || kind == ParserKind::typeTemplate) {
         return true;
     }
+    const size_t qualifiers = skipQualifiers(0);
+    if (qualifiers > 1 && peek(qualifiers + 1).is(TokenKind::identifier) &&
+        peek(qualifiers + 1).name->keyword == Keyword::none) {
+        return true; // A::B c
+    }
     if (kind != ParserKind::unknown) {
         return false;
     }
@@ -74,7 +106,7 @@ bool Parser::startsType() const {
     }
     const auto text = token.name->text;
     return (text.starts_with("texture") || text.starts_with("depth") || text == "vec" ||
-            text == "array" || text == "matrix") &&
+            text == "array" || text == "matrix" || text == "atomic") &&
            peek(skipQualifiers(0) + 1).is(TokenKind::less);
 }
 
@@ -101,7 +133,7 @@ bool Parser::startsDeclaration() const {
     if (!startsType()) {
         return false;
     }
-    const size_t after = skipQualifiers(0) + 1;
+    const size_t after = skipName(0);
     const auto kind = peek(after).kind;
     const bool scopedName =
         peek(after - 1).is(TokenKind::identifier) && peek(after).is(TokenKind::colonColon);
@@ -118,16 +150,11 @@ QualifiedName* Parser::qualifiedName(bool asType) {
         advance();
     }
     if (accept(Keyword::operatorWord)) {
-        std::string text = "operator";
-        if (at(TokenKind::leftParen) || at(TokenKind::leftBracket)) {
-            text += at(TokenKind::leftParen) ? "()" : "[]";
-            advance();
-            advance();
-        } else {
-            text += spelling(advance().kind);
+        if (!operatorName(*result)) {
+            return nullptr;
         }
-        result->name = names_.intern(text);
     } else {
+        accept(Keyword::templateWord); // x.template f<T>()
         Range range;
         if (!expectName(result->name, range, asType ? "a type" : "a name")) {
             return nullptr;
@@ -147,8 +174,41 @@ QualifiedName* Parser::qualifiedName(bool asType) {
         result->hasArguments = true;
         result->arguments = arena_.copy(list);
         result->range = rangeFrom(first);
+        if (at(TokenKind::colonColon)) {
+            QualifiedName* inner = qualifiedName(asType);
+            if (inner == nullptr) {
+                return nullptr;
+            }
+            QualifiedName* outermost = inner;
+            while (outermost->owner != nullptr) {
+                outermost = outermost->owner;
+            }
+            outermost->owner = result;
+            inner->range = rangeFrom(first);
+            return inner;
+        }
     }
     return result;
+}
+
+// What follows the word "operator".
+bool Parser::operatorName(QualifiedName& name) {
+    std::string text = "operator";
+    if (at(TokenKind::leftParen) || at(TokenKind::leftBracket)) {
+        text += at(TokenKind::leftParen) ? "()" : "[]";
+        advance();
+        advance();
+    } else if (at(TokenKind::identifier)) {
+        name.conversion = typeName();
+        if (name.conversion == nullptr) {
+            return false;
+        }
+        text += " type";
+    } else {
+        text += spelling(advance().kind);
+    }
+    name.name = names_.intern(text);
+    return true;
 }
 
 // Takes one '>' off the front, which may be the half of a '>>'.
@@ -178,7 +238,13 @@ bool Parser::templateArguments(std::vector<TemplateArgument>& list) {
     bool good = true;
     while (good && !at(TokenKind::greater) && !at(TokenKind::shiftRight)) {
         TemplateArgument argument;
-        if (startsType()) {
+        // A<T>::b is a value unless "typename" says that it is a type.
+        const size_t length = skipName(0);
+        const bool memberOfTemplate = length > 3 && peek(length - 2).is(TokenKind::colonColon) &&
+                                      (peek(length - 3).is(TokenKind::greater) ||
+                                       peek(length - 3).is(TokenKind::shiftRight)) &&
+                                      !at(Keyword::typenameWord);
+        if (startsType() && !memberOfTemplate) {
             argument.type = typeName();
             good = argument.type != nullptr;
         } else {
@@ -192,6 +258,21 @@ bool Parser::templateArguments(std::vector<TemplateArgument>& list) {
     }
     --angleDepth_;
     return good && closeAngle();
+}
+
+void Parser::attributeArgument(Attribute& attribute) {
+    if (at(TokenKind::string)) {
+        advance();
+        return;
+    }
+    if (at(TokenKind::identifier) && peek(1).is(TokenKind::rightParen)) {
+        attribute.word = peek().name;
+    }
+    if (attribute.word != nullptr && attribute.word->keyword != Keyword::none) {
+        advance();
+    } else if (!at(TokenKind::rightParen)) {
+        attribute.argument = expression();
+    }
 }
 
 std::vector<Attribute> Parser::attributes() {
@@ -216,23 +297,20 @@ std::vector<Attribute> Parser::attributes() {
             Attribute attribute;
             attribute.range = peek().range();
             attribute.name = advance().name;
+            bool foreign = false;
             while (accept(TokenKind::colonColon)) {
                 attribute.name = advance().name;
+                foreign = true;
             }
             if (accept(TokenKind::leftParen)) {
-                if (at(TokenKind::identifier) && peek(1).is(TokenKind::rightParen)) {
-                    attribute.word = peek().name;
-                }
-                if (attribute.word != nullptr && attribute.word->keyword != Keyword::none) {
-                    advance();
-                } else if (!at(TokenKind::rightParen)) {
-                    attribute.argument = expression();
-                }
+                attributeArgument(attribute);
                 if (!expect(TokenKind::rightParen, "after the attribute's argument")) {
                     return list;
                 }
             }
-            list.push_back(attribute);
+            if (!foreign) {
+                list.push_back(attribute);
+            }
             if (!accept(TokenKind::comma)) {
                 break;
             }
@@ -260,6 +338,10 @@ bool Parser::specifiers(Specifiers& result) {
         }
     }
     result.attributes = arena_.copy(list);
+    if (result.type == nullptr && at(Keyword::operatorWord)) {
+        result.isConversion = true;
+        result.type = builtinSyntax(voidType(), first.range());
+    }
     if (result.type == nullptr) {
         if (!diagnostics_.exhausted()) {
             if (atIdentifier()) {
@@ -313,12 +395,15 @@ bool Parser::typeSpecifier(Specifiers& result, bool& seen) {
         result.isTypedef = true;
         advance();
         return true;
+    case Keyword::explicitWord:
+        result.isExplicit = true;
+        advance();
+        return true;
     case Keyword::inlineWord:
     case Keyword::externWord:
     case Keyword::volatileWord:
     case Keyword::mutableWord:
     case Keyword::registerWord:
-    case Keyword::explicitWord:
     case Keyword::typenameWord:
     case Keyword::virtualWord:
     case Keyword::friendWord:
@@ -329,19 +414,10 @@ bool Parser::typeSpecifier(Specifiers& result, bool& seen) {
         attributes();
         return true;
     case Keyword::constantWord:
-        result.space = AddressSpace::constant;
-        advance();
-        return true;
     case Keyword::deviceWord:
-        result.space = AddressSpace::device;
-        advance();
-        return true;
     case Keyword::threadWord:
-        result.space = AddressSpace::thread;
-        advance();
-        return true;
     case Keyword::threadgroupWord:
-        result.space = AddressSpace::threadgroup;
+        result.space = addressSpaceWord();
         advance();
         return true;
     case Keyword::vertexWord:
@@ -423,11 +499,18 @@ bool Parser::typeSpecifier(Specifiers& result, bool& seen) {
         result.type = builtinSyntax(floatType(), token.range());
         return seen = true;
     }
-    if (!startsType()) {
-        return false;
-    }
     const size_t qualifiers = skipQualifiers(0);
     const Token& last = peek(qualifiers);
+    // Where a type must follow, A::B names one before whatever may follow a type.
+    const auto following = peek(qualifiers + 1).kind;
+    const bool memberType =
+        qualifiers > 1 && last.is(TokenKind::identifier) &&
+        (following == TokenKind::ampersand || following == TokenKind::star ||
+         following == TokenKind::greater || following == TokenKind::comma ||
+         following == TokenKind::semicolon || following == TokenKind::rightParen);
+    if (!startsType() && !memberType) {
+        return false;
+    }
     const bool user = last.name->parserKind == ParserKind::type ||
                       last.name->parserKind == ParserKind::typeTemplate;
     if (!user && builtinTypeOf(last.name) != nullptr) {
@@ -519,13 +602,9 @@ bool Parser::declarator(const Specifiers& specifiers, Declarator& result, bool a
         } else if (at(Keyword::constWord)) {
             advance();
             result.type->isConst = true;
-        } else if (at(Keyword::constantWord) || at(Keyword::deviceWord) ||
-                   at(Keyword::threadWord) || at(Keyword::threadgroupWord)) {
-            const auto word = advance().name->keyword;
-            result.type->space = word == Keyword::constantWord ? AddressSpace::constant
-                                 : word == Keyword::deviceWord ? AddressSpace::device
-                                 : word == Keyword::threadWord ? AddressSpace::thread
-                                                               : AddressSpace::threadgroup;
+        } else if (const auto space = addressSpaceWord(); space != AddressSpace::none) {
+            result.type->space = space;
+            advance();
         } else if (at(Keyword::volatileWord)) {
             advance();
         } else {
@@ -540,6 +619,9 @@ bool Parser::declarator(const Specifiers& specifiers, Declarator& result, bool a
             return false;
         }
         result.range = result.name->range;
+        if (at(TokenKind::leftBracket) && peek(1).is(TokenKind::leftBracket)) {
+            result.attributes = attributes();
+        }
     } else if (!abstract) {
         unexpected("a name");
         return false;

@@ -16,7 +16,82 @@ const Type* Sema::commonScalar(const Type* a, const Type* b) const {
     return a->kind >= b->kind ? a : b;
 }
 
+// How well a value of one type stands for the other, conversions that the source defines last.
 Rank Sema::rank(const Type* from, const Type* to) const {
+    const Rank standard = standardRank(from, to);
+    return standard == Rank::none && userConversion(from, to) != nullptr ? Rank::user : standard;
+}
+
+// The converting constructor or the conversion operator that leads from one type to the other.
+const tree::Function* Sema::userConversion(const Type* from, const Type* to) const {
+    if (to->isStruct() && from != to) {
+        const auto* record = recordOf(to);
+        const auto* method = record == nullptr ? nullptr : methodOf(to, record->constructors);
+        const tree::Function* best = nullptr;
+        Rank bestRank = Rank::none;
+        for (size_t i = 0; method != nullptr && i < overloads_[method->overloads].size(); ++i) {
+            const auto* function = overloads_[method->overloads][i].function;
+            if (function == nullptr || function->isExplicit || function->parameters.empty() ||
+                function->requiredParameters > 1 || function->parameters[0]->type == to) {
+                continue;
+            }
+            const Rank fit = standardRank(from, function->parameters[0]->type);
+            if (fit < bestRank) {
+                best = function;
+                bestRank = fit;
+            }
+        }
+        return best;
+    }
+    const auto* method = from->isStruct() ? conversionsOf(from) : nullptr;
+    const tree::Function* best = nullptr;
+    Rank bestRank = Rank::none;
+    for (size_t i = 0; method != nullptr && i < overloads_[method->overloads].size(); ++i) {
+        const auto* function = overloads_[method->overloads][i].function;
+        const Rank fit = function == nullptr ? Rank::none : standardRank(function->result, to);
+        if (fit < bestRank) {
+            best = function;
+            bestRank = fit;
+        }
+    }
+    return best;
+}
+
+const Sema::Member* Sema::conversionsOf(const Type* type) const {
+    if (const auto* record = recordOf(type)) {
+        for (const auto& method : record->methods) {
+            if (method.name->text == "operator type") {
+                return &method;
+            }
+        }
+    }
+    return nullptr;
+}
+
+// The one conversion of a struct to numbers or vectors.
+const tree::Function* Sema::userArithmetic(const Type* type) const {
+    const auto* method = type->isStruct() ? conversionsOf(type) : nullptr;
+    const tree::Function* only = nullptr;
+    for (size_t i = 0; method != nullptr && i < overloads_[method->overloads].size(); ++i) {
+        const auto* function = overloads_[method->overloads][i].function;
+        if (function != nullptr &&
+            (function->result->isArithmetic() || function->result->isMatrix())) {
+            if (only != nullptr && only->result != function->result) {
+                return nullptr;
+            }
+            only = function;
+        }
+    }
+    return only;
+}
+
+// A struct that converts to numbers as that number; anything else itself.
+tree::Expr* Sema::decayed(tree::Expr* expr) {
+    const auto* function = userArithmetic(expr->type);
+    return function == nullptr ? expr : convertTo(expr, function->result);
+}
+
+Rank Sema::standardRank(const Type* from, const Type* to) const {
     from = unpacked(from);
     to = unpacked(to);
     if (from == to) {
@@ -64,6 +139,21 @@ tree::Expr* Sema::convertTo(tree::Expr* expr, const Type* to) {
         if (const auto value = convertScalar({expr->type, expr->bits}, to)) {
             return constantExpr(to, value->bits, expr->range);
         }
+    }
+    if (expr->type->isStruct() || to->isStruct()) {
+        const auto* function = userConversion(expr->type, to);
+        if (function == nullptr) {
+            return expr;
+        }
+        std::vector<tree::Expr*> arguments;
+        tree::Expr* self = expr;
+        if (function->constructor) {
+            arguments.push_back(expr);
+            self = nullptr;
+        }
+        tree::Expr* made =
+            finishCall(const_cast<tree::Function&>(*function), self, arguments, expr->range);
+        return made == nullptr ? expr : convertTo(made, to);
     }
     if (to->isPointer() && expr->type->isArray()) {
         // An array is the address of its first element.
@@ -120,14 +210,34 @@ tree::Expr* Sema::explicitConvert(tree::Expr* expr, const Type* to, Range range)
     if (to->isMatrix() && from->isScalar()) {
         return matrixFrom(to, {expr}, range);
     }
-    if (to->isPointer() && from->isPointer() && from->element == to->element) {
-        return convertTo(expr, to);
+    if (to->isPointer() && from->isPointer() && from->space == to->space) {
+        if (from->element == to->element) {
+            return convertTo(expr, to);
+        }
+        return pointerCast(expr, to, range);
     }
     if (rank(from, to) == Rank::none) {
         error(range, "'" + toText(from) + "' does not convert to '" + toText(to) + "'");
         return nullptr;
     }
     return convertTo(expr, to);
+}
+
+// Buffers under a pointer that is cast are seen as words, which have any type. Elsewhere only the
+// components of a vector can be walked.
+tree::Expr* Sema::pointerCast(tree::Expr* expr, const Type* to, Range range) {
+    const Type* from = expr->type;
+    const bool components = from->element->isVector() && to->element == from->element->element;
+    const bool buffer =
+        from->space == AddressSpace::constant || from->space == AddressSpace::device;
+    if (!components && (!buffer || to->element->holdsResources() || to->element->isVoid())) {
+        error(range, "'" + toText(from) + "' does not convert to '" + toText(to) + "'");
+        return nullptr;
+    }
+    unit_.castsPointers = unit_.castsPointers || !components;
+    tree::Expr* result = makeExpr(ExprKind::convert, to, range);
+    result->a = expr;
+    return finish(result);
 }
 
 // Small integers and enumerations become int, as C++ promotes operands.
@@ -219,9 +329,30 @@ tree::Expr* Sema::matrixFrom(const Type* type, std::vector<tree::Expr*> parts, R
 
 // What a value of the type is when nothing is said: zeros, and a struct's own default values.
 tree::Expr* Sema::defaultValue(const Type* type, Range range) {
+    if (auto* constructor = defaultConstructor(type)) {
+        std::vector<tree::Expr*> none;
+        return finishCall(*constructor, nullptr, none, range);
+    }
+    return memberDefaults(type, range);
+}
+
+tree::Function* Sema::defaultConstructor(const Type* type) const {
+    const auto* record = recordOf(type);
+    const auto* method = record == nullptr ? nullptr : methodOf(type, record->constructors);
+    for (size_t i = 0; method != nullptr && i < overloads_[method->overloads].size(); ++i) {
+        auto* function = overloads_[method->overloads][i].function;
+        if (function != nullptr && function->requiredParameters == 0) {
+            return function;
+        }
+    }
+    return nullptr;
+}
+
+// The value that a constructor starts from.
+tree::Expr* Sema::memberDefaults(const Type* type, Range range) {
     if (type->isStruct()) {
-        const auto record = records_.find(type);
-        const bool plain = record == records_.end() || record->second->defaults.empty();
+        const auto* record = recordOf(type);
+        const bool plain = record == nullptr || record->defaults.empty();
         bool nested = false;
         for (const auto& field : type->structure->fields) {
             nested = nested || field.type->isStruct();
@@ -246,28 +377,41 @@ tree::Expr* Sema::initialise(const Type* type, const ast::Expr* init, ast::InitK
     return convert(expr, type, init->range, "the value");
 }
 
+// Whether the list is a library array's, whose elements stand in braces of their own.
+bool Sema::wrapsElements(const Type* type, std::span<ast::Expr* const> items) const {
+    if (items.size() != 1 || items[0]->kind != ast::ExprKind::list) {
+        return false;
+    }
+    const auto inner = items[0]->items;
+    const bool lists = std::any_of(inner.begin(), inner.end(), [](const ast::Expr* item) {
+        return item->kind == ast::ExprKind::list;
+    });
+    const Type* element = type->element;
+    if (element->isArray() || element->isStruct() || element->isMatrix()) {
+        return lists && std::all_of(inner.begin(), inner.end(), [](const ast::Expr* item) {
+                   return item->kind == ast::ExprKind::list;
+               });
+    }
+    return lists || inner.size() > element->components();
+}
+
 tree::Expr* Sema::fromList(const Type* type, std::span<ast::Expr* const> items,
                            std::span<const Name> designators, Range range, bool braces) {
     if (items.empty() && braces) {
         return defaultValue(type, range);
     }
     if (type->isStruct()) {
-        const auto record = records_.find(type);
-        if (record != records_.end()) {
-            for (const auto& method : record->second->methods) {
-                if (method.name != type->structure->name) {
-                    continue;
-                }
-                std::vector<tree::Expr*> arguments;
-                if (!argumentsOf(items, arguments)) {
-                    return nullptr;
-                }
-                if (arguments.size() == 1 && arguments[0]->type == type) {
-                    return arguments[0];
-                }
-                return callOverloads(method.overloads, nullptr, arguments, items, nullptr, range,
-                                     false);
+        const auto* record = recordOf(type);
+        if (const auto* method =
+                record == nullptr ? nullptr : methodOf(type, record->constructors)) {
+            std::vector<tree::Expr*> arguments;
+            if (!argumentsOf(items, arguments)) {
+                return nullptr;
             }
+            if (arguments.size() == 1 && arguments[0]->type == type) {
+                return arguments[0];
+            }
+            return callOverloads(method->overloads, nullptr, arguments, nullptr, range, false);
         }
     }
     if (type->isArray() || type->isStruct()) {
@@ -280,11 +424,20 @@ tree::Expr* Sema::fromList(const Type* type, std::span<ast::Expr* const> items,
             if (only->type == type) {
                 return only;
             }
+            if (!braces && userConversion(only->type, type) != nullptr) {
+                return convertTo(only, type);
+            }
             pending_.emplace(items[0], only);
+        }
+        if (!braces && items.size() == 1 && items[0]->kind == ast::ExprKind::list) {
+            return fromList(type, items[0]->items, items[0]->designators, range, true);
         }
         if (!braces) {
             error(range, "'" + toText(type) + "' is made with braces, not with parentheses");
             return nullptr;
+        }
+        if (type->isArray() && wrapsElements(type, items)) {
+            items = items[0]->items;
         }
         size_t used = 0;
         tree::Expr* result = aggregate(type, items, designators, used, range);
@@ -309,8 +462,27 @@ tree::Expr* Sema::fromList(const Type* type, std::span<ast::Expr* const> items,
                          std::to_string(parts.size()));
         return nullptr;
     }
-    return braces ? convert(parts[0], type, parts[0]->range, "the value")
-                  : explicitConvert(parts[0], type, range);
+    return braces || type->holdsResources() ? convert(parts[0], type, parts[0]->range, "the value")
+                                            : explicitConvert(parts[0], type, range);
+}
+
+// The pointer that stands for a reference member; nothing, and a diagnostic, where the member
+// cannot refer to the value.
+tree::Expr* Sema::referenceTo(const Type* pointer, tree::Expr* target) {
+    if (target == nullptr) {
+        return nullptr;
+    }
+    if (!target->lvalue || target->type != pointer->element || target->space != pointer->space ||
+        (target->isConst && !pointer->constPointee)) {
+        error(target->range, "a reference to '" + toText(pointer->element) +
+                                 "' cannot refer to this value of the type '" +
+                                 toText(target->type) + "'");
+        return nullptr;
+    }
+    noteAssigned(target);
+    tree::Expr* result = makeExpr(ExprKind::addressOf, pointer, target->range);
+    result->a = target;
+    return finish(result);
 }
 
 // An array or struct from a list, whose inner braces may be left out.
@@ -360,7 +532,10 @@ tree::Expr* Sema::aggregate(const Type* type, std::span<ast::Expr* const> items,
                 made = aggregate(part, items, {}, used, item->range);
             }
         } else {
-            made = initialise(part, item, ast::InitKind::brace);
+            const bool reference =
+                type->isStruct() && type->structure->fields[position].isReference;
+            made = reference ? referenceTo(part, value(item))
+                             : initialise(part, item, ast::InitKind::brace);
             ++used;
         }
         if (made == nullptr) {
@@ -368,15 +543,15 @@ tree::Expr* Sema::aggregate(const Type* type, std::span<ast::Expr* const> items,
         }
         parts[position++] = made;
     }
-    const auto record = type->isStruct() ? records_.find(type) : records_.end();
+    const auto* record = recordOf(type);
     for (size_t i = 0; i < count; ++i) {
         if (parts[i] != nullptr) {
             continue;
         }
         const Type* part = type->isArray() ? type->element : type->structure->fields[i].type;
         const ast::Expr* init = nullptr;
-        if (record != records_.end()) {
-            for (const auto& given : record->second->defaults) {
+        if (record != nullptr) {
+            for (const auto& given : record->defaults) {
                 init = given.field == i ? given.init : init;
             }
         }

@@ -87,6 +87,21 @@ tree::Expr* Sema::fieldExpr(tree::Expr* base, uint32_t index, Range range) {
     return finish(expr);
 }
 
+tree::Expr* Sema::derefExpr(tree::Expr* pointer, Range range) {
+    tree::Expr* expr = makeExpr(ExprKind::deref, pointer->type->element, range);
+    expr->a = pointer;
+    expr->lvalue = true;
+    expr->isConst = pointer->type->constPointee;
+    expr->space = pointer->type->space;
+    return finish(expr);
+}
+
+// A member as the source names it; a reference stands for what it refers to.
+tree::Expr* Sema::memberOf(tree::Expr* base, uint32_t index, Range range) {
+    tree::Expr* expr = fieldExpr(base, index, range);
+    return base->type->structure->fields[index].isReference ? derefExpr(expr, range) : expr;
+}
+
 tree::Expr* Sema::value(const ast::Expr* expr) {
     if (!pending_.empty()) {
         if (const auto known = pending_.find(expr); known != pending_.end()) {
@@ -165,15 +180,11 @@ tree::Expr* Sema::expressionAtDepth(const ast::Expr* expr) {
                                    "'");
             return nullptr;
         }
-        if (type->scalar()->size < 4 || operand->type->scalar()->size < 4) {
-            if (type->scalar()->kind != operand->type->scalar()->kind &&
-                (type->scalar()->isFloating() || operand->type->scalar()->isFloating() ||
-                 type->scalar()->size != operand->type->scalar()->size)) {
-                error(expr->range, "'as_type' between '" + toText(operand->type) + "' and '" +
-                                       toText(type) + "' is not supported");
-                return nullptr;
-            }
-            return convertTo(operand, type);
+        const bool small = type->scalar()->size < 4 || operand->type->scalar()->size < 4;
+        if (small && (type->scalar()->size == 8 || operand->type->scalar()->size == 8)) {
+            error(expr->range, "'as_type' between '" + toText(operand->type) + "' and '" +
+                                   toText(type) + "' is not supported");
+            return nullptr;
         }
         tree::Expr* result = makeExpr(ExprKind::bitCast, unpacked(type), expr->range);
         result->a = operand;
@@ -229,8 +240,8 @@ tree::Expr* Sema::expressionAtDepth(const ast::Expr* expr) {
         }
         tree::Expr* self = variableExpr(state_->function->self, expr->range);
         tree::Expr* result =
-            makeExpr(ExprKind::addressOf,
-                     types_.pointer(self->type, AddressSpace::thread, self->isConst), expr->range);
+            makeExpr(ExprKind::addressOf, types_.pointer(self->type, self->space, self->isConst),
+                     expr->range);
         result->a = self;
         return finish(result);
     }
@@ -240,13 +251,25 @@ tree::Expr* Sema::expressionAtDepth(const ast::Expr* expr) {
 
 tree::Expr* Sema::nameExpression(const ast::Expr* expr) {
     const auto& name = *expr->name;
+    const uint32_t before = diagnostics_.errorCount();
     Symbol* symbol = lookup(name);
+    if (symbol == nullptr && diagnostics_.errorCount() != before) {
+        return nullptr;
+    }
+    if (symbol != nullptr && symbol->kind == SymbolKind::pattern && name.hasArguments &&
+        symbol->pattern->primary->kind == ast::DeclKind::variables) {
+        symbol = instantiateVariable(*symbol->pattern, name);
+        if (symbol == nullptr) {
+            return nullptr;
+        }
+    }
     const bool local = symbol != nullptr && symbol->space == nullptr;
-    if (!local && name.spaces.empty() && state_ != nullptr && state_->function->self != nullptr) {
+    if (!local && name.spaces.empty() && name.owner == nullptr && state_ != nullptr &&
+        state_->function->self != nullptr) {
         const Type* self = state_->function->self->type;
         for (uint32_t i = 0; i < self->structure->fields.size(); ++i) {
             if (self->structure->fields[i].name == name.name) {
-                return fieldExpr(variableExpr(state_->function->self, expr->range), i, expr->range);
+                return memberOf(variableExpr(state_->function->self, expr->range), i, expr->range);
             }
         }
     }
@@ -291,12 +314,7 @@ tree::Expr* Sema::memberExpression(const ast::Expr* expr) {
             error(expr->range, "'->' needs a pointer, not '" + toText(base->type) + "'");
             return nullptr;
         }
-        tree::Expr* target = makeExpr(ExprKind::deref, base->type->element, expr->range);
-        target->a = base;
-        target->lvalue = true;
-        target->isConst = base->type->constPointee;
-        target->space = base->type->space;
-        base = finish(target);
+        base = derefExpr(base, expr->range);
     }
     const Name name = expr->name->name;
     if (base->type->isVector()) {
@@ -306,7 +324,7 @@ tree::Expr* Sema::memberExpression(const ast::Expr* expr) {
         const auto& fields = base->type->structure->fields;
         for (uint32_t i = 0; i < fields.size(); ++i) {
             if (fields[i].name == name) {
-                return fieldExpr(base, i, expr->range);
+                return memberOf(base, i, expr->range);
             }
         }
         const uint32_t before = diagnostics_.errorCount();
@@ -445,12 +463,7 @@ tree::Expr* Sema::unary(const ast::Expr* expr) {
         if (!operand->type->isPointer()) {
             return refuse();
         }
-        tree::Expr* result = makeExpr(ExprKind::deref, operand->type->element, expr->range);
-        result->a = operand;
-        result->lvalue = true;
-        result->isConst = operand->type->constPointee;
-        result->space = operand->type->space;
-        return finish(result);
+        return derefExpr(operand, expr->range);
     }
     case TokenKind::exclamation: {
         if (!operand->type->isArithmetic()) {
@@ -507,10 +520,6 @@ bool Sema::writable(const tree::Expr* expr, Range range) {
                          ? "'" + std::string(root->variable->name->text) +
                                "' is constant and cannot be written"
                          : "a constant cannot be written");
-        return false;
-    }
-    if (expr->type->isResource()) {
-        error(range, "a '" + toText(expr->type) + "' cannot be assigned");
         return false;
     }
     noteAssigned(expr);

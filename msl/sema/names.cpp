@@ -30,6 +30,8 @@ bool Sema::tooDeep(Range range) {
 
 Symbol* Sema::lookup(Name name) const {
     const void* function = state_ != nullptr ? state_->function : nullptr;
+    Symbol* best = nullptr;
+    uint32_t bestDistance = UINT32_MAX;
     for (Symbol* symbol = name->symbol; symbol != nullptr; symbol = symbol->outer) {
         if (symbol->space == nullptr) {
             if (symbol->owner == function) {
@@ -37,16 +39,20 @@ Symbol* Sema::lookup(Name name) const {
             }
             continue;
         }
-        for (const Space* space = space_; space != nullptr; space = space->parent) {
-            if (symbol->space == space) {
-                return symbol;
-            }
+        uint32_t distance = 0;
+        const Space* space = space_;
+        while (space != nullptr && symbol->space != space) {
+            space = space->parent;
+            ++distance;
         }
-        if (std::find(used_.begin(), used_.end(), symbol->space) != used_.end()) {
-            return symbol;
+        const bool used =
+            space == nullptr && std::find(used_.begin(), used_.end(), symbol->space) != used_.end();
+        if ((space != nullptr || used) && distance < bestDistance) {
+            best = symbol;
+            bestDistance = distance;
         }
     }
-    return nullptr;
+    return best;
 }
 
 Symbol* Sema::lookupIn(Name name, const Space* space) const {
@@ -69,6 +75,21 @@ bool Sema::isMetalSpace(const ast::QualifiedName& name) const {
 // The namespace that a qualified name names; nothing, and a diagnostic, where there is none.
 Space* Sema::spaceOf(const ast::QualifiedName& name) {
     Space* space = nullptr;
+    if (name.owner != nullptr) {
+        ast::TypeSyntax syntax;
+        syntax.kind = ast::TypeSyntaxKind::named;
+        syntax.name = name.owner;
+        syntax.range = name.owner->range;
+        const Type* type = resolveNamed(&syntax);
+        const auto* record = type == nullptr ? nullptr : recordOf(type);
+        if (record == nullptr) {
+            if (type != nullptr) {
+                error(name.range, "'" + toText(type) + "' has no members to name");
+            }
+            return nullptr;
+        }
+        space = record->space;
+    }
     for (const Name part : name.spaces) {
         Symbol* symbol = space == nullptr ? lookup(part) : lookupIn(part, space);
         if (symbol != nullptr && symbol->kind == SymbolKind::space) {
@@ -76,9 +97,9 @@ Space* Sema::spaceOf(const ast::QualifiedName& name) {
             continue;
         }
         if (symbol != nullptr && symbol->kind == SymbolKind::type) {
-            const auto record = records_.find(symbol->type);
-            if (record != records_.end() && record->second->space != nullptr) {
-                space = record->second->space;
+            const auto* record = recordOf(symbol->type);
+            if (record != nullptr && record->space != nullptr) {
+                space = record->space;
                 continue;
             }
         }
@@ -89,14 +110,38 @@ Space* Sema::spaceOf(const ast::QualifiedName& name) {
 }
 
 Symbol* Sema::lookup(const ast::QualifiedName& name) {
-    if (name.spaces.empty()) {
+    if (name.spaces.empty() && name.owner == nullptr) {
         return lookup(name.name);
     }
-    if (isMetalSpace(name) && lookup(name.spaces.front()) == nullptr) {
-        return nullptr;
+    if (isMetalSpace(name)) {
+        // Of the library's namespaces only what a source or the prelude adds has symbols.
+        const Symbol* part = lookup(name.spaces.front());
+        for (size_t i = 1; part != nullptr && i < name.spaces.size(); ++i) {
+            part =
+                part->kind == SymbolKind::space ? lookupIn(name.spaces[i], part->target) : nullptr;
+        }
+        if (part == nullptr || part->kind != SymbolKind::space) {
+            return nullptr;
+        }
     }
     const Space* space = spaceOf(name);
     return space == nullptr ? nullptr : lookupIn(name.name, space);
+}
+
+Sema::StructRecord* Sema::recordOf(const Type* type) const {
+    const auto found = records_.find(type);
+    return found == records_.end() ? nullptr : found->second;
+}
+
+const Sema::Member* Sema::methodOf(const Type* type, Name name) const {
+    if (const auto* record = recordOf(type)) {
+        for (const auto& method : record->methods) {
+            if (method.name == name) {
+                return &method;
+            }
+        }
+    }
+    return nullptr;
 }
 
 Symbol* Sema::declare(SymbolKind kind, Name name, Range range) {

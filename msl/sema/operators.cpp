@@ -154,24 +154,42 @@ tree::Expr* Sema::operatorCall(std::string_view name, std::vector<tree::Expr*> o
     found = false;
     const Type* self = operands[0]->type;
     if (self->isStruct()) {
-        const auto record = records_.find(self);
-        if (record != records_.end()) {
-            for (const auto& method : record->second->methods) {
-                if (method.name == interned) {
-                    std::vector<tree::Expr*> rest(operands.begin() + 1, operands.end());
-                    found = true;
-                    return callOverloads(method.overloads, operands[0], rest, {}, nullptr, range,
-                                         false);
-                }
-            }
+        if (const auto* method = methodOf(self, interned)) {
+            std::vector<tree::Expr*> rest(operands.begin() + 1, operands.end());
+            found = true;
+            return callOverloads(method->overloads, operands[0], rest, nullptr, range, false);
         }
     }
-    const Symbol* symbol = lookup(interned);
-    if (symbol == nullptr || symbol->kind != SymbolKind::functions) {
+    // A free operator, visible here or beside one of the operands' structs.
+    std::vector<const Symbol*> symbols{lookup(interned)};
+    for (const auto* operand : operands) {
+        const auto* record = recordOf(operand->type);
+        for (const Space* space = record == nullptr ? nullptr : record->space->parent;
+             space != nullptr; space = space->parent) {
+            symbols.push_back(lookupIn(interned, space));
+        }
+    }
+    const Symbol* last = nullptr;
+    for (const auto* symbol : symbols) {
+        if (symbol == nullptr || symbol->kind != SymbolKind::functions) {
+            continue;
+        }
+        last = symbol;
+        found = true;
+        if (tree::Expr* result =
+                callOverloads(symbol->overloads, nullptr, operands, nullptr, range, true)) {
+            return result;
+        }
+    }
+    if (last != nullptr && operands.size() > 1 &&
+        (userArithmetic(operands[0]->type) || userArithmetic(operands[1]->type))) {
+        found = false; // the operands' conversions may lead to a built-in operator
         return nullptr;
     }
-    found = true;
-    return callOverloads(symbol->overloads, nullptr, operands, {}, nullptr, range, false);
+    if (last != nullptr) {
+        reportNoOverload(last->overloads, operands, range, false);
+    }
+    return nullptr;
 }
 
 tree::Expr* Sema::binary(const ast::Expr* expr) {
@@ -208,6 +226,8 @@ tree::Expr* Sema::binary(const ast::Expr* expr) {
         if (found) {
             return result;
         }
+        a = decayed(a);
+        b = decayed(b);
     }
     if (a->type->isPointer() || b->type->isPointer() || a->type->isArray()) {
         const bool plus = expr->op == TokenKind::plus || expr->op == TokenKind::minus;
@@ -255,11 +275,6 @@ tree::Expr* Sema::assign(const ast::Expr* expr) {
         }
         tree::Expr* source = initialise(target->type, expr->b, ast::InitKind::equal);
         if (source == nullptr || !writable(target, expr->range)) {
-            return nullptr;
-        }
-        if (target->type->isPointer()) {
-            error(expr->range, "a pointer keeps what it is initialised with; assigning it is not "
-                               "supported");
             return nullptr;
         }
         tree::Expr* result = makeExpr(ExprKind::assign, target->type, expr->range);

@@ -16,11 +16,30 @@ namespace msl {
 
 struct Space;
 
-enum class SymbolKind : uint8_t { variable, functions, type, enumerator, space, value };
+struct Template;
+
+enum class SymbolKind : uint8_t {
+    variable,
+    functions,
+    type,
+    enumerator,
+    space,
+    value,
+    pattern // a template of a struct, an alias or a variable
+};
 
 struct Overload {
     tree::Function* function = nullptr;     // nothing for a template
     const ast::Function* pattern = nullptr; // of a template
+    Space* space = nullptr;                 // where a template stands
+    const Type* self = nullptr;             // the struct that a template is a member of
+};
+
+// What a template's parameter stands for.
+struct TemplateBinding {
+    const Type* type = nullptr;
+    std::optional<uint64_t> value;
+    bool operator==(const TemplateBinding&) const = default;
 };
 
 // One meaning of a name. The meanings of a name are chained from the innermost outwards.
@@ -36,15 +55,17 @@ struct Symbol {
     Space* target = nullptr;
     uint64_t value = 0;     // of an enumerator
     uint32_t overloads = 0; // index into Sema's overload sets
+    Template* pattern = nullptr;
 };
 
 struct Space {
     Name name = nullptr;
     Space* parent = nullptr;
+    const Type* self = nullptr; // the struct whose members it holds
 };
 
 // How well an argument fits a parameter, best first.
-enum class Rank : uint8_t { exact, promotion, conversion, splat, vectorConversion, none };
+enum class Rank : uint8_t { exact, promotion, conversion, splat, vectorConversion, user, none };
 
 class Sema {
   public:
@@ -65,17 +86,19 @@ class Sema {
     struct StructRecord {
         std::vector<Member> methods;
         std::vector<Default> defaults;
-        Space* space = nullptr; // of its static members
+        Space* space = nullptr;      // of its static members
+        Name constructors = nullptr; // under which name they stand among the methods
+        Template* pattern = nullptr; // of an instance of a template
+        std::vector<TemplateBinding> arguments{};
     };
+    using Parameters = std::span<const ast::TemplateParameter>;
+    using Bindings = std::vector<TemplateBinding>;
     struct Instance {
-        const ast::Function* pattern = nullptr;
-        std::vector<const Type*> types;
-        std::vector<uint64_t> values;
+        const void* pattern = nullptr;
+        Bindings bindings;
         tree::Function* function = nullptr;
-    };
-    struct TemplateBinding {
         const Type* type = nullptr;
-        std::optional<uint64_t> value;
+        Symbol* symbol = nullptr;
     };
     struct Loop {
         std::vector<tree::Variable*> assigned;
@@ -91,6 +114,8 @@ class Sema {
         bool deducedResult = false;
     };
     class DepthGuard;
+    class Context;
+    class TextureCall;
 
     // names.cpp
     Symbol* lookup(Name name) const;
@@ -103,22 +128,32 @@ class Sema {
     bool sameScope(const Symbol& symbol) const;
     void reportUnknown(const ast::QualifiedName& name, std::string_view what);
     bool isMetalSpace(const ast::QualifiedName& name) const;
+    StructRecord* recordOf(const Type* type) const;
+    const Member* methodOf(const Type* type, Name name) const;
 
     // types.cpp
     const Type* resolve(const ast::TypeSyntax* syntax);
     const Type* resolveNamed(const ast::TypeSyntax* syntax);
     const Type* resolveTemplate(const ast::QualifiedName& name);
+    const Type* resolveTexture(const ast::QualifiedName& name);
     const Type* resolveArray(const ast::TypeSyntax* syntax, const ast::Expr* init);
     bool checkSize(const Type* type, Range range);
 
     // declarations.cpp
     void declaration(const ast::Decl* decl);
+    void spaceDeclaration(const ast::Decl* decl);
     void structDeclaration(const ast::Decl* decl);
+    void defineStruct(const ast::Decl* decl, Type* type, const Instance* instance);
+    void structFields(const ast::Decl* decl, Type* type, StructRecord& record);
+    void structMethods(const ast::Decl* decl, Type* type, StructRecord& record, bool isInstance);
+    void memberDefinition(const ast::Decl* decl, Space* space);
+    bool attributeNumbers(std::span<ast::Attribute> attributes);
     void enumDeclaration(const ast::Decl* decl);
     void functionDeclaration(const ast::Decl* decl);
     tree::Function* makeFunction(const ast::Function& syntax, const Type* self);
     void analyseBody(tree::Function& function, StructRecord* record);
     void globalVariable(const ast::Variable* variable);
+    bool givenConstant(tree::Variable& variable, const ast::Attribute& attribute);
     tree::Variable* makeVariable(const ast::Variable& syntax, const Type* type,
                                  tree::VariableKind kind);
     bool sameParameters(const tree::Function& a, const tree::Function& b) const;
@@ -159,6 +194,9 @@ class Sema {
     tree::Expr* constantExpr(const Type* type, uint64_t bits, Range range);
     tree::Expr* variableExpr(tree::Variable* variable, Range range);
     tree::Expr* fieldExpr(tree::Expr* base, uint32_t index, Range range);
+    tree::Expr* memberOf(tree::Expr* base, uint32_t index, Range range);
+    tree::Expr* derefExpr(tree::Expr* pointer, Range range);
+    tree::Expr* referenceTo(const Type* pointer, tree::Expr* target);
     bool binaryOperands(TokenKind op, tree::Expr*& a, tree::Expr*& b, Range range);
     tree::Expr* makeBinary(TokenKind op, tree::Expr* a, tree::Expr* b, Range range);
     tree::Expr* operatorCall(std::string_view name, std::vector<tree::Expr*> operands, Range range,
@@ -167,25 +205,40 @@ class Sema {
 
     // conversions.cpp
     Rank rank(const Type* from, const Type* to) const;
+    Rank standardRank(const Type* from, const Type* to) const;
+    const tree::Function* userConversion(const Type* from, const Type* to) const;
+    const Member* conversionsOf(const Type* type) const;
+    const tree::Function* userArithmetic(const Type* type) const;
+    tree::Expr* decayed(tree::Expr* expr);
     tree::Expr* convert(tree::Expr* expr, const Type* to, Range range, std::string_view what);
     tree::Expr* convertTo(tree::Expr* expr, const Type* to);
     tree::Expr* explicitConvert(tree::Expr* expr, const Type* to, Range range);
     tree::Expr* promote(tree::Expr* expr);
+    tree::Expr* pointerCast(tree::Expr* expr, const Type* to, Range range);
     const Type* commonScalar(const Type* a, const Type* b) const;
     tree::Expr* initialise(const Type* type, const ast::Expr* init, ast::InitKind kind);
     tree::Expr* fromList(const Type* type, std::span<ast::Expr* const> items,
                          std::span<const Name> designators, Range range, bool braces);
+    bool wrapsElements(const Type* type, std::span<ast::Expr* const> items) const;
     tree::Expr* aggregate(const Type* type, std::span<ast::Expr* const> items,
                           std::span<const Name> designators, size_t& used, Range range);
     tree::Expr* vectorFrom(const Type* type, std::vector<tree::Expr*> parts, Range range);
     tree::Expr* matrixFrom(const Type* type, std::vector<tree::Expr*> parts, Range range);
     tree::Expr* defaultValue(const Type* type, Range range);
+    tree::Expr* memberDefaults(const Type* type, Range range);
+    tree::Function* defaultConstructor(const Type* type) const;
 
     // calls.cpp
     tree::Expr* call(const ast::Expr* expr);
+    tree::Expr* memberCall(const ast::Expr* expr);
+    tree::Expr* objectCall(tree::Expr* object, const ast::Expr* expr);
+    bool isSpecialisation(const Overload& overload, const ast::QualifiedName& name);
     tree::Expr* callOverloads(uint32_t set, tree::Expr* self, std::vector<tree::Expr*>& arguments,
-                              std::span<const ast::Expr* const> syntax,
                               const ast::QualifiedName* name, Range range, bool quiet);
+    tree::Expr* unusualCall(const ast::Expr* expr, std::string_view name, bool& found);
+    tree::Expr* functionConstant(const Type* type, uint32_t index, Range range);
+    tree::Expr* atomicCall(const ast::Expr* expr, ir::Op whenSigned, ir::Op whenUnsigned,
+                           size_t values);
     tree::Expr* callLibrary(std::span<const LibraryFunction> functions,
                             std::vector<tree::Expr*>& arguments, Range range);
     tree::Expr* tryLibrary(const LibraryFunction& function, std::vector<tree::Expr*>& arguments,
@@ -194,11 +247,30 @@ class Sema {
                        std::string* problem);
     const Type* parameterType(char letter, const Type* generic) const;
     tree::Expr* textureCall(const ast::Expr* expr, tree::Expr* texture, Name name);
-    tree::Function* instantiate(const ast::Function& pattern, const ast::QualifiedName* name,
+    bool viable(const tree::Function& function, const tree::Expr* self,
+                const std::vector<tree::Expr*>& arguments, std::vector<Rank>& ranks) const;
+    void reportNoOverload(uint32_t set, const std::vector<tree::Expr*>& arguments, Range range,
+                          bool ambiguous);
+
+    // templates.cpp
+    tree::Function* instantiate(const Overload& overload, const ast::QualifiedName* name,
                                 const std::vector<tree::Expr*>& arguments);
-    bool match(const ast::TypeSyntax* syntax, const Type* type,
-               std::span<const ast::TemplateParameter> parameters,
-               std::vector<TemplateBinding>& bindings);
+    const Type* instantiateStruct(Template& pattern, const ast::QualifiedName& name);
+    Symbol* instantiateVariable(Template& pattern, const ast::QualifiedName& name);
+    void declareTemplate(const ast::Decl* decl);
+    bool bindGiven(std::span<const ast::TemplateArgument> given, Parameters parameters,
+                   Bindings& bindings);
+    bool bindDefaults(Parameters parameters, Bindings& bindings, Space* parent);
+    Space* parameterSpace(Parameters parameters, const Bindings& bindings, Space* parent);
+    Space* parameterSpaceOfBound(Parameters parameters, const Bindings& bindings, Space* parent);
+    void analysePending(tree::Function& function);
+    const ast::Decl* specialisation(const Template& pattern, const Bindings& arguments,
+                                    Bindings& bindings);
+    bool spendInstance(Range range);
+    bool match(const ast::TypeSyntax* syntax, const Type* type, Parameters parameters,
+               Bindings& bindings);
+    bool matchArgument(const ast::TemplateArgument& syntax, const TemplateBinding& given,
+                       Parameters parameters, Bindings& bindings);
     bool argumentsOf(std::span<ast::Expr* const> items, std::vector<tree::Expr*>& result);
     tree::Expr* finishCall(tree::Function& function, tree::Expr* self,
                            std::vector<tree::Expr*>& arguments, Range range);
@@ -231,6 +303,7 @@ class Sema {
     size_t scopeStart_ = 0;      // where the innermost block begins in it
     std::vector<std::vector<Overload>> overloads_;
     std::vector<Instance> instances_;
+    std::vector<std::unique_ptr<Template>> templates_;
     std::unordered_map<const Type*, StructRecord*> records_;
     std::vector<std::unique_ptr<StructRecord>> recordStorage_;
     FunctionState* state_ = nullptr;
@@ -240,7 +313,13 @@ class Sema {
     uint32_t depth_ = 0;
     uint32_t templateDepth_ = 0;
     uint32_t constantSteps_ = 0;
-    bool sawKernel_ = false;
+};
+
+// A template of a struct, an alias or a variable, with its specialisations.
+struct Template {
+    const ast::Decl* primary = nullptr;
+    std::vector<const ast::Decl*> specialisations;
+    Space* space = nullptr; // that it stands in
 };
 
 } // namespace msl

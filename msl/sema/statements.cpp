@@ -339,12 +339,23 @@ tree::Stmt* Sema::returnStatement(const ast::Stmt* stmt) {
         error(stmt->range, "this function returns nothing");
         return nullptr;
     }
+    if (state_->function->returnsReference) {
+        result->expr = value(stmt->expr);
+        if (result->expr != nullptr &&
+            (!result->expr->lvalue || result->expr->type != state_->result)) {
+            error(stmt->range, "a reference to '" + toText(state_->result) +
+                                   "' cannot refer to this value of the type '" +
+                                   toText(result->expr->type) + "'");
+            return nullptr;
+        }
+        return result->expr == nullptr ? nullptr : result;
+    }
     result->expr = initialise(state_->result, stmt->expr, ast::InitKind::equal);
     return result->expr == nullptr ? nullptr : result;
 }
 
 tree::Stmt* Sema::localDeclaration(const ast::Decl* decl, Range range) {
-    if (decl->typeDeclaration != nullptr) {
+    if (decl->typeDeclaration != nullptr && decl->typeDeclaration->isDefinition) {
         declaration(decl->typeDeclaration);
     }
     if (decl->kind != ast::DeclKind::variables) {
@@ -478,26 +489,22 @@ tree::Stmt* Sema::localVariable(const ast::Variable* syntax) {
             return nullptr;
         }
     } else if (init == nullptr) {
-        const auto record = records_.find(type);
-        if (type->isPointer()) {
-            error(syntax->range, "a pointer needs something to point to");
-            symbol->variable = nullptr;
-            return nullptr;
-        }
+        const auto* record = recordOf(type);
         if (variable->isConst) {
             error(syntax->range,
                   "the constant '" + std::string(syntax->name->text) + "' needs a value");
             symbol->variable = nullptr;
             return nullptr;
         }
-        if (record != records_.end() && !record->second->defaults.empty()) {
+        if ((record != nullptr && !record->defaults.empty()) ||
+            defaultConstructor(type) != nullptr) {
             init = defaultValue(type, syntax->range);
         }
     }
     if (variable->isConst) {
         variable->init = init;
     }
-    if (type->isPointer()) {
+    if (type->isPointer() && init != nullptr) {
         noteAssigned(init);
     }
     if (syntax->isConstexpr && init != nullptr && type->isScalar()) {

@@ -56,6 +56,7 @@ enum class ExprKind : uint8_t {
     call,
     library,
     comma,
+    functionConstant, // index
 };
 
 struct Expr {
@@ -81,6 +82,24 @@ struct Expr {
     const Function* function = nullptr;
     const LibraryFunction* library = nullptr;
 };
+
+// The places of the items of a texture's member function. `index` of the call says what `level` and
+// the gradients are: 0 nothing, 1 a bias, 2 a level, 3 gradients.
+namespace TextureItem {
+enum : size_t {
+    texture,
+    sampler,
+    coordinate,
+    layer,
+    compared, // the value to compare with, or the colour that is written
+    level,    // level, bias, or number of the sample
+    gradientX,
+    gradientY,
+    offset,
+    lodClamp
+};
+} // namespace TextureItem
+inline constexpr size_t kTextureItems = TextureItem::lodClamp + 1;
 
 enum class StmtKind : uint8_t {
     expression,
@@ -129,6 +148,13 @@ struct Function {
     uint32_t requiredParameters = 0;
     bool isConst = false;
     bool constructor = false;
+    bool isExplicit = false;
+    bool returnsReference = false; // the result is a place of the type `result`
+    bool resultConst = false;
+    AddressSpace resultSpace = AddressSpace::none;
+    AddressSpace selfSpace = AddressSpace::none; // of the object, where the source says it
+    bool pending = false;  // a template's instance whose body is analysed when it is first called
+    void* space = nullptr; // in which the names of a pending body are looked up
     uint32_t variableCount = 0;
     std::span<Expr*> defaults{}; // of the parameters, or null
     mutable bool active = false; // being expanded
@@ -138,7 +164,10 @@ struct Function {
 struct Unit {
     std::vector<Function*> entryPoints;
     std::vector<SamplerOptions> samplers;
+    std::vector<FunctionConstant> constants;
     uint32_t globalCount = 0;
+    bool hasKernels = false;
+    bool castsPointers = false; // to another element type, other than a vector's component
 };
 
 } // namespace msl::tree

@@ -111,10 +111,20 @@ const Type* Sema::resolve(const ast::TypeSyntax* syntax) {
 
 const Type* Sema::resolveNamed(const ast::TypeSyntax* syntax) {
     const auto& name = *syntax->name;
-    if (name.hasArguments) {
+    Symbol* const symbol = lookup(name);
+    if (symbol != nullptr && symbol->kind == SymbolKind::pattern) {
+        return instantiateStruct(*symbol->pattern, name);
+    }
+    if (symbol != nullptr && symbol->kind == SymbolKind::type && name.hasArguments) {
+        const auto* record = recordOf(symbol->type);
+        if (record != nullptr && record->pattern != nullptr) {
+            return instantiateStruct(*record->pattern, name);
+        }
+    }
+    if (name.hasArguments && (symbol == nullptr || symbol->kind != SymbolKind::type)) {
         return resolveTemplate(name);
     }
-    if (const Symbol* symbol = lookup(name); symbol != nullptr) {
+    if (symbol != nullptr) {
         if (symbol->kind == SymbolKind::type) {
             return symbol->type;
         }
@@ -172,6 +182,19 @@ const Type* Sema::resolveTemplate(const ast::QualifiedName& name) {
                              : matrixType(element->kind, static_cast<uint32_t>(*count),
                                           static_cast<uint32_t>(*rows));
     }
+    if (text == "atomic") {
+        const Type* element = argument(0);
+        if (element != nullptr && element != intType() && element != uintType()) {
+            error(name.range, "atomics hold int or uint, not '" + toText(element) + "'");
+            return nullptr;
+        }
+        return element == nullptr ? nullptr : atomicType(element->isSigned());
+    }
+    return resolveTexture(name);
+}
+
+const Type* Sema::resolveTexture(const ast::QualifiedName& name) {
+    const auto text = name.name->text;
     struct TextureName {
         std::string_view name;
         TextureShape shape;
@@ -184,7 +207,13 @@ const Type* Sema::resolveTemplate(const ast::QualifiedName& name) {
         {"texturecube", TextureShape::textureCube, false},
         {"texture2d_array", TextureShape::texture2dArray, false},
         {"texturecube_array", TextureShape::textureCubeArray, false},
+        {"texture1d_array", TextureShape::texture1dArray, false},
+        {"texture2d_ms", TextureShape::texture2dMultisample, false},
+        {"texture2d_ms_array", TextureShape::texture2dMultisampleArray, false},
+        {"texture_buffer", TextureShape::textureBuffer, false},
         {"depth2d", TextureShape::texture2d, true},
+        {"depth2d_ms", TextureShape::texture2dMultisample, true},
+        {"depth2d_ms_array", TextureShape::texture2dMultisampleArray, true},
         {"depthcube", TextureShape::textureCube, true},
         {"depth2d_array", TextureShape::texture2dArray, true},
         {"depthcube_array", TextureShape::textureCubeArray, true},
@@ -193,7 +222,11 @@ const Type* Sema::resolveTemplate(const ast::QualifiedName& name) {
         if (texture.name != text) {
             continue;
         }
-        const Type* component = argument(0);
+        if (name.arguments.empty() || name.arguments[0].type == nullptr) {
+            error(name.range, "'" + std::string(text) + "' needs a type in its '<>'");
+            return nullptr;
+        }
+        const Type* component = resolve(name.arguments[0].type);
         if (component == nullptr) {
             return nullptr;
         }
@@ -210,19 +243,16 @@ const Type* Sema::resolveTemplate(const ast::QualifiedName& name) {
                                   : std::string_view();
             if (word == "read") {
                 access = TextureAccess::read;
+            } else if (word == "write") {
+                access = TextureAccess::write;
+            } else if (word == "read_write") {
+                access = TextureAccess::readWrite;
             } else if (word != "sample") {
-                error(name.range, "textures are only sampled and read; access '" +
-                                      std::string(word) + "' is not supported");
+                error(name.range, "a texture's access is sample, read, write or read_write");
                 return nullptr;
             }
         }
         return types_.texture(texture.shape, texture.depth, component, access);
-    }
-    if (const Symbol* symbol = lookup(name.name); symbol != nullptr) {
-        error(name.range, "'" + std::string(text) +
-                              "' is not a template of the library; struct "
-                              "templates are not supported");
-        return nullptr;
     }
     error(name.range, "the type '" + std::string(text) + "<>' is not supported");
     return nullptr;

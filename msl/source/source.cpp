@@ -54,6 +54,10 @@ SourceManager::Place SourceManager::resolve(Location location) const {
 }
 
 void Diagnostics::error(Range range, std::string message) {
+    if (muted_ > 0) {
+        ++errorCount_;
+        return;
+    }
     if (exhausted()) {
         lastDropped_ = true;
         return;
@@ -73,13 +77,13 @@ void Diagnostics::error(Range range, std::string message) {
 }
 
 void Diagnostics::warning(Range range, std::string message) {
-    if (list_.size() < size_t{kMaxErrors} * 4) {
+    if (muted_ == 0 && list_.size() < size_t{kMaxErrors} * 4) {
         add(Severity::warning, range, std::move(message));
     }
 }
 
 void Diagnostics::note(Range range, std::string message) {
-    if (!lastDropped_ && list_.size() < size_t{kMaxErrors} * 8) {
+    if (muted_ == 0 && !lastDropped_ && list_.size() < size_t{kMaxErrors} * 8) {
         add(Severity::note, range, std::move(message));
     }
 }

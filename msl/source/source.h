@@ -63,6 +63,25 @@ class Diagnostics {
     void warning(Range range, std::string message);
     void note(Range range, std::string message);
 
+    // Takes what is reported while it lives as a test only: errors are counted, not kept.
+    class Muted {
+      public:
+        explicit Muted(Diagnostics& diagnostics)
+            : diagnostics_(diagnostics), errors_(diagnostics.errorCount_) {
+            ++diagnostics_.muted_;
+        }
+        ~Muted() {
+            --diagnostics_.muted_;
+            diagnostics_.errorCount_ = errors_;
+        }
+        Muted(const Muted&) = delete;
+        Muted& operator=(const Muted&) = delete;
+
+      private:
+        Diagnostics& diagnostics_;
+        uint32_t errors_;
+    };
+
     bool hasErrors() const { return errorCount_ > 0; }
     uint32_t errorCount() const { return errorCount_; }
     // No more errors are taken: every stage stops when it sees this.
@@ -76,6 +95,7 @@ class Diagnostics {
     std::vector<Diagnostic> list_;
     std::vector<uint32_t> errorOffsets_;
     uint32_t errorCount_ = 0;
+    uint32_t muted_ = 0;
     bool lastDropped_ = false;
 };
 

@@ -59,6 +59,7 @@ class Emitter {
     uint32_t blockId(BlockId block);
     uint32_t makeType(TypeId type);
     void structDecorations(TypeId type, uint32_t id);
+    void imageCapabilities(const TypeInfo& shape);
     uint32_t lengthId(uint32_t length);
     uint32_t functionType();
     void constant(Value value);
@@ -266,18 +267,15 @@ uint32_t Emitter::makeType(TypeId type) {
         return id;
     }
     case TypeKind::image: {
-        static constexpr spv::Dim kDims[] = {spv::Dim1D, spv::Dim2D, spv::Dim3D, spv::DimCube};
+        static constexpr spv::Dim kDims[] = {spv::Dim1D, spv::Dim2D, spv::Dim3D, spv::DimCube,
+                                             spv::DimBuffer};
         const uint32_t element = typeId(shape.element);
         const uint32_t id = newId();
-        if (shape.dim == ImageDim::dim1d) {
-            capability(spv::CapabilitySampled1D);
-        }
-        if (shape.dim == ImageDim::cube && shape.arrayed) {
-            capability(spv::CapabilitySampledCubeArray);
-        }
+        imageCapabilities(shape);
         definitions_.put(spv::OpTypeImage,
                          {id, element, static_cast<uint32_t>(kDims[static_cast<size_t>(shape.dim)]),
-                          shape.depth ? 1U : 0U, shape.arrayed ? 1U : 0U, 0, 1,
+                          shape.depth ? 1U : 0U, shape.arrayed ? 1U : 0U,
+                          shape.multisampled ? 1U : 0U, shape.storageImage ? 2U : 1U,
                           spv::ImageFormatUnknown});
         return id;
     }
@@ -294,6 +292,23 @@ uint32_t Emitter::makeType(TypeId type) {
     }
     }
     return 0;
+}
+
+void Emitter::imageCapabilities(const TypeInfo& shape) {
+    if (shape.storageImage) {
+        capability(spv::CapabilityStorageImageWriteWithoutFormat);
+        capability(spv::CapabilityStorageImageReadWithoutFormat);
+    }
+    if (shape.dim == ImageDim::dim1d) {
+        capability(shape.storageImage ? spv::CapabilityImage1D : spv::CapabilitySampled1D);
+    }
+    if (shape.dim == ImageDim::buffer) {
+        capability(shape.storageImage ? spv::CapabilityImageBuffer : spv::CapabilitySampledBuffer);
+    }
+    if (shape.dim == ImageDim::cube && shape.arrayed) {
+        capability(shape.storageImage ? spv::CapabilityImageCubeArray
+                                      : spv::CapabilitySampledCubeArray);
+    }
 }
 
 void Emitter::structDecorations(TypeId type, uint32_t id) {
@@ -340,6 +355,14 @@ void Emitter::constant(Value value) {
             definitions_.put(spv::OpConstant, {type, id, instruction.extra});
         }
         break;
+    case Op::specialised:
+        if (instruction.type == kBool) {
+            definitions_.put(spv::OpSpecConstantFalse, {type, id});
+        } else {
+            definitions_.put(spv::OpSpecConstant, {type, id, 0});
+        }
+        decorations_.put(spv::OpDecorate, {id, spv::DecorationSpecId, instruction.extra});
+        break;
     case Op::composite: {
         definitions_.begin(spv::OpConstantComposite);
         definitions_.add(type);
@@ -378,6 +401,15 @@ void Emitter::globalDecorations(const Global& global, uint32_t id) {
         case BuiltIn::clipDistance:
             capability(spv::CapabilityClipDistance);
             break;
+        case BuiltIn::primitiveId:
+            capability(spv::CapabilityGeometry);
+            break;
+        case BuiltIn::layer:
+            capability(spv::CapabilityShaderLayer);
+            break;
+        case BuiltIn::viewportIndex:
+            capability(spv::CapabilityShaderViewportIndex);
+            break;
         case BuiltIn::baseVertex:
         case BuiltIn::baseInstance:
             capability(spv::CapabilityDrawParameters);
@@ -388,6 +420,9 @@ void Emitter::globalDecorations(const Global& global, uint32_t id) {
     }
     if (global.hasLocation) {
         decorations_.put(spv::OpDecorate, {id, spv::DecorationLocation, global.location});
+    }
+    if (global.index != 0) {
+        decorations_.put(spv::OpDecorate, {id, spv::DecorationIndex, global.index});
     }
     if (global.flat) {
         decorate(spv::DecorationFlat);
@@ -436,7 +471,7 @@ void Emitter::instruction(Value value) {
     const OpInfo& row = info(item.op);
     const auto operands = module_.operandsOf(item);
     // Types may have to be defined first, which must not happen inside the instruction.
-    const uint32_t type = item.op == Op::store ? 0 : typeId(item.type);
+    const uint32_t type = row.hasResult ? typeId(item.type) : 0;
     switch (item.op) {
     case Op::dpdx:
     case Op::dpdy:
@@ -444,13 +479,16 @@ void Emitter::instruction(Value value) {
         break;
     case Op::querySize:
     case Op::queryLevels:
+    case Op::querySizeOnly:
+    case Op::querySamples:
+    case Op::queryLod:
         capability(spv::CapabilityImageQuery);
         break;
     default:
         break;
     }
     code_.begin(static_cast<spv::Op>(row.spirv));
-    if (item.op != Op::store) {
+    if (row.hasResult) {
         code_.add(type);
         code_.add(idOf(value));
     }

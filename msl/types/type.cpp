@@ -12,7 +12,9 @@ constexpr size_t kVectorRow = 6; // 2 to 4 components, then the same packed
 constexpr size_t kMatrixBase = kVectorBase + kScalarCount * kVectorRow;
 constexpr size_t kMatrixRow = 9;
 constexpr size_t kSampler = kMatrixBase + 2 * kMatrixRow;
-constexpr size_t kBuiltinCount = kSampler + 1;
+constexpr size_t kAtomicInt = kSampler + 1;
+constexpr size_t kAtomicUint = kAtomicInt + 1;
+constexpr size_t kBuiltinCount = kAtomicUint + 1;
 
 struct BuiltinTypes {
     Type types[kBuiltinCount];
@@ -64,6 +66,14 @@ constexpr BuiltinTypes makeBuiltins() {
     result.types[kSampler].kind = TypeKind::sampler;
     result.types[kSampler].size = 8;
     result.types[kSampler].alignment = 8;
+    for (const bool isSigned : {true, false}) {
+        Type& atomic = result.types[isSigned ? kAtomicInt : kAtomicUint];
+        atomic.kind = TypeKind::atomic;
+        atomic.element =
+            &kBuiltins
+                 .types[static_cast<size_t>(isSigned ? TypeKind::intType : TypeKind::uintType)];
+        atomic.size = atomic.alignment = 4;
+    }
     return result;
 }
 
@@ -99,8 +109,23 @@ bool Type::isSigned() const {
            kind == TypeKind::longType;
 }
 
+bool Type::holdsResources() const {
+    switch (kind) {
+    case TypeKind::texture:
+    case TypeKind::sampler:
+    case TypeKind::pointer:
+        return true;
+    case TypeKind::array:
+        return element->holdsResources();
+    case TypeKind::structure:
+        return structure->hasResources;
+    default:
+        return false;
+    }
+}
+
 const Type* Type::scalar() const {
-    if (isVector() || isEnum()) {
+    if (isVector() || isEnum() || isAtomic()) {
         return element;
     }
     return isMatrix() ? element->element : this;
@@ -122,6 +147,10 @@ const Type* matrixType(TypeKind component, uint32_t columns, uint32_t rows) {
 
 const Type* samplerType() { return &kBuiltins.types[kSampler]; }
 
+const Type* atomicType(bool isSigned) {
+    return &kBuiltins.types[isSigned ? kAtomicInt : kAtomicUint];
+}
+
 const Type* unpacked(const Type* type) {
     return type->isVector() && type->packed ? vectorType(type->element->kind, type->count) : type;
 }
@@ -129,6 +158,9 @@ const Type* unpacked(const Type* type) {
 const Type* findBuiltinType(std::string_view name) {
     if (name == "sampler") {
         return samplerType();
+    }
+    if (name == "atomic_int" || name == "atomic_uint") {
+        return atomicType(name == "atomic_int");
     }
     bool packed = false;
     bool matrixOnly = false;
@@ -195,14 +227,17 @@ std::string toText(const Type* type) {
                (type->constPointee ? "const " : "") + toText(type->element) +
                (type->isPointer() ? "*" : "&");
     case TypeKind::texture: {
-        static constexpr std::array<std::string_view, 6> kShapes{"1d",   "2d",       "3d",
-                                                                 "cube", "2d_array", "cube_array"};
+        static constexpr std::array<std::string_view, 10> kShapes{
+            "1d",         "2d",       "3d",    "cube",        "2d_array",
+            "cube_array", "1d_array", "2d_ms", "2d_ms_array", "_buffer"};
         return (type->depth ? "depth" : "texture") +
                std::string(kShapes[static_cast<size_t>(type->shape)]) + "<" +
                toText(type->element) + ">";
     }
     case TypeKind::sampler:
         return "sampler";
+    case TypeKind::atomic:
+        return "atomic_" + toText(type->element);
     default:
         return std::string(kPlainNames[static_cast<size_t>(type->kind)]);
     }
@@ -296,6 +331,7 @@ void TypeTable::completeStruct(Type* type, const std::vector<Field>& fields) {
         offset += field.type->size;
         type->alignment = std::max(type->alignment, field.type->alignment);
         type->leaves += field.type->leaves;
+        info.hasResources = info.hasResources || field.type->holdsResources();
         info.hasArray = info.hasArray || field.type->isArray() ||
                         (field.type->isStruct() && field.type->structure->hasArray);
     }

@@ -36,6 +36,7 @@ enum class TypeKind : uint8_t {
     reference,
     texture,
     sampler,
+    atomic,
 };
 
 enum class AddressSpace : uint8_t { none, thread, constant, device, threadgroup };
@@ -76,7 +77,10 @@ struct Type {
     bool isReference() const { return kind == TypeKind::reference; }
     bool isTexture() const { return kind == TypeKind::texture; }
     bool isSampler() const { return kind == TypeKind::sampler; }
+    bool isAtomic() const { return kind == TypeKind::atomic; }
     bool isResource() const { return isTexture() || isSampler(); }
+    // A texture, sampler or pointer, or what holds one: such values exist only while compiling.
+    bool holdsResources() const;
     bool isArithmetic() const { return isScalar() || isVector(); }
     bool isSigned() const;
     // The component of a scalar or vector (itself for a scalar), of a matrix's columns.
@@ -88,6 +92,7 @@ struct Field {
     Name name = nullptr;
     const Type* type = nullptr;
     uint32_t offset = 0;
+    bool isReference = false; // the type is the pointer that stands for the reference
 };
 
 struct StructInfo {
@@ -95,7 +100,8 @@ struct StructInfo {
     std::span<Field> fields{};
     const void* declaration = nullptr; // the analysis's record of it
     bool complete = false;
-    bool hasArray = false; // somewhere inside
+    bool hasArray = false;     // somewhere inside
+    bool hasResources = false; // textures, samplers or pointers, somewhere inside
 };
 
 struct EnumInfo {
@@ -108,6 +114,7 @@ const Type* scalarType(TypeKind kind);
 const Type* vectorType(TypeKind component, uint32_t count, bool packed = false); // count 1: scalar
 const Type* matrixType(TypeKind component, uint32_t columns, uint32_t rows);
 const Type* samplerType();
+const Type* atomicType(bool isSigned);
 inline const Type* voidType() { return scalarType(TypeKind::voidType); }
 inline const Type* boolType() { return scalarType(TypeKind::boolType); }
 inline const Type* intType() { return scalarType(TypeKind::intType); }

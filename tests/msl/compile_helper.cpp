@@ -36,7 +36,8 @@ std::string firstDiagnostic(std::string_view source) {
            ": " + first.message;
 }
 
-std::string fragmentSource(std::string_view body, std::string_view globals) {
+std::string fragmentSource(std::string_view body, std::string_view globals,
+                           std::string_view parameters) {
     return "#include <metal_stdlib>\nusing namespace metal;\n" + std::string(globals) +
            "\nvertex float4 v_main(uint vid [[vertex_id]]) {\n"
            "    float2 p = float2((vid << 1) & 2, vid & 2);\n"
@@ -44,8 +45,8 @@ std::string fragmentSource(std::string_view body, std::string_view globals) {
            "struct Values { float zero; float one; float two; float half_; int i3; uint u5; "
            "float2 v12; float4 v1234; };\n"
            "fragment float4 f_main(float4 fragCoord [[position]],\n"
-           "                       constant Values& v [[buffer(0)]]) {\n" +
-           std::string(body) + "\n}\n";
+           "                       constant Values& v [[buffer(0)]]" +
+           std::string(parameters) + ") {\n" + std::string(body) + "\n}\n";
 }
 
 } // namespace msl::tests

@@ -20,7 +20,8 @@ Compiled compileAndValidate(std::string_view source, const Options& options = {}
 // The first diagnostic's place and message, "line:column: severity: message"; empty where none.
 std::string firstDiagnostic(std::string_view source);
 
-// A whole source around the body of f_main.
-std::string fragmentSource(std::string_view body, std::string_view globals = {});
+// A whole source around the body of f_main; `parameters` follow its first two.
+std::string fragmentSource(std::string_view body, std::string_view globals = {},
+                           std::string_view parameters = {});
 
 } // namespace msl::tests

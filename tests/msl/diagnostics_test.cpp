@@ -96,10 +96,6 @@ const Wrong kWrong[] = {
      "1:12: error: the language has no 'double'; 'float' is its widest floating-point type"},
     {"Goto", "void f() { goto end; }", "1:12: error: the language has no 'goto'"},
     {"Union", "union U { int a; };", "1:1: error: unions are not supported"},
-    {"StructTemplate", "template <typename T> struct S { T x; };",
-     "1:30: error: struct templates are not supported"},
-    {"HalfInBuffer", "fragment float4 m(constant half4& h [[buffer(0)]]) { return float4(h); }",
-     "1:35: error: a buffer that holds 'half4' is not supported"},
     {"ParameterWithoutAttribute", "fragment float4 m(float x) { return x; }",
      "1:25: error: this parameter of an entry point has no attribute that says where its value "
      "comes from"},

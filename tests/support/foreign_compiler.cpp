@@ -17,11 +17,37 @@ TBuiltInResource wideLimits() {
     for (std::size_t i = 0; i < offsetof(TBuiltInResource, limits) / sizeof(int); ++i) {
         numbers[i] = 4096;
     }
+    limits.minProgramTexelOffset = -8;
     limits.limits = {true, true, true, true, true, true, true, true, true};
     return limits;
 }
 
 } // namespace
+
+std::string toMetal(std::span<const std::uint32_t> words) {
+    spvc_context context = nullptr;
+    spvc_parsed_ir parsed = nullptr;
+    spvc_compiler compiler = nullptr;
+    spvc_compiler_options options = nullptr;
+    const char* text = nullptr;
+    std::string result;
+    if (spvc_context_create(&context) != SPVC_SUCCESS) {
+        return result;
+    }
+    if (spvc_context_parse_spirv(context, words.data(), words.size(), &parsed) == SPVC_SUCCESS &&
+        spvc_context_create_compiler(context, SPVC_BACKEND_MSL, parsed,
+                                     SPVC_CAPTURE_MODE_TAKE_OWNERSHIP, &compiler) == SPVC_SUCCESS &&
+        spvc_compiler_create_compiler_options(compiler, &options) == SPVC_SUCCESS) {
+        spvc_compiler_options_set_uint(options, SPVC_COMPILER_OPTION_MSL_VERSION,
+                                       SPVC_MAKE_MSL_VERSION(2, 3, 0));
+        spvc_compiler_install_compiler_options(compiler, options);
+        if (spvc_compiler_compile(compiler, &text) == SPVC_SUCCESS) {
+            result = text;
+        }
+    }
+    spvc_context_destroy(context);
+    return result;
+}
 
 std::string toGLSL(const msl::Module& module) {
     spvc_context context = nullptr;

@@ -5,6 +5,7 @@
 #include "msl/msl.h"
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,10 @@ namespace vantor::foreign {
 
 /// Vulkan GLSL of the module's fragment function "f_main"; empty where SPIRV-Cross fails.
 std::string toGLSL(const msl::Module& module);
+
+/// Metal Shading Language of a module's fragment function, which is "main0" there; empty where
+/// SPIRV-Cross fails.
+std::string toMetal(std::span<const std::uint32_t> words);
 
 /// The module of a GLSL fragment shader for Vulkan 1.2, with the entry point "main"; empty, with
 /// the reason on standard error, where it does not compile. The first call of a process pays for

@@ -8,11 +8,14 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "msl/msl.h"
 
 namespace vantor::tests {
+
+class VulkanTestDevice;
 
 class VulkanRunner {
   public:
@@ -22,17 +25,40 @@ class VulkanRunner {
     VulkanRunner(const VulkanRunner&) = delete;
     VulkanRunner& operator=(const VulkanRunner&) = delete;
 
-    // Draws v_main and f_main on 4 × 4 pixels of four floats each and gives the pixel at (0, 0).
-    // `buffers` fill the fragment buffers in the order of the entry point's list. Every texture is
-    // 4 × 4 with texel (x, y) = (x, y, x + 4y, 1). Nothing, and `problem`, where Vulkan refuses.
-    std::optional<std::array<float, 4>> draw(const msl::Module& module,
-                                             std::span<const std::vector<std::byte>> buffers,
-                                             std::string& problem);
+    struct Extras {
+        std::vector<std::byte> argumentBuffer; // what each buffer inside an argument buffer holds
+        std::vector<std::pair<uint32_t, uint32_t>> constants; // specialisation ids and their bits
+    };
+
+    using Pixel = std::array<float, 4>;
+
+    // One function of a module. `entry` describes a fragment function's resources.
+    struct StageCode {
+        std::span<const uint32_t> words;
+        std::string name;
+        msl::EntryPoint entry{};
+    };
+
+    // Draws on 4 × 4 pixels of four floats each and gives them row by row. `buffers` fill the
+    // fragment buffers in the order of the entry point's list; textures are filled as
+    // VulkanTestDevice::makeTexture says. Nothing, and `problem`, where Vulkan refuses.
+    std::optional<std::vector<Pixel>> drawAll(const StageCode& vertex, const StageCode& fragment,
+                                              std::span<const std::vector<std::byte>> buffers,
+                                              std::string& problem, const Extras& extras);
+
+    // The pixel at (0, 0) that v_main and f_main draw.
+    std::optional<Pixel> draw(const msl::Module& module,
+                              std::span<const std::vector<std::byte>> buffers, std::string& problem,
+                              const Extras& extras);
+    std::optional<Pixel> draw(const msl::Module& module,
+                              std::span<const std::vector<std::byte>> buffers,
+                              std::string& problem) {
+        return draw(module, buffers, problem, {});
+    }
 
   private:
-    struct Device;
-    explicit VulkanRunner(std::unique_ptr<Device> device);
-    std::unique_ptr<Device> device_;
+    explicit VulkanRunner(std::unique_ptr<VulkanTestDevice> device);
+    std::unique_ptr<VulkanTestDevice> device_;
 };
 
 } // namespace vantor::tests
