@@ -73,6 +73,12 @@ const Type* Sema::resolve(const ast::TypeSyntax* syntax) {
             return made == declaredTypes_.end() ? nullptr : made->second;
         }
         const Symbol* symbol = lookup(syntax->declared->name);
+        if (symbol == nullptr && syntax->declared->kind == ast::DeclKind::enumeration &&
+            syntax->declared->type != nullptr) {
+            // enum Name : type; declares what is defined later.
+            declaration(syntax->declared);
+            symbol = lookup(syntax->declared->name);
+        }
         if (symbol == nullptr || symbol->kind != SymbolKind::type) {
             error(syntax->declared->range,
                   "there is no type named '" + std::string(syntax->declared->name->text) + "'");
