@@ -1,3 +1,4 @@
+#include "msl/library/unsupported.h"
 #include "msl/sema/depth.h"
 #include "msl/sema/sema.h"
 
@@ -260,7 +261,9 @@ const Type* Sema::resolveTexture(const ast::QualifiedName& name) {
         }
         return types_.texture(texture.shape, texture.depth, component, access);
     }
-    error(name.range, "the type '" + std::string(text) + "<>' is not supported");
+    const auto reason = unsupportedReason(text);
+    error(name.range, !reason.empty() ? std::string(reason)
+                                      : "the type '" + std::string(text) + "<>' is not supported");
     return nullptr;
 }
 
