@@ -6,6 +6,11 @@
 #include <vector>
 
 namespace vantor::agent {
+namespace {
+
+constexpr std::size_t kBytesPerPixel = 4;
+
+} // namespace
 
 std::unique_ptr<Display> Display::create(MainLoop& loop, std::shared_ptr<vulkan::Context> gpu,
                                          std::uint32_t number, const DisplayMode& mode,
@@ -55,13 +60,17 @@ void Display::refresh() {
     }
 }
 
+std::optional<std::vector<std::uint8_t>> Display::pixels() {
+    std::vector<std::uint8_t> bytes(std::size_t{mode_.width} * mode_.height * kBytesPerPixel);
+    return compositor_->read(bytes) ? std::optional(std::move(bytes)) : std::nullopt;
+}
+
 bool Display::writePNG(Images& images, const std::filesystem::path& file) {
-    const std::size_t bytesPerRow = std::size_t{mode_.width} * 4;
-    std::vector<std::uint8_t> bytes(bytesPerRow * mode_.height);
-    return compositor_->read(bytes) && images.writePNG(file, {.bytes = bytes,
-                                                              .width = mode_.width,
-                                                              .height = mode_.height,
-                                                              .bytesPerRow = bytesPerRow});
+    const auto bytes = pixels();
+    return bytes && images.writePNG(file, {.bytes = *bytes,
+                                           .width = mode_.width,
+                                           .height = mode_.height,
+                                           .bytesPerRow = mode_.width * kBytesPerPixel});
 }
 
 } // namespace vantor::agent

@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vantor {
 class Images;
@@ -55,6 +56,8 @@ class Display {
     /// The wallpaper is given up: that its context ends is no trouble any more.
     void release() { released_ = true; }
 
+    /// What the display shows now, as BGRA rows without gaps; nothing when it cannot be read.
+    [[nodiscard]] std::optional<std::vector<std::uint8_t>> pixels();
     /// Writes what the display shows now. False when it could not be written.
     [[nodiscard]] bool writePNG(Images& images, const std::filesystem::path& file);
 

@@ -2,13 +2,38 @@
 
 #include "agent/kit/kit_classes.h"
 
+#include "platform/bundle.h"
+#include "platform/platform.h"
+
 namespace vantor::agent {
 namespace {
 
-/// The one class that replies to the agent's requests are made of.
-constexpr std::string_view kReplyClass = "WallpaperRemoteContextXPC";
+constexpr const char* kExtensionHome = "Library/Containers/com.nimbara.app.lockscreen/Data";
+
+/// What replies and the extension's own calls are made of.
+constexpr std::string_view kContextClass = "WallpaperRemoteContextXPC";
+constexpr std::string_view kViewModelsClass = "WallpaperSettingsViewModelsXPC";
+
+std::optional<Error> receivePicker(const std::function<void(Picker)>& changed,
+                                   const std::vector<ObjectRef>& arguments) {
+    auto picker = !arguments.empty() && arguments[0] ? readPicker(*arguments[0]) : std::nullopt;
+    if (!picker) {
+        return Error{
+            .domain = "vantor-agent", .code = 1, .message = "the argument is no view models"};
+    }
+    if (changed) {
+        changed(*std::move(picker));
+    }
+    return std::nullopt;
+}
 
 } // namespace
+
+launch::LaunchRequest extensionLaunch(Platform& platform, std::filesystem::path bundle) {
+    const Bundle& own = platform.bundle();
+    const auto userHome = own.userDatabaseHome().value_or(own.homeDirectory());
+    return {.bundle = std::move(bundle), .home = userHome / kExtensionHome};
+}
 
 Result<std::unique_ptr<ExtensionSession>, std::string>
 ExtensionSession::start(MainLoop& loop, const launch::LaunchRequest& request,
@@ -27,9 +52,15 @@ ExtensionSession::start(MainLoop& loop, const launch::LaunchRequest& request,
         return Failure{std::string("the extension takes no connection")};
     }
     session->client_ = xpc::XPCClient::create(
-        loop, std::move(socket), session->runtime_, {session->runtime_.classNamed(kReplyClass)},
-        {.called = [](AgentOperation, const std::vector<ObjectRef>&) -> std::optional<Error> {
-             return std::nullopt;
+        loop, std::move(socket), session->runtime_,
+        {session->runtime_.classNamed(kContextClass),
+         session->runtime_.classNamed(kViewModelsClass)},
+        {.called = [changed = std::move(handlers.pickerChanged)](
+                       AgentOperation operation,
+                       const std::vector<ObjectRef>& arguments) -> std::optional<Error> {
+             return operation == AgentOperation::updateSettingsViewModels
+                        ? receivePicker(changed, arguments)
+                        : std::nullopt;
          },
          // The end of its process, which follows, says more.
          .disconnected = [] {}});
@@ -74,6 +105,22 @@ void ExtensionSession::invalidate(const UUID& identifier,
                                   std::function<void(std::optional<Error>)> done) {
     client_->call(WallpaperOperation::invalidate, {makeWallpaperID(identifier)},
                   [done = std::move(done)](const xpc::CallResult& result) { done(result.error); });
+}
+
+void ExtensionSession::picker(std::function<void(Result<Picker, std::string>)> done) {
+    client_->call(WallpaperOperation::provideSettingsViewModels, {makeContentTypeSet()},
+                  [done = std::move(done)](const xpc::CallResult& result) {
+                      if (result.error) {
+                          done(Failure{result.error->message});
+                          return;
+                      }
+                      auto picker = result.object ? readPicker(*result.object) : std::nullopt;
+                      if (!picker) {
+                          done(Failure{std::string("the reply holds no view models")});
+                          return;
+                      }
+                      done(*std::move(picker));
+                  });
 }
 
 void ExtensionSession::tick(std::uint32_t displayID) {

@@ -2,6 +2,7 @@
 // A running extension as the agent uses it: its process, one connection for requests, and the
 // screens and ticks it is told of. Main thread.
 
+#include "agent/kit/picker.h"
 #include "agent/kit/requests.h"
 #include "platform/linux/archive/class_registry.h"
 #include "platform/linux/launch/launch_host.h"
@@ -11,18 +12,28 @@
 #include "platform/uuid.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <span>
 #include <string>
 
+namespace vantor {
+class Platform;
+}
+
 namespace vantor::agent {
+
+/// How to start the extension of a bundle folder: with a home of its own under the user's.
+launch::LaunchRequest extensionLaunch(Platform& platform, std::filesystem::path bundle);
 
 struct SessionHandlers {
     /// The private socket of a remote context that was asked for, or none when it does not exist.
     std::function<void(std::uint32_t contextID, FileDescriptor socket)> attached;
     /// The extension's process has ended; see launch::HostHandlers.
     std::function<void(const std::string& how)> ended;
+    /// The extension offers something else in the picker from now on. May be empty.
+    std::function<void(Picker picker)> pickerChanged = {};
 };
 
 class ExtensionSession {
@@ -44,6 +55,9 @@ class ExtensionSession {
     void update(const UUID& identifier, const UpdateRequest& request,
                 std::function<void(std::optional<Error>)> done);
     void invalidate(const UUID& identifier, std::function<void(std::optional<Error>)> done);
+
+    /// Asks what the extension offers in the picker; the first time it renders the thumbnails.
+    void picker(std::function<void(Result<Picker, std::string>)> done);
 
     /// Asks for the remote context's socket; the answer is `attached`. False when the extension is
     /// gone.

@@ -1,6 +1,7 @@
 // The wallpaper agent's command.
 
 #include "agent/kit/requests.h"
+#include "agent/picker_command.h"
 #include "agent/run_options.h"
 #include "agent/wallpaper_agent.h"
 #include "platform/linux/system/system_root.h"
@@ -35,6 +36,11 @@ struct Words {
     std::string extension;
 };
 
+std::filesystem::path bundleFolder(const Words& words) {
+    return words.extension.empty() ? systemRoot() / "VantorLockScreen.appex"
+                                   : std::filesystem::path(words.extension);
+}
+
 Result<RunOptions, std::string> optionsFrom(const Words& words) {
     RunOptions options;
     auto displays = parseOutput(words.output);
@@ -68,8 +74,7 @@ Result<RunOptions, std::string> optionsFrom(const Words& words) {
     if (!words.out.empty()) {
         options.out = words.out;
     }
-    options.extension = words.extension.empty() ? systemRoot() / "VantorLockScreen.appex"
-                                                : std::filesystem::path(words.extension);
+    options.extension = bundleFolder(words);
     return options;
 }
 
@@ -100,20 +105,31 @@ int run(int argc, char** argv) {
         ->type_name("N");
     command->add_option("--out", words.out, "Where two pictures of each display are written")
         ->type_name("DIR");
-    command->add_option("--extension", words.extension, "The extension's bundle folder")
-        ->type_name("DIR");
+    CLI::App* picker =
+        app.add_subcommand("picker", "Prints what the extension offers in the picker");
+    picker->footer(kFooter);
+    bool json = false;
+    picker->add_flag("--json", json, "Print JSON, for programs");
+    for (CLI::App* each : {command, picker}) {
+        each->add_option("--extension", words.extension, "The extension's bundle folder")
+            ->type_name("DIR");
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : static_cast<int>(RunStatus::usage);
     }
+    Platform& installed = platform();
+    // The main queue of this platform is its main loop.
+    auto& loop = static_cast<MainLoop&>(installed.mainQueue());
+    if (picker->parsed()) {
+        return static_cast<int>(printPicker(installed, loop, bundleFolder(words),
+                                            json ? PickerFormat::json : PickerFormat::table));
+    }
     auto options = optionsFrom(words);
     if (!options) {
         return usage(options.error());
     }
-    Platform& installed = platform();
-    // The main queue of this platform is its main loop.
-    auto& loop = static_cast<MainLoop&>(installed.mainQueue());
     WallpaperAgent agent(installed, loop, std::move(*options));
     return static_cast<int>(agent.run());
 }

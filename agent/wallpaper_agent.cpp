@@ -1,6 +1,5 @@
 #include "agent/wallpaper_agent.h"
 
-#include "platform/bundle.h"
 #include "platform/images.h"
 #include "platform/linux/gpu/vulkan_context.h"
 #include "platform/platform.h"
@@ -11,8 +10,6 @@
 
 namespace vantor::agent {
 namespace {
-
-constexpr const char* kExtensionHome = "Library/Containers/com.nimbara.app.lockscreen/Data";
 
 /// Between the two pictures of a display.
 constexpr double kPictureInterval = 1.0;
@@ -63,10 +60,8 @@ Result<Done, std::string> WallpaperAgent::start() {
                            .height = display->mode().height,
                            .refreshRate = options_.refreshRate});
     }
-    const Bundle& bundle = platform_.bundle();
-    const auto userHome = bundle.userDatabaseHome().value_or(bundle.homeDirectory());
     auto session = ExtensionSession::start(
-        loop_, {.bundle = options_.extension, .home = userHome / kExtensionHome}, screens,
+        loop_, extensionLaunch(platform_, options_.extension), screens,
         {.attached = [this](std::uint32_t contextID,
                             FileDescriptor socket) { attached(contextID, std::move(socket)); },
          .ended =

@@ -5,6 +5,7 @@
 #include "agent/display.h"
 #include "agent/extension_session.h"
 #include "agent/run_options.h"
+#include "agent/run_status.h"
 #include "platform/linux/main_loop.h"
 #include "platform/result.h"
 
@@ -18,16 +19,6 @@ class Platform;
 }
 
 namespace vantor::agent {
-
-/// How `run` ends.
-enum class RunStatus : int {
-    done = 0,
-    /// It could not start, or could not do what it was asked; the reason is on standard error.
-    failed = 1,
-    usage = 2,
-    /// The extension ended before the agent did.
-    extensionEnded = 3,
-};
 
 class WallpaperAgent {
   public:

@@ -94,12 +94,14 @@ void bare(benchmark::State& state) {
     auto made = device->newRenderPipelineState(
         {.vertexFunction = library.value()->newFunction("v_main"),
          .fragmentFunction = library.value()->newFunction("f_main")});
-    const auto& pipeline = static_cast<const vulkan::VulkanPipeline&>(*made.value());
+    const auto parts = device->parts();
+    const auto objects = static_cast<vulkan::VulkanPipeline&>(*made.value()).objectsFor(*parts);
+    const vulkan::PipelineObjects& pipeline = *objects;
     const auto texture = device->newSharedTexture(kSide, kSide);
     vulkan::DeviceImage& image = texture->image();
-    vulkan::Context& context = *device->context();
+    vulkan::Context& context = *parts->context;
     const auto uniforms =
-        vulkan::Buffer::create(device->context(), 4096, VK_BUFFER_USAGE_STORAGE_BUFFER_BIT);
+        vulkan::Buffer::create(parts->context, 4096, VK_BUFFER_USAGE_STORAGE_BUFFER_BIT);
     const ShaderUniforms look;
 
     VkCommandPoolCreateInfo poolInfo{};

@@ -1,7 +1,7 @@
 """The rows of the bench table: which measured benchmark stands against which, and what is aimed at.
 
 A row's value is the median of its benchmark's real time unless `counter` names one of its counters
-instead; its ratio is that value over the benchmark it stands against, both from the same run.
+instead; its ratio is that value over the same of the benchmark it stands against, both from one run.
 """
 
 from dataclasses import dataclass
@@ -26,4 +26,34 @@ ROWS = [
         against="frame/trivial/bare", aim="value <= 60 us"),
     Row("own heap allocations per steady frame", "frame/trivial/ours", counter="allocations",
         unit="count", aim="value <= 0"),
+    Row("encode the picker's view models", "bridge/encode_picker/ours",
+        against="bridge/encode_picker/libplist", aim="ratio <= 0.25"),
+    Row("encode the picker's view models", "bridge/encode_picker/ours",
+        against="bridge/encode_picker/gnustep"),
+    Row("encode the picker's view models", "bridge/encode_picker/ours",
+        against="bridge/encode_picker/plistlib"),
+    Row("heap allocations per encode of the picker", "bridge/encode_picker/ours",
+        counter="allocations", unit="count", aim="value <= 1708"),
+    Row("bytes of the encoded picker", "bridge/encode_picker/ours", counter="bytes", unit="bytes",
+        against="bridge/picker_bytes/gnustep", aim="ratio <= 1.0"),
+    Row("decode a creation request", "bridge/decode_request/ours",
+        against="bridge/decode_request/libplist", aim="ratio <= 0.4"),
+    Row("decode a creation request", "bridge/decode_request/ours",
+        against="bridge/decode_request/gnustep"),
+    Row("decode a creation request", "bridge/decode_request/ours",
+        against="bridge/decode_request/plistlib"),
+    Row("view models, every thumbnail there", "library/view_models/cached", aim="value <= 1000 us"),
+    Row("view models, first of all", "library/view_models/first",
+        against="library/view_models/draws", aim="ratio <= 1.5"),
+    Row("from a change's notification to its picture", "change/plasma/shown",
+        against="change/plasma/frame"),
 ]
+
+HOSTILE_LISTS = ["nested_binary", "nested_xml", "nested_text", "cycle", "shared_arrays", "shared_text",
+                 "object_count", "offset_past_end", "two_gibibytes"]
+for hostile in HOSTILE_LISTS:
+    name = hostile.replace("_", " ")
+    ROWS.append(Row(f"refuse a hostile list: {name}", f"hostile_list/{hostile}",
+                    aim="value <= 50000 us"))
+    ROWS.append(Row(f"peak memory of refusing: {name}", f"hostile_list/{hostile}",
+                    counter="mebibytes", unit="MiB", aim="value <= 64"))

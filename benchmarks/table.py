@@ -40,17 +40,15 @@ def measure(programs):
 def tabulate(times, counters):
     table = []
     for row in ROWS:
-        if row.benchmark not in times:
-            raise SystemExit(f"no benchmark is named {row.benchmark}")
-        if row.counter:
-            value = statistics.median(run[row.counter] for run in counters[row.benchmark])
-        else:
-            value = statistics.median(times[row.benchmark])
-        ratio = None
-        if row.against:
-            if row.against not in times:
-                raise SystemExit(f"no benchmark is named {row.against}")
-            ratio = value / statistics.median(times[row.against])
+        def median(benchmark, counter=row.counter):
+            if benchmark not in times:
+                raise SystemExit(f"no benchmark is named {benchmark}")
+            if counter:
+                return statistics.median(run[counter] for run in counters[benchmark])
+            return statistics.median(times[benchmark])
+
+        value = median(row.benchmark)
+        ratio = value / median(row.against) if row.against else None
         table.append({"name": row.name, "value": value, "unit": row.unit, "against": row.against,
                       "ratio": ratio, "aim": row.aim})
     return table

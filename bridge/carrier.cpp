@@ -25,14 +25,15 @@ void Carrier::encode(KeyedEncoder& encoder) const {
 }
 
 ObjectRef makeApple(Platform& platform, std::string_view className, std::string_view key,
-                    const PropertyList& payload) {
+                    const Result<PropertyList>& payload) {
     const ObjectClass* agentClass = platform.objectRuntime().classNamed(className);
     if (agentClass == nullptr) {
         logFailure(className, "missing");
         return nullptr;
     }
-    const Carrier carrier(
-        [&](KeyedEncoder& encoder) { return encoder.encodeEncodable(payload, key); });
+    const Carrier carrier([&](KeyedEncoder& encoder) -> Result<Done> {
+        return payload ? encoder.encodeEncodable(payload.value(), key) : Failure{payload.error()};
+    });
     const auto archive = platform.keyedArchiving().archiveRootObject(
         Carrier::kClassName, [&](KeyedEncoder& encoder) { carrier.encode(encoder); });
     if (!archive) {
@@ -53,6 +54,11 @@ ObjectRef makeApple(Platform& platform, std::string_view className, std::string_
     }
     unarchiver.finishDecoding();
     return object;
+}
+
+ObjectRef makeApple(Platform& platform, std::string_view className, std::string_view key,
+                    const PropertyList& payload) {
+    return makeApple(platform, className, key, Result<PropertyList>(payload));
 }
 
 } // namespace vantor::PrivateBridge

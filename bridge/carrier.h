@@ -3,6 +3,7 @@
 // archived with the payload under a key, and the archive is read back with the carrier's class name
 // mapped to the agent's class, which then decodes itself. Free of shared state; any thread.
 
+#include "bridge/keyed_record.h"
 #include "platform/keyed_archive.h"
 #include "platform/object_runtime.h"
 
@@ -35,8 +36,16 @@ class Carrier {
 };
 
 /// An instance of the agent's class of that name, decoded from `payload` under `key` (by convention
-/// the payload's type name). Null, with a line in the log, when it cannot be made.
+/// the payload's type name). Null, with a line in the log, when it cannot be made; a payload that
+/// could not be encoded is left out of the archive, and the agent's class decides.
+ObjectRef makeApple(Platform& platform, std::string_view className, std::string_view key,
+                    const Result<PropertyList>& payload);
 ObjectRef makeApple(Platform& platform, std::string_view className, std::string_view key,
                     const PropertyList& payload);
+template <KeyedRecord Record>
+ObjectRef makeApple(Platform& platform, std::string_view className, std::string_view key,
+                    const Record& payload) {
+    return makeApple(platform, className, key, encodeRecord(payload));
+}
 
 } // namespace vantor::PrivateBridge

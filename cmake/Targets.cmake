@@ -35,13 +35,22 @@ function(vantor_test NAME)
 endfunction()
 
 # vantor_fuzzer(NAME SOURCES files... LIBS libs...)
-# A libFuzzer program; seeds stand in fuzz/corpus/NAME.
+# A fuzz target with its seeds and findings in fuzz/corpus/NAME. With VANTOR_FUZZ it is a libFuzzer
+# program; else a test that replays the corpus.
 function(vantor_fuzzer NAME)
     cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
     add_executable(${NAME} ${ARG_SOURCES})
     target_include_directories(${NAME} PRIVATE ${PROJECT_SOURCE_DIR})
-    target_link_libraries(${NAME} PRIVATE ${ARG_LIBS} -fsanitize=fuzzer)
+    target_link_libraries(${NAME} PRIVATE ${ARG_LIBS})
     set_target_properties(${NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/fuzz)
+    if(VANTOR_FUZZ)
+        target_link_libraries(${NAME} PRIVATE -fsanitize=fuzzer)
+    else()
+        target_sources(${NAME} PRIVATE replay.cpp)
+        add_test(NAME Corpus.${NAME}
+            COMMAND ${NAME} ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${NAME})
+        set_tests_properties(Corpus.${NAME} PROPERTIES LABELS "unit;fuzz" TIMEOUT 120)
+    endif()
 endfunction()
 
 # vantor_bench(NAME SOURCES files... LIBS libs...)

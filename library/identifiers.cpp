@@ -21,7 +21,8 @@ std::string hostOf(std::string_view extension) {
 
 Identifiers Identifiers::fromBundle(const std::optional<std::string>& identifier) {
     Identifiers made;
-    made.appBundleID = hostOf(identifier.value_or("com.nimbara.app.lockscreen"));
+    made.extensionBundleID = identifier.value_or("com.nimbara.app.lockscreen");
+    made.appBundleID = hostOf(made.extensionBundleID);
     made.isDev = made.appBundleID != kReleaseApp;
     made.changedNotification =
         made.isDev ? made.appBundleID + ".lockscreen.changed" : "com.nimbara.lockscreen.changed";

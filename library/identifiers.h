@@ -11,6 +11,8 @@ namespace vantor {
 class Platform;
 
 struct Identifiers {
+    /// The extension's own bundle identifier, or the released one's for a program outside a bundle.
+    std::string extensionBundleID;
     /// The host application's bundle identifier.
     std::string appBundleID;
     /// Whether the host application is a development build.

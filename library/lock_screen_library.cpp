@@ -4,27 +4,23 @@
 #include "library/app_state.h"
 #include "platform/bundle.h"
 #include "platform/platform.h"
-
-#include <system_error>
+#include "render/shader_gpu.h"
 
 namespace vantor {
 
 LockScreenLibrary& LockScreenLibrary::shared() {
     static LockScreenLibrary& instance = *[] {
-        auto* made = new LockScreenLibrary(platform());
+        auto* made = new LockScreenLibrary(platform(), ShaderGPU::shared());
         WallpaperResolver::install(made);
         return made;
     }();
     return instance;
 }
 
-LockScreenLibrary::LockScreenLibrary(Platform& platform)
+LockScreenLibrary::LockScreenLibrary(Platform& platform, ShaderGPU& gpu)
     : platform_(platform), identifiers_(vantor::identifiers(platform)),
       appStateURL_(vantor::appStateURL(platform)),
-      thumbnailDir_(platform.bundle().homeDirectory() / "Library" / "Caches" / "Thumbnails") {
-    std::error_code ignored;
-    std::filesystem::create_directories(thumbnailDir_, ignored);
-}
+      thumbnails_(gpu, platform.bundle().homeDirectory() / "Library" / "Caches" / "Thumbnails") {}
 
 const DesktopState& LockScreenLibrary::desktop() { return desktop_ ? *desktop_ : rereadDesktop(); }
 
@@ -82,11 +78,8 @@ std::vector<std::shared_ptr<ConnectedAgent>> LockScreenLibrary::handlers() {
 }
 
 ObjectRef LockScreenLibrary::archivedViewModels() {
-    if (composer_ == nullptr) {
-        return nullptr;
-    }
     return PrivateBridge::makeApple(platform_, "WallpaperSettingsViewModelsXPC",
-                                    "WallpaperSettingsViewModels", composer_->compose());
+                                    SettingsViewModels::kPayloadName, viewModels());
 }
 
 } // namespace vantor

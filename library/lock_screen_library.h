@@ -2,9 +2,11 @@
 // What the extension offers and what the host application shows: names, paths, state, resolution of
 // wallpapers, and the connections that are told of changes.
 
+#include "bridge/settings_view_models.h"
 #include "library/connected_agent.h"
 #include "library/desktop_state.h"
 #include "library/identifiers.h"
+#include "library/thumbnails.h"
 #include "render/resolved.h"
 #include "shaders/shader_catalog.h"
 
@@ -21,14 +23,7 @@
 namespace vantor {
 
 class Platform;
-
-/// Makes what the wallpaper picker shows, as the graph of a "WallpaperSettingsViewModels" record.
-class SettingsViewModelComposer {
-  public:
-    virtual ~SettingsViewModelComposer() = default;
-    /// Main thread.
-    virtual PropertyList compose() = 0;
-};
+class ShaderGPU;
 
 /// Main thread only, but for the handlers.
 class LockScreenLibrary : public WallpaperResolver {
@@ -39,14 +34,14 @@ class LockScreenLibrary : public WallpaperResolver {
     /// then also the installed resolver.
     static LockScreenLibrary& shared();
 
-    /// Creates the folder of the thumbnails. The platform must outlive the library.
-    explicit LockScreenLibrary(Platform& platform);
+    /// Creates the folder of the thumbnails. Both must outlive the library.
+    LockScreenLibrary(Platform& platform, ShaderGPU& gpu);
     LockScreenLibrary(const LockScreenLibrary&) = delete;
     LockScreenLibrary& operator=(const LockScreenLibrary&) = delete;
 
     const Identifiers& identifiers() const { return identifiers_; }
     const std::filesystem::path& appStateURL() const { return appStateURL_; }
-    const std::filesystem::path& thumbnailDir() const { return thumbnailDir_; }
+    const std::filesystem::path& thumbnailDir() const { return thumbnails_.folder(); }
 
     /// Read from the state file on first use, and kept.
     const DesktopState& desktop();
@@ -70,8 +65,11 @@ class LockScreenLibrary : public WallpaperResolver {
     /// The handlers that are alive. Any thread.
     std::vector<std::shared_ptr<ConnectedAgent>> handlers();
 
-    /// Without a composer there are no view models. It must outlive the library.
-    void setViewModelComposer(SettingsViewModelComposer* composer) { composer_ = composer; }
+    /// What the picker shows: one group that follows the host application first and then offers
+    /// the catalog, alike for desktop and screen saver. Renders the thumbnails that are not there.
+    SettingsViewModels viewModels();
+    /// The thumbnail of what follows the main display, rendered when it is not there.
+    std::filesystem::path matchThumbnailURL();
     /// The view models as the agent's own object; null when it cannot be made.
     ObjectRef archivedViewModels();
 
@@ -79,9 +77,8 @@ class LockScreenLibrary : public WallpaperResolver {
     Platform& platform_;
     const Identifiers identifiers_;
     const std::filesystem::path appStateURL_;
-    const std::filesystem::path thumbnailDir_;
+    Thumbnails thumbnails_;
     std::optional<DesktopState> desktop_;
-    SettingsViewModelComposer* composer_ = nullptr;
 
     /// Guards handlers_. Never held while an agent is called.
     std::mutex lock_;

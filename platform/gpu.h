@@ -190,7 +190,7 @@ class CommandQueue {
     virtual CommandBuffer* commandBuffer() = 0;
 };
 
-/// Used on the main thread; device, library and pipeline creation also on others.
+/// Used on the main thread; libraries may be compiled on others.
 class Device : public std::enable_shared_from_this<Device> {
   public:
     virtual ~Device() = default;

@@ -41,8 +41,10 @@ void PropertyListDictionary::set(std::string_view key, PropertyList value) {
     append(std::string(key), std::move(value));
 }
 
-void PropertyListDictionary::append(std::string key, PropertyList value) {
-    entries_.push_back({std::move(key), std::move(value)});
+void PropertyListDictionary::reserve(std::size_t count) { entries_.reserve(count); }
+
+PropertyList& PropertyListDictionary::append(std::string key, PropertyList value) {
+    return entries_.emplace_back(Entry{std::move(key), std::move(value)}).value;
 }
 
 bool PropertyListDictionary::erase(std::string_view key) {

@@ -44,8 +44,10 @@ class PropertyListDictionary {
     const PropertyList* find(std::string_view key) const;
     /// Replaces the value under `key`, or appends it.
     void set(std::string_view key, PropertyList value);
-    /// Appends without looking for the key; for readers and builders that know it is new.
-    void append(std::string key, PropertyList value);
+    void reserve(std::size_t count);
+    /// Appends without looking for the key; for readers and builders that know it is new. Gives the
+    /// value in its place, which is valid until the dictionary changes.
+    PropertyList& append(std::string key, PropertyList value);
     /// Removes `key`; false when there is none.
     bool erase(std::string_view key);
 

@@ -17,9 +17,9 @@ struct Resolved {
     /// Metal Shading Language; nothing when a still image is shown instead.
     std::optional<std::string> source;
     /// A picture file; only without a source, and only when there is one.
-    std::optional<std::filesystem::path> still;
+    std::optional<std::filesystem::path> still = std::nullopt;
     /// Resolution and time are filled in by whoever draws.
-    ShaderUniforms uniforms;
+    ShaderUniforms uniforms = {};
 };
 
 /// Follows the host application's choice for its display; any other configuration is the

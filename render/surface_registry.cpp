@@ -23,9 +23,10 @@ SurfaceRegistry& SurfaceRegistry::shared() {
     return instance;
 }
 
-SurfaceRegistry::SurfaceRegistry(Platform& platform, ShaderGPU& gpu, WallpaperResolver& resolver)
-    : platform_(platform), gpu_(gpu), resolver_(resolver), random_(std::random_device{}()),
-      alive_(std::make_shared<SurfaceRegistry*>(this)) {}
+SurfaceRegistry::SurfaceRegistry(Platform& platform, ShaderGPU& gpu, WallpaperResolver& resolver,
+                                 double teardownGrace)
+    : platform_(platform), gpu_(gpu), resolver_(resolver), teardownGrace_(teardownGrace),
+      random_(std::random_device{}()), alive_(std::make_shared<SurfaceRegistry*>(this)) {}
 
 SurfaceRegistry::SurfaceRef SurfaceRegistry::surface(const UUID& id) const {
     const auto found = surfaces_.find(id);
@@ -171,7 +172,7 @@ void SurfaceRegistry::scheduleTeardown(const UUID& id) {
         released->shader->setPlaying(false);
     }
     released->teardown =
-        platform_.mainQueue().asyncAfter(kTeardownGrace, [registry = std::weak_ptr(alive_), id] {
+        platform_.mainQueue().asyncAfter(teardownGrace_, [registry = std::weak_ptr(alive_), id] {
             if (const auto alive = registry.lock()) {
                 (*alive)->tearDown(id);
             }

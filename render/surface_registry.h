@@ -56,8 +56,10 @@ class SurfaceRegistry {
     /// use, never destroyed.
     static SurfaceRegistry& shared();
 
-    /// The three must outlive the registry.
-    SurfaceRegistry(Platform& platform, ShaderGPU& gpu, WallpaperResolver& resolver);
+    /// The three must outlive the registry. Tests that let thousands of surfaces come and go
+    /// shorten the grace period.
+    SurfaceRegistry(Platform& platform, ShaderGPU& gpu, WallpaperResolver& resolver,
+                    double teardownGrace = kTeardownGrace);
     SurfaceRegistry(const SurfaceRegistry&) = delete;
     SurfaceRegistry& operator=(const SurfaceRegistry&) = delete;
 
@@ -100,6 +102,7 @@ class SurfaceRegistry {
     ShaderGPU& gpu_;
     WallpaperResolver& resolver_;
     Surfaces surfaces_;
+    double teardownGrace_;
     bool screenLocked_ = false;
     std::mt19937_64 random_;
     /// Pending teardowns hold it weakly: they do nothing when the registry is gone.

@@ -60,19 +60,18 @@ std::optional<std::string> parseCustom(std::string_view text, ShaderUniforms& lo
 } // namespace
 
 void LookOptions::addTo(CLI::App& command) {
-    const char* const group = "Look";
-    command.add_option("--speed", speed_, "Animation rate: 1 as designed, 0 stands still")
-        ->group(group);
-    command.add_option("--tint", tint_, "Multiplies the picture: R,G,B,A from 0 to 1")
-        ->group(group);
-    command.add_option("--color1", color1_, "First palette colour: R,G,B,A")->group(group);
-    command.add_option("--color2", color2_, "Second palette colour: R,G,B,A")->group(group);
-    command.add_option("--color3", color3_, "Third palette colour: R,G,B,A")->group(group);
-    command.add_option("--background", background_, "Background colour: R,G,B,A")->group(group);
-    command.add_option("--params", params_, "The shader's four parameters: A,B,C,D")->group(group);
-    command.add_option("--custom", custom_, "A custom slot: SLOT=VALUE with SLOT from 0 to 31")
-        ->group(group)
-        ->type_name("SLOT=VALUE")
+    const auto add = [&command](const char* name, auto& value, const char* type,
+                                const char* description) {
+        return command.add_option(name, value, description)->type_name(type)->group("Look");
+    };
+    add("--speed", speed_, "X", "Animation rate: 1 as designed, 0 stands still");
+    add("--tint", tint_, "R,G,B,A", "Multiplies the picture, 1 leaves it");
+    add("--color1", color1_, "R,G,B,A", "First palette colour, from 0 to 1");
+    add("--color2", color2_, "R,G,B,A", "Second palette colour");
+    add("--color3", color3_, "R,G,B,A", "Third palette colour");
+    add("--background", background_, "R,G,B,A", "Background colour");
+    add("--params", params_, "A,B,C,D", "The shader's four parameters");
+    add("--custom", custom_, "SLOT=VALUE", "A custom slot from 0 to 31; may be repeated")
         ->expected(1)
         ->take_all();
 }

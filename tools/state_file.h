@@ -1,12 +1,15 @@
 #pragma once
-// The state file as the host application writes it: which shader and look each display shows.
-// What it holds beside the displays' entries is kept as it stands.
+// The state file as the host application writes it: which shader and look each display shows, which
+// display is the main one, and which show no shader. What it holds beside that is kept as it
+// stands.
 
 #include "platform/property_list.h"
 #include "platform/result.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,6 +28,8 @@ struct DisplayChoice {
 /// A whole state in memory. A plain value.
 class StateFile {
   public:
+    using Change = std::function<Result<Done, std::string>(StateFile&)>;
+
     /// An empty state.
     StateFile() = default;
 
@@ -33,16 +38,23 @@ class StateFile {
     static Result<StateFile, std::string> read(PropertyListSerialization& propertyLists,
                                                const std::filesystem::path& file);
 
-    /// Replaces the display's entry.
+    /// Reads `file`, changes the state and replaces the file in one step, making its folders. Two
+    /// programs that do so at once take turns, and a reader sees the old state or the new one. The
+    /// error is a sentence, `change`'s own or one about the file; the old file then stands.
+    static Result<Done, std::string> edit(PropertyListSerialization& propertyLists,
+                                          const std::filesystem::path& file, const Change& change);
+
+    /// Gives the display this shader and look, and takes it out of the displays without a shader.
     void set(std::uint32_t display, DisplayChoice choice);
+    /// Takes the display's shader and look away; false when it has none.
+    bool unset(std::uint32_t display);
+    /// Names the main display, or none.
+    void setMain(std::optional<std::uint32_t> display);
+    /// Puts the display among those without a shader, or takes it out; false when it is so already.
+    bool setNonShader(std::uint32_t display, bool nonShader);
 
     /// The whole top-level dictionary.
     const PropertyListDictionary& root() const { return root_; }
-
-    /// Replaces `file` in one step, making its folders; a reader sees the old state or the new one.
-    /// The error is a sentence; the old file then stands.
-    Result<Done, std::string> write(PropertyListSerialization& propertyLists,
-                                    const std::filesystem::path& file) const;
 
   private:
     PropertyListDictionary root_;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace vantor::agent {
 namespace {
@@ -19,18 +20,6 @@ constexpr VkImageUsageFlags kStillUsage =
     VK_IMAGE_USAGE_TRANSFER_DST_BIT | VK_IMAGE_USAGE_TRANSFER_SRC_BIT;
 constexpr VkImageSubresourceLayers kColor{VK_IMAGE_ASPECT_COLOR_BIT, 0, 0, 1};
 
-/// Pixels, right and bottom excluded.
-struct PixelRect {
-    std::int32_t left = 0;
-    std::int32_t top = 0;
-    std::int32_t right = 0;
-    std::int32_t bottom = 0;
-
-    bool isEmpty() const { return left >= right || top >= bottom; }
-    std::int32_t width() const { return right - left; }
-    std::int32_t height() const { return bottom - top; }
-};
-
 PixelRect intersection(const PixelRect& one, const PixelRect& other) {
     return {.left = std::max(one.left, other.left),
             .top = std::max(one.top, other.top),
@@ -41,15 +30,6 @@ PixelRect intersection(const PixelRect& one, const PixelRect& other) {
 std::int32_t pixel(double value) { return static_cast<std::int32_t>(std::lround(value)); }
 
 } // namespace
-
-/// Where a layer lies on the output.
-struct Compositor::Placed {
-    PixelRect rect;
-    /// What of it may be seen.
-    PixelRect clip;
-    double originX = 0;
-    double originY = 0;
-};
 
 std::unique_ptr<Compositor> Compositor::create(std::shared_ptr<vulkan::Context> gpu,
                                                std::uint32_t width, std::uint32_t height) {
@@ -87,6 +67,7 @@ bool Compositor::begin() {
     VkCommandBufferBeginInfo info{};
     info.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
     info.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
+    isWritten_ = false;
     return isIdle() && vkResetCommandPool(gpu_->device(), pool_, 0) == VK_SUCCESS &&
            vkBeginCommandBuffer(commands_, &info) == VK_SUCCESS;
 }
@@ -95,37 +76,31 @@ bool Compositor::compose(const HostedContext& context, double scale) {
     if (!begin()) {
         return false;
     }
+    const auto layers = context.layers();
+    std::array<Placed, kMaxLayers> placed{};
+    for (std::size_t i = 0; i < layers.size(); ++i) {
+        place(layers, i, scale, placed);
+    }
     vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
                        Contents::discarded);
-    const VkClearColorValue black{{0.0F, 0.0F, 0.0F, 1.0F}};
-    const VkImageSubresourceRange whole{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
-    vkCmdClearColorImage(commands_, output_->handle(), VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, &black,
-                         1, &whole);
-
-    const PixelRect bounds{.right = static_cast<std::int32_t>(output_->width()),
-                           .bottom = static_cast<std::int32_t>(output_->height())};
-    std::array<Placed, kMaxLayers> placed{};
-    const auto layers = context.layers();
-    for (std::size_t i = 0; i < layers.size(); ++i) {
-        const LayerState& layer = layers[i];
-        const Placed* parent = layer.parent == kNoParent ? nullptr : &placed[layer.parent];
-        Placed& here = placed[i];
-        here.originX = layer.x + (parent != nullptr ? parent->originX : 0);
-        here.originY = layer.y + (parent != nullptr ? parent->originY : 0);
-        here.rect = {.left = pixel(here.originX * scale),
-                     .top = pixel(here.originY * scale),
-                     .right = pixel((here.originX + layer.width) * scale),
-                     .bottom = pixel((here.originY + layer.height) * scale)};
-        const bool parentMasks = parent != nullptr && layers[layer.parent].masksToBounds != 0;
-        const PixelRect outside = parent != nullptr ? parent->clip : bounds;
-        here.clip = parentMasks ? intersection(outside, parent->rect) : outside;
-
-        fill(here, layer);
-        if (const Picture* picture = context.picture(layer.picture)) {
-            drawPicture(here, layer, *picture);
+    // A frame is opaque: what lies below one that fills the output need not be drawn.
+    std::size_t first = layers.size();
+    while (first > 0 && !(context.frame(layers[first - 1].layerID) != nullptr &&
+                          fillsOutput(placed[first - 1]))) {
+        --first;
+    }
+    if (first > 0) {
+        drawFrame(placed[first - 1], *context.frame(layers[first - 1].layerID));
+    } else {
+        clear();
+    }
+    for (std::size_t i = first; i < layers.size(); ++i) {
+        fill(placed[i], layers[i]);
+        if (const Picture* picture = context.picture(layers[i].picture)) {
+            drawPicture(placed[i], layers[i], *picture);
         }
-        if (vulkan::DeviceImage* frame = context.frame(layer.layerID)) {
-            drawFrame(here, *frame);
+        if (HostedFrame* frame = context.frame(layers[i].layerID)) {
+            drawFrame(placed[i], *frame);
         }
     }
     if (vkEndCommandBuffer(commands_) != VK_SUCCESS) {
@@ -133,6 +108,47 @@ bool Compositor::compose(const HostedContext& context, double scale) {
     }
     point_ = gpu_->submit(commands_);
     return point_ != 0;
+}
+
+void Compositor::place(std::span<const LayerState> layers, std::size_t index, double scale,
+                       std::span<Placed> placed) const {
+    const LayerState& layer = layers[index];
+    const Placed* parent = layer.parent == kNoParent ? nullptr : &placed[layer.parent];
+    Placed& here = placed[index];
+    here.originX = layer.x + (parent != nullptr ? parent->originX : 0);
+    here.originY = layer.y + (parent != nullptr ? parent->originY : 0);
+    here.rect = {.left = pixel(here.originX * scale),
+                 .top = pixel(here.originY * scale),
+                 .right = pixel((here.originX + layer.width) * scale),
+                 .bottom = pixel((here.originY + layer.height) * scale)};
+    const bool parentMasks = parent != nullptr && layers[layer.parent].masksToBounds != 0;
+    const PixelRect outside = parent != nullptr ? parent->clip : wholeOutput();
+    here.clip = parentMasks ? intersection(outside, parent->rect) : outside;
+}
+
+PixelRect Compositor::wholeOutput() const {
+    return {.left = 0,
+            .top = 0,
+            .right = static_cast<std::int32_t>(output_->width()),
+            .bottom = static_cast<std::int32_t>(output_->height())};
+}
+
+bool Compositor::fillsOutput(const Placed& placed) const {
+    return intersection(placed.rect, placed.clip) == wholeOutput();
+}
+
+void Compositor::startWriting() {
+    if (std::exchange(isWritten_, true)) {
+        vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL);
+    }
+}
+
+void Compositor::clear() {
+    startWriting();
+    const VkClearColorValue black{{0.0F, 0.0F, 0.0F, 1.0F}};
+    const VkImageSubresourceRange whole{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
+    vkCmdClearColorImage(commands_, output_->handle(), VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, &black,
+                         1, &whole);
 }
 
 void Compositor::fill(const Placed& placed, const LayerState& layer) {
@@ -161,15 +177,17 @@ void Compositor::fill(const Placed& placed, const LayerState& layer) {
     vkCmdBeginRendering(commands_, &info);
     vkCmdEndRendering(commands_);
     vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL);
+    isWritten_ = false;
 }
 
-void Compositor::drawFrame(const Placed& placed, vulkan::DeviceImage& frame) {
+void Compositor::drawFrame(const Placed& placed, HostedFrame& hosted) {
+    vulkan::DeviceImage& frame = *hosted.image;
     const PixelRect area = intersection(placed.rect, placed.clip);
     if (area.isEmpty()) {
         return;
     }
-    vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
-                       Ownership::acquiredFromOutside);
+    startWriting();
+    takeOver(hosted);
     const bool oneToOne = static_cast<std::uint32_t>(placed.rect.width()) == frame.width() &&
                           static_cast<std::uint32_t>(placed.rect.height()) == frame.height();
     if (oneToOne) {
@@ -199,8 +217,22 @@ void Compositor::drawFrame(const Placed& placed, vulkan::DeviceImage& frame) {
         vkCmdBlitImage(commands_, frame.handle(), VK_IMAGE_LAYOUT_GENERAL, output_->handle(),
                        VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &blit, VK_FILTER_LINEAR);
     }
-    vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
-                       Ownership::releasedOutside);
+    if (!hosted.bytes) {
+        vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
+                           Ownership::releasedOutside);
+    }
+}
+
+void Compositor::takeOver(HostedFrame& hosted) {
+    vulkan::DeviceImage& frame = *hosted.image;
+    if (!hosted.bytes) {
+        vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
+                           Ownership::acquiredFromOutside);
+    } else if (std::exchange(hosted.bytesAreNew, false)) {
+        vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::discarded);
+        vulkan::copyIn(commands_, *hosted.bytes, frame);
+        vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL);
+    }
 }
 
 void Compositor::drawPicture(const Placed& placed, const LayerState& layer,
@@ -239,13 +271,10 @@ void Compositor::drawPicture(const Placed& placed, const LayerState& layer,
         std::memcpy(stillStaging_->bytes().data(), picture.bytes.data(), picture.bytes.size());
         vulkan::transition(*gpu_, commands_, *still_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
                            Contents::discarded);
-        VkBufferImageCopy copy{};
-        copy.imageSubresource = kColor;
-        copy.imageExtent = {picture.width, picture.height, 1};
-        vkCmdCopyBufferToImage(commands_, stillStaging_->handle(), still_->handle(),
-                               VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &copy);
+        vulkan::copyIn(commands_, *stillStaging_, *still_);
         vulkan::transition(*gpu_, commands_, *still_, VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL);
     }
+    startWriting();
     const double stretchX = picture.width / static_cast<double>(target.width());
     const double stretchY = picture.height / static_cast<double>(target.height());
     VkImageBlit blit{};
@@ -271,22 +300,7 @@ bool Compositor::read(std::span<std::uint8_t> bytes) {
         return false;
     }
     vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL);
-    VkBufferImageCopy copy{};
-    copy.imageSubresource = kColor;
-    copy.imageExtent = {output_->width(), output_->height(), 1};
-    vkCmdCopyImageToBuffer(commands_, output_->handle(), VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL,
-                           readback_->handle(), 1, &copy);
-    VkMemoryBarrier2 toHost{};
-    toHost.sType = VK_STRUCTURE_TYPE_MEMORY_BARRIER_2;
-    toHost.srcStageMask = VK_PIPELINE_STAGE_2_COPY_BIT;
-    toHost.srcAccessMask = VK_ACCESS_2_TRANSFER_WRITE_BIT;
-    toHost.dstStageMask = VK_PIPELINE_STAGE_2_HOST_BIT;
-    toHost.dstAccessMask = VK_ACCESS_2_HOST_READ_BIT;
-    VkDependencyInfo dependency{};
-    dependency.sType = VK_STRUCTURE_TYPE_DEPENDENCY_INFO;
-    dependency.memoryBarrierCount = 1;
-    dependency.pMemoryBarriers = &toHost;
-    vkCmdPipelineBarrier2(commands_, &dependency);
+    vulkan::copyOut(commands_, *output_, *readback_);
     if (vkEndCommandBuffer(commands_) != VK_SUCCESS) {
         return false;
     }

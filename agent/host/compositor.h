@@ -10,6 +10,19 @@
 
 namespace vantor::agent {
 
+/// Pixels, right and bottom excluded.
+struct PixelRect {
+    std::int32_t left = 0;
+    std::int32_t top = 0;
+    std::int32_t right = 0;
+    std::int32_t bottom = 0;
+
+    bool isEmpty() const { return left >= right || top >= bottom; }
+    std::int32_t width() const { return right - left; }
+    std::int32_t height() const { return bottom - top; }
+    bool operator==(const PixelRect&) const = default;
+};
+
 /// One output's picture, in the device's memory: opaque BGRA, top row first.
 class Compositor {
   public:
@@ -36,12 +49,29 @@ class Compositor {
     [[nodiscard]] bool read(std::span<std::uint8_t> bytes);
 
   private:
-    struct Placed;
+    /// Where a layer lies on the output.
+    struct Placed {
+        PixelRect rect;
+        /// What of it may be seen.
+        PixelRect clip;
+        double originX = 0;
+        double originY = 0;
+    };
 
     explicit Compositor(std::shared_ptr<vulkan::Context> gpu) : gpu_(std::move(gpu)) {}
     bool begin();
+    /// Fills in that layer's place, which follows from its parent's.
+    void place(std::span<const layerwire::LayerState> layers, std::size_t index, double scale,
+               std::span<Placed> placed) const;
+    PixelRect wholeOutput() const;
+    bool fillsOutput(const Placed& placed) const;
+    /// Orders a write of the output after those before it.
+    void startWriting();
+    void clear();
     void fill(const Placed& placed, const layerwire::LayerState& layer);
-    void drawFrame(const Placed& placed, vulkan::DeviceImage& frame);
+    void drawFrame(const Placed& placed, HostedFrame& hosted);
+    /// Makes the frame's image ready to be copied from.
+    void takeOver(HostedFrame& hosted);
     void drawPicture(const Placed& placed, const layerwire::LayerState& layer,
                      const Picture& picture);
 
@@ -55,6 +85,8 @@ class Compositor {
     VkCommandPool pool_ = VK_NULL_HANDLE;
     VkCommandBuffer commands_ = VK_NULL_HANDLE;
     std::uint64_t point_ = 0;
+    /// Since the last barrier.
+    bool isWritten_ = false;
 };
 
 } // namespace vantor::agent

@@ -15,6 +15,9 @@ using namespace layerwire;
 constexpr VkImageUsageFlags kSharedUsage =
     VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT | VK_IMAGE_USAGE_TRANSFER_SRC_BIT;
 
+constexpr VkImageUsageFlags kCopiedUsage =
+    VK_IMAGE_USAGE_TRANSFER_DST_BIT | VK_IMAGE_USAGE_TRANSFER_SRC_BIT;
+
 /// Beyond any display; keeps later sums of coordinates finite and small.
 constexpr double kMaxCoordinate = 1e6;
 
@@ -33,6 +36,20 @@ bool isSound(const LayerState& layer, std::uint32_t index) {
            (layer.gravity == Gravity::resize || layer.gravity == Gravity::aspectFill);
 }
 
+/// Fills `bytes` from the file's beginning. Read, not mapped: the sender may still shrink it.
+bool readFile(const FileDescriptor& file, std::span<std::uint8_t> bytes) {
+    std::size_t taken = 0;
+    while (taken < bytes.size()) {
+        const ssize_t count = pread(file.get(), bytes.data() + taken, bytes.size() - taken,
+                                    static_cast<off_t>(taken));
+        if (count <= 0) {
+            return false;
+        }
+        taken += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
 bool isSide(std::uint32_t side) { return side > 0 && side <= kMaxImageSide; }
 
 } // namespace
@@ -40,7 +57,14 @@ bool isSide(std::uint32_t side) { return side > 0 && side <= kMaxImageSide; }
 HostedContext::HostedContext(MainLoop& loop, std::shared_ptr<vulkan::Context> gpu,
                              FileDescriptor socket, ContextHandlers handlers)
     : gpu_(std::move(gpu)), socket_(std::move(socket)), handlers_(std::move(handlers)),
-      watch_(loop.watch(socket_.descriptor(), EPOLLIN, [this](std::uint32_t) { drain(); })) {}
+      watch_(loop.watch(socket_.descriptor(), EPOLLIN, [this](std::uint32_t) { drain(); })) {
+    DeviceRecord record{};
+    record.header.kind = Kind::device;
+    record.deviceUUID = gpu_->deviceUUID();
+    record.driverUUID = gpu_->driverUUID();
+    // An extension that is gone is noticed by the watch.
+    static_cast<void>(socket_.send(record));
+}
 
 HostedContext::~HostedContext() = default;
 
@@ -48,7 +72,7 @@ std::span<const LayerState> HostedContext::layers() const {
     return std::span(tree_.layers).first(tree_.layerCount);
 }
 
-vulkan::DeviceImage* HostedContext::frame(std::uint32_t layerID) const {
+HostedFrame* HostedContext::frame(std::uint32_t layerID) const {
     const auto shown = frames_.find(layerID);
     if (shown == frames_.end()) {
         return nullptr;
@@ -108,6 +132,8 @@ bool HostedContext::handle(Received& received) {
         return takeTree(received.as<TreeRecord>());
     case Kind::image:
         return takeImage(received.as<ImageRecord>(), std::move(received.descriptor));
+    case Kind::memory:
+        return takeMemory(received.as<MemoryRecord>(), std::move(received.descriptor));
     case Kind::picture:
         return takePicture(received.as<PictureRecord>(), received.descriptor);
     case Kind::forget: {
@@ -126,6 +152,7 @@ bool HostedContext::handle(Received& received) {
     case Kind::frame:
         return takeFrame(received.as<FrameRecord>());
     case Kind::release:
+    case Kind::device:
         break;
     }
     return refuse("the extension sent a record that only a host sends");
@@ -157,14 +184,20 @@ bool HostedContext::takeTree(const TreeRecord& record) {
     return true;
 }
 
-bool HostedContext::takeImage(const ImageRecord& record, FileDescriptor memory) {
-    if (!isSide(record.width) || !isSide(record.height)) {
-        return refuse("an image of " + std::to_string(record.width) + " x " +
-                      std::to_string(record.height) + " pixels exceeds the limit of " +
-                      std::to_string(kMaxImageSide) + " a side");
+bool HostedContext::isWelcome(std::uint32_t imageID, std::uint32_t width, std::uint32_t height) {
+    if (!isSide(width) || !isSide(height)) {
+        return refuse("an image of " + std::to_string(width) + " x " + std::to_string(height) +
+                      " pixels exceeds the limit of " + std::to_string(kMaxImageSide) + " a side");
     }
-    if (images_.size() >= kMaxImages || images_.contains(record.imageID)) {
+    if (images_.size() >= kMaxImages || imageID == kNoImage || images_.contains(imageID)) {
         return refuse("a context shares more images than a host keeps");
+    }
+    return true;
+}
+
+bool HostedContext::takeImage(const ImageRecord& record, FileDescriptor memory) {
+    if (!isWelcome(record.imageID, record.width, record.height)) {
+        return false;
     }
     if (record.deviceUUID != gpu_->deviceUUID() || record.driverUUID != gpu_->driverUUID()) {
         return refuse("the extension draws on another GPU than the agent (" + gpu_->name() + ")");
@@ -179,7 +212,28 @@ bool HostedContext::takeImage(const ImageRecord& record, FileDescriptor memory) 
     if (!image) {
         return refuse("a shared image cannot be imported");
     }
-    images_.emplace(record.imageID, std::move(image));
+    auto frame = std::make_unique<HostedFrame>();
+    frame->image = std::move(image);
+    images_.emplace(record.imageID, std::move(frame));
+    return true;
+}
+
+bool HostedContext::takeMemory(const MemoryRecord& record, FileDescriptor memory) {
+    if (!isWelcome(record.imageID, record.width, record.height)) {
+        return false;
+    }
+    auto frame = std::make_unique<HostedFrame>();
+    frame->image = vulkan::DeviceImage::create(gpu_, {.format = VK_FORMAT_B8G8R8A8_UNORM,
+                                                      .width = record.width,
+                                                      .height = record.height,
+                                                      .usage = kCopiedUsage});
+    frame->bytes = vulkan::Buffer::create(gpu_, std::size_t{record.width} * record.height * 4,
+                                          VK_BUFFER_USAGE_TRANSFER_SRC_BIT);
+    frame->memory = std::move(memory);
+    if (!frame->image || !frame->bytes) {
+        return refuse("the GPU has no memory for a frame");
+    }
+    images_.emplace(record.imageID, std::move(frame));
     return true;
 }
 
@@ -194,30 +248,37 @@ bool HostedContext::takePicture(const PictureRecord& record, const FileDescripto
         return refuse("a picture's memory has another size than its " + std::to_string(size) +
                       " bytes");
     }
-    // Read, not mapped: the sender may still shrink the file.
     Picture picture{.width = record.width, .height = record.height, .bytes = {}};
     picture.bytes.resize(size);
-    std::size_t taken = 0;
-    while (taken < size) {
-        const ssize_t count = pread(pixels.get(), picture.bytes.data() + taken, size - taken,
-                                    static_cast<off_t>(taken));
-        if (count <= 0) {
-            return refuse("a picture's memory cannot be read");
-        }
-        taken += static_cast<std::size_t>(count);
+    if (!readFile(pixels, picture.bytes)) {
+        return refuse("a picture's memory cannot be read");
     }
     pictures_[record.imageID] = std::move(picture);
     return true;
 }
 
 bool HostedContext::takeFrame(const FrameRecord& record) {
+    if (record.imageID == kNoImage) {
+        if (const auto shown = frames_.find(record.layerID); shown != frames_.end()) {
+            replaced_.push_back(shown->second);
+            frames_.erase(shown);
+        }
+        return true;
+    }
     const auto image = images_.find(record.imageID);
     if (image == images_.end() || frames_.size() > kMaxLayers) {
         return refuse("a frame names image " + std::to_string(record.imageID) +
                       ", which was not shared");
     }
-    // The extension released it in this layout.
-    image->second->setLayout(VK_IMAGE_LAYOUT_GENERAL);
+    HostedFrame& frame = *image->second;
+    if (!frame.bytes) {
+        // The extension released it in this layout.
+        frame.image->setLayout(VK_IMAGE_LAYOUT_GENERAL);
+    } else if (!readFile(frame.memory, frame.bytes->bytes())) {
+        return refuse("a frame's memory cannot be read");
+    } else {
+        frame.bytesAreNew = true;
+    }
     const auto [shown, isNew] = frames_.try_emplace(record.layerID, record.imageID);
     if (!isNew) {
         replaced_.push_back(std::exchange(shown->second, record.imageID));

@@ -26,6 +26,17 @@ struct Picture {
     std::vector<std::uint8_t> bytes;
 };
 
+/// An image that the extension draws frames into, or one of the host's own for frames that come
+/// through shared memory.
+struct HostedFrame {
+    std::unique_ptr<vulkan::DeviceImage> image;
+    /// A frame that came through memory, for the GPU to copy; null for shared images.
+    std::unique_ptr<vulkan::Buffer> bytes;
+    /// The image does not hold them yet.
+    bool bytesAreNew = false;
+    FileDescriptor memory;
+};
+
 struct ContextHandlers {
     /// The tree, a picture or a frame changed.
     std::function<void()> changed;
@@ -46,7 +57,7 @@ class HostedContext {
     /// The layers in drawing order, parents before children.
     std::span<const layerwire::LayerState> layers() const;
     /// What a Metal layer shows; null before its first frame. Valid until it is released.
-    vulkan::DeviceImage* frame(std::uint32_t layerID) const;
+    HostedFrame* frame(std::uint32_t layerID) const;
     /// Null when there is none.
     const Picture* picture(std::uint32_t imageID) const;
 
@@ -59,8 +70,11 @@ class HostedContext {
     void drain();
     /// False with `refusal_` set when the record breaks the wire.
     bool handle(layerwire::Received& received);
+    /// Whether an image of that number and size may be added.
+    bool isWelcome(std::uint32_t imageID, std::uint32_t width, std::uint32_t height);
     bool takeTree(const layerwire::TreeRecord& record);
     bool takeImage(const layerwire::ImageRecord& record, FileDescriptor memory);
+    bool takeMemory(const layerwire::MemoryRecord& record, FileDescriptor memory);
     bool takePicture(const layerwire::PictureRecord& record, const FileDescriptor& pixels);
     bool takeFrame(const layerwire::FrameRecord& record);
     bool refuse(std::string reason);
@@ -71,7 +85,7 @@ class HostedContext {
     ContextHandlers handlers_;
     std::unique_ptr<DescriptorWatch> watch_;
     layerwire::TreeRecord tree_{};
-    std::map<std::uint32_t, std::unique_ptr<vulkan::DeviceImage>> images_;
+    std::map<std::uint32_t, std::unique_ptr<HostedFrame>> images_;
     std::map<std::uint32_t, Picture> pictures_;
     /// Image by Metal layer.
     std::map<std::uint32_t, std::uint32_t> frames_;

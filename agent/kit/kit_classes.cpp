@@ -48,6 +48,7 @@ class KitObject final : public Object {
     const ObjectClass& objectClass() const override;
     void encode(KeyedEncoder& encoder) const override;
     ReflectedRef reflect() const override;
+    const PropertyList& payload() const { return *payload_; }
 
   private:
     const KitClass& class_;
@@ -135,6 +136,11 @@ ObjectRef makeKitObject(std::string_view className, PropertyList payload) {
         return nullptr;
     }
     return std::make_shared<KitObject>(*objectClass, std::move(payload));
+}
+
+const PropertyList* kitPayload(const Object& object) {
+    const auto* known = dynamic_cast<const KitObject*>(&object);
+    return known != nullptr ? &known->payload() : nullptr;
 }
 
 void registerKitClasses(ClassRegistrar& registrar) {

@@ -14,6 +14,9 @@ const ObjectClass* kitClass(std::string_view name);
 /// An instance around a payload; null when the payload does not fit the class.
 ObjectRef makeKitObject(std::string_view className, PropertyList payload);
 
+/// What an object of one of the classes carries, which fits its type; null for any other object.
+const PropertyList* kitPayload(const Object& object);
+
 /// Makes all fifteen known to a runtime.
 void registerKitClasses(ClassRegistrar& registrar);
 

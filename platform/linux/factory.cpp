@@ -46,6 +46,18 @@ class LinuxPlatform : public Platform {
     Workspace& workspace() override { return workspace_; }
 
   private:
+    vulkan::DeviceOptions gpuOptions() {
+        vulkan::DeviceOptions options;
+        if (const auto identifier = bundle_.identifier()) {
+            options.pipelineCache =
+                bundle_.homeDirectory() / "Library/Caches" / *identifier / "pipelines.cache";
+        }
+        const std::shared_ptr<UnifiedLogger> logger =
+            unifiedLog_.logger("com.nimbara.vantor", "gpu");
+        options.report = [logger](const std::string& sentence) { logger->write(sentence); };
+        return options;
+    }
+
     MainLoop loop_;
     ClassRegistry registry_;
     PropertyListCodec propertyLists_;
@@ -58,7 +70,7 @@ class LinuxPlatform : public Platform {
     LinuxCodeIdentity codeIdentity_{installationPrefix()};
     LinuxLoader loader_{systemRoot(), registry_};
     LinuxNotifications notifications_{loop_, unifiedLog_};
-    vulkan::VulkanSystem gpu_;
+    vulkan::VulkanSystem gpu_{[this] { return gpuOptions(); }};
     LinuxLayers layers_{loop_};
     LinuxScreens screens_{mediaClock_};
     LinuxAppExtensionRuntime appExtension_{

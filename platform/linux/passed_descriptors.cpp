@@ -11,6 +11,8 @@ namespace {
 /// and not truncated silently.
 constexpr std::size_t kDescriptorRoom = 8;
 
+constexpr const char* kClosed = "the other process closed the socket";
+
 /// Takes every descriptor of the message into ownership.
 void takeDescriptors(msghdr& message, Packet& packet) {
     for (cmsghdr* header = CMSG_FIRSTHDR(&message); header != nullptr;
@@ -74,12 +76,16 @@ Packet receivePacket(int socket, void* bytes, std::size_t room) {
         size = recvmsg(socket, &message, MSG_CMSG_CLOEXEC | MSG_DONTWAIT);
     } while (size < 0 && errno == EINTR);
     if (size < 0) {
-        return errno == EAGAIN || errno == EWOULDBLOCK ? Packet{} : ended(std::strerror(errno));
+        if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            return {};
+        }
+        // A peer that left packets unread when it closed resets the connection.
+        return ended(errno == ECONNRESET ? kClosed : std::strerror(errno));
     }
     Packet packet;
     takeDescriptors(message, packet);
     if (size == 0) {
-        return ended("the other process closed the socket");
+        return ended(kClosed);
     }
     if ((message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) != 0) {
         return ended("a packet is larger than any record");

@@ -1,6 +1,8 @@
 #include "bridge/carrier.h"
 
+#include "bridge/settings_view_models.h"
 #include "tests/support/fake_platform.h"
+#include "tests/support/picker_records.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -52,6 +54,28 @@ TEST_F(MakeApple, APayloadThatCannotBeEncodedStillGivesAnArchiveWithoutIt) {
                 ElementsAre(StartsWith("carrier encode failed: a value that cannot be archived"),
                             "bridge: WallpaperRemoteContextXPC decode error: no value for the key "
                             "\"UInt32\""));
+}
+
+TEST_F(MakeApple, ARecordIsCarriedAsItsGraph) {
+    platform.addClass("WallpaperSettingsViewModelsXPC", "WallpaperSettingsViewModels");
+    const SettingsViewModels models = fullPicker();
+    EXPECT_EQ(payloadOf(makeApple(platform, "WallpaperSettingsViewModelsXPC",
+                                  SettingsViewModels::kPayloadName, models)),
+              encodeRecord(models).value());
+}
+
+TEST_F(MakeApple, ARecordThatCannotBeEncodedIsLeftOutOfTheArchive) {
+    platform.addClass("WallpaperSettingsViewModelsXPC", "WallpaperSettingsViewModels");
+    SettingsViewModels models = fullPicker();
+    models.desktop->groups.front().items.front().thumbnail = Thumbnail::image("relative.png");
+    EXPECT_EQ(makeApple(platform, "WallpaperSettingsViewModelsXPC",
+                        SettingsViewModels::kPayloadName, models),
+              nullptr);
+    EXPECT_THAT(log(),
+                ElementsAre("carrier encode failed: the path \"relative.png\" names no file by "
+                            "itself",
+                            "bridge: WallpaperSettingsViewModelsXPC decode error: no value for the "
+                            "key \"WallpaperSettingsViewModels\""));
 }
 
 TEST_F(MakeApple, AClassThatReadsAnotherKeyGivesADecodeError) {

@@ -68,6 +68,10 @@ Process::~Process() {
 
 void Process::signal(int number) const { ::kill(pid_, number); }
 
+std::string Process::output() const { return contents(outputFile_); }
+
+std::string Process::errors() const { return contents(errorFile_); }
+
 Outcome Process::wait(std::chrono::milliseconds deadline) {
     int status = 0;
     Outcome outcome;

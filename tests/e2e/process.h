@@ -33,6 +33,9 @@ class Process {
 
     pid_t pid() const { return pid_; }
     void signal(int number) const;
+    /// What it has said until now.
+    std::string output() const;
+    std::string errors() const;
     /// Waits for the end; past the deadline the process is killed and has no status.
     Outcome wait(std::chrono::milliseconds deadline);
 

@@ -1,12 +1,10 @@
 // Starts the real programs with homes of their own and checks what a user would see.
 
-#include "tests/e2e/picture.h"
-#include "tests/e2e/process.h"
+#include "tests/e2e/installation.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <fstream>
 
 namespace vantor::e2e {
 namespace {
@@ -15,49 +13,8 @@ using std::chrono::seconds;
 
 constexpr int kExtensionEnded = 3;
 
-/// A shader that shows one colour: the tint, darkened by what it is given.
-std::string flatShader(const std::string& color) {
-    return "#include <metal_stdlib>\nusing namespace metal;\n"
-           "struct Uniforms { float2 resolution; float time; float speed; float4 tint; };\n"
-           "struct VOut { float4 position [[position]]; };\n"
-           "vertex VOut v_main(uint vid [[vertex_id]]) {\n"
-           "    float2 p = float2((vid << 1) & 2, vid & 2);\n"
-           "    VOut out;\n    out.position = float4(p * 2.0 - 1.0, 0.0, 1.0);\n"
-           "    return out;\n}\n"
-           "fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {\n"
-           "    return float4(" +
-           color + " * u.tint.rgb, 1.0);\n}\n";
-}
-
-class WholeRoad : public testing::Test {
+class WholeRoad : public Installation {
   protected:
-    std::filesystem::path home() const { return folder_.path() / "home"; }
-    std::filesystem::path out() const { return folder_.path() / "out"; }
-    std::filesystem::path stateFile() const {
-        return home() / "Library/Containers/com.nimbara.app/Data/Library/Application Support/"
-                        "VantorEngine/LockScreen.plist";
-    }
-    std::string log() const {
-        return contents(home() / "Library/Containers/com.nimbara.app.lockscreen/Data/Library/Logs/"
-                                 "lockscreen.log");
-    }
-
-    std::map<std::string, std::string> environment() const {
-        return {{"VANTOR_USER_HOME", home().string()},
-                {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}};
-    }
-
-    std::filesystem::path write(const std::string& name, const std::string& text) const {
-        const std::filesystem::path file = folder_.path() / name;
-        std::ofstream(file) << text;
-        return file;
-    }
-
-    Outcome vantorctl(std::vector<std::string> words) const {
-        words.insert(words.begin(), VANTOR_BIN "/vantorctl");
-        return run(words, environment());
-    }
-
     std::vector<std::string> agentCommand(const std::string& length) const {
         return {VANTOR_BIN "/vantor-agent",
                 "run",
@@ -76,11 +33,6 @@ class WholeRoad : public testing::Test {
     }
     /// Long enough that a loaded machine shows something before the first picture.
     Outcome agent() const { return run(agentCommand("3"), environment()); }
-
-    void SetUp() override { std::filesystem::create_directories(home()); }
-
-  private:
-    TemporaryFolder folder_;
 };
 
 TEST_F(WholeRoad, AShaderOfTheHostApplicationShowsItsColourOnItsDisplay) {
@@ -101,6 +53,24 @@ TEST_F(WholeRoad, AShaderOfTheHostApplicationShowsItsColourOnItsDisplay) {
             ASSERT_NEAR(pixel.blue, 32, 1);
         }
     }
+}
+
+TEST_F(WholeRoad, FramesThatGoThroughSharedMemoryShowTheSameColour) {
+    const auto shader = write("flat.metal", flatShader("float3(1.0, 0.5, 0.25)"));
+    ASSERT_EQ(vantorctl({"set", "--display", "1", shader.string()}).status, 0);
+    auto variables = environment();
+    variables["VANTOR_FORCE_SHM"] = "1";
+    const Outcome outcome = run(agentCommand("3"), variables);
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+
+    const Picture first = Picture::read(out() / "display-1-b.png");
+    EXPECT_EQ(first.at(0, 0).red, 255);
+    EXPECT_NEAR(first.at(159, 89).green, 128, 1);
+    EXPECT_NEAR(first.at(80, 45).blue, 64, 1);
+    // The other display's wallpaper moves.
+    EXPECT_GT(Picture::read(out() / "display-2-b.png")
+                  .difference(Picture::read(out() / "display-2-a.png")),
+              0.1);
 }
 
 TEST_F(WholeRoad, BothDisplaysShowTheirOwnWallpaperAndMove) {

@@ -82,8 +82,8 @@ class ExtensionTest : public FakePlatformTest {
     ExtensionTest() { platform.addAgentClasses(); }
 
     FakeRemoteContextClass& contexts = platform.addRemoteContexts();
-    LockScreenLibrary library{platform};
     ShaderGPU shaderGPU{platform.gpu(), platform.images()};
+    LockScreenLibrary library{platform, shaderGPU};
     SurfaceRegistry registry{platform, shaderGPU, library};
 };
 

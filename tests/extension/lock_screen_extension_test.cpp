@@ -42,8 +42,8 @@ class LockScreenExtensionTest : public FakePlatformTest {
         platform.mainQueue().drain();
     }
 
-    LockScreenLibrary library{platform};
     ShaderGPU shaderGPU{platform.gpu(), platform.images()};
+    LockScreenLibrary library{platform, shaderGPU};
     SurfaceRegistry registry{platform, shaderGPU, library};
 };
 

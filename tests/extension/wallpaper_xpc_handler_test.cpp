@@ -317,27 +317,27 @@ TEST_F(WallpaperXPCHandlerTest, AnInvalidateWithoutAKnownKeyReleasesNothing) {
 
 // View models.
 
-struct Composer : SettingsViewModelComposer {
-    PropertyList compose() override { return PropertyListDictionary{{.key = "a", .value = 1}}; }
-};
-
 TEST_F(WallpaperXPCHandlerTest, ViewModelsAreAnsweredWithTheCatalogsCount) {
-    Composer composer;
-    library.setViewModelComposer(&composer);
-    const auto reply = ask(Op::provideSettingsViewModels);
+    const auto reply = ask(Op::provideSettingsViewModels, {object("WallpaperContentTypeSetXPC")});
     ASSERT_NE(reply->object, nullptr);
+    EXPECT_EQ(reply->count, 1);
+    EXPECT_EQ(reply->error, std::nullopt);
     EXPECT_EQ(reply->object->objectClass().name(), "WallpaperSettingsViewModelsXPC");
-    EXPECT_THAT(log(), ElementsAre("PROVIDE VIEW MODELS → 11 tiles"));
-    library.setViewModelComposer(nullptr);
+    EXPECT_EQ(log().back(), "PROVIDE VIEW MODELS → 11 tiles");
 }
 
 TEST_F(WallpaperXPCHandlerTest, ViewModelsThatCannotBeBuiltAreAnError) {
-    const auto reply = ask(Op::provideSettingsViewModels, {object("WallpaperContentTypeSetXPC")});
+    platform.addedClass("WallpaperSettingsViewModelsXPC").payloadKey = "AnotherName";
+    const auto reply = ask(Op::provideSettingsViewModels);
+    EXPECT_EQ(reply->count, 1);
     EXPECT_EQ(reply->object, nullptr);
     EXPECT_EQ(
         reply->error,
         (Error{.domain = "VantorLockScreen", .code = 3, .message = "view models unavailable"}));
-    EXPECT_THAT(log(), ElementsAre("PROVIDE VIEW MODELS → FAILED"));
+    EXPECT_EQ(logged("bridge: WallpaperSettingsViewModelsXPC decode error: no value for the key "
+                     "\"AnotherName\""),
+              1U);
+    EXPECT_EQ(log().back(), "PROVIDE VIEW MODELS → FAILED");
 }
 
 // The context menu.

@@ -8,6 +8,7 @@
 #include <fstream>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace vantor {
 namespace {
@@ -60,6 +61,19 @@ TEST_F(AppStateTest, AFileThatCannotBeReadIsLoggedWithTheSystemsNumber) {
     std::filesystem::create_directory(file());
     EXPECT_EQ(read(), std::nullopt);
     EXPECT_EQ(logged(unreadable(EISDIR)), 1U);
+}
+
+TEST_F(AppStateTest, AFileThatMayNotBeReadIsLoggedWithTheSystemsNumber) {
+    write("{}");
+    std::filesystem::permissions(file(), std::filesystem::perms::none);
+    // No permission keeps root from a file.
+    constexpr uid_t kNobody = 65534;
+    const bool isRoot = geteuid() == 0;
+    std::filesystem::permissions(platform.bundle().home, std::filesystem::perms::all);
+    ASSERT_TRUE(!isRoot || seteuid(kNobody) == 0);
+    EXPECT_EQ(read(), std::nullopt);
+    ASSERT_TRUE(!isRoot || seteuid(0) == 0);
+    EXPECT_EQ(logged(unreadable(EACCES)), 1U);
 }
 
 TEST_F(AppStateTest, APipeInTheFilesPlaceIsNotWaitedFor) {

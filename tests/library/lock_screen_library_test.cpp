@@ -1,4 +1,5 @@
 #include "library/lock_screen_library.h"
+#include "render/shader_gpu.h"
 #include "tests/library/state_file.h"
 #include "tests/support/fake_xpc.h"
 
@@ -19,7 +20,8 @@ struct Handler : ConnectedAgent {
 
 class LockScreenLibraryTest : public FakePlatformTest {
   protected:
-    LockScreenLibrary library{platform};
+    ShaderGPU shaderGPU{platform.gpu(), platform.images()};
+    LockScreenLibrary library{platform, shaderGPU};
 };
 
 TEST_F(LockScreenLibraryTest, ItsNamesAndPathsComeFromTheBundle) {
@@ -32,7 +34,7 @@ TEST_F(LockScreenLibraryTest, ItsNamesAndPathsComeFromTheBundle) {
 TEST_F(LockScreenLibraryTest, AFolderOfThumbnailsThatCannotBeMadeIsIgnored) {
     platform.bundle().home = platform.bundle().home / "file";
     std::ofstream(platform.bundle().home) << "no folder";
-    const LockScreenLibrary other(platform);
+    const LockScreenLibrary other(platform, shaderGPU);
     EXPECT_FALSE(std::filesystem::exists(other.thumbnailDir()));
 }
 
@@ -128,29 +130,6 @@ TEST_F(LockScreenLibraryTest, HandlersComeAndGoOnAnyThread) {
         thread.join();
     }
     EXPECT_TRUE(library.handlers().empty());
-}
-
-struct Composer : SettingsViewModelComposer {
-    PropertyList compose() override { return PropertyListDictionary{{.key = "a", .value = 1}}; }
-};
-
-TEST_F(LockScreenLibraryTest, ViewModelsAreArchivedIntoTheAgentsClass) {
-    Composer composer;
-    const FakeObjectClass& known =
-        platform.addClass("WallpaperSettingsViewModelsXPC", "WallpaperSettingsViewModels");
-    EXPECT_EQ(library.archivedViewModels(), nullptr) << "without a composer there are none";
-    library.setViewModelComposer(&composer);
-    const ObjectRef object = library.archivedViewModels();
-    ASSERT_NE(object, nullptr);
-    EXPECT_EQ(&object->objectClass(), &known);
-    EXPECT_EQ(dynamic_cast<FakeObject&>(*object).payload, composer.compose());
-}
-
-TEST_F(LockScreenLibraryTest, WithoutTheAgentsClassThereAreNoViewModels) {
-    Composer composer;
-    library.setViewModelComposer(&composer);
-    EXPECT_EQ(library.archivedViewModels(), nullptr);
-    EXPECT_THAT(log(), ElementsAre("bridge: WallpaperSettingsViewModelsXPC missing"));
 }
 
 } // namespace

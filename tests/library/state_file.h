@@ -17,6 +17,19 @@ struct TestDisplay {
     std::string source;
 };
 
+/// Writes these bytes in place of the state before.
+inline void writeStateBytes(FakePlatform& platform, const Bytes& bytes) {
+    const auto file = appStateURL(platform);
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+}
+
+inline void writeStateRoot(FakePlatform& platform, const PropertyList& root) {
+    writeStateBytes(platform, platform.propertyLists().writeBinary(root));
+}
+
 /// Writes a state that shows these shaders, in place of the one before.
 inline void writeState(FakePlatform& platform, const std::vector<TestDisplay>& displays,
                        PropertyList::Array nonShader = {}) {
@@ -28,13 +41,8 @@ inline void writeState(FakePlatform& platform, const std::vector<TestDisplay>& d
     }
     PropertyListDictionary desktop{{.key = "displays", .value = std::move(entries)},
                                    {.key = "nonShader", .value = std::move(nonShader)}};
-    const Bytes bytes = platform.propertyLists().writeBinary(
-        PropertyListDictionary{{.key = "desktop", .value = std::move(desktop)}});
-    const auto file = appStateURL(platform);
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
+    writeStateRoot(platform,
+                   PropertyListDictionary{{.key = "desktop", .value = std::move(desktop)}});
 }
 
 } // namespace vantor

@@ -69,6 +69,13 @@ void FakePlatform::addAgentClasses() {
     }
 }
 
+FakeObjectClass& FakePlatform::addedClass(std::string_view name) {
+    const auto found =
+        std::ranges::find(parts_->classes, name, [](const auto& known) { return known->name(); });
+    fakeRequire(found != parts_->classes.end(), "the test has added the class");
+    return **found;
+}
+
 FakePlatformTest::~FakePlatformTest() {
     // The log's thread must not write into a home that is being removed.
     LSLog::flush();

@@ -53,6 +53,8 @@ class FakePlatform : public Platform {
     FakeRemoteContextClass& addRemoteContexts();
     /// Makes the fifteen classes of the agent known.
     void addAgentClasses();
+    /// One that was added, for a test to change.
+    FakeObjectClass& addedClass(std::string_view name);
 
   private:
     FakePlatform() = default;

@@ -15,7 +15,7 @@ ArchiveKeyedArchiving::archiveRootObject(std::string_view className,
 
 Result<std::unique_ptr<KeyedUnarchiver>>
 ArchiveKeyedArchiving::unarchiver(std::span<const std::uint8_t> archive) {
-    auto reader = archive::KeyedArchiveReader::open(archive);
+    auto reader = archive::KeyedArchiveReader::open(Bytes(archive.begin(), archive.end()));
     if (!reader) {
         return Failure{reader.error()};
     }

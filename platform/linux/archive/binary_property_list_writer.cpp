@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 namespace vantor::archive {
 namespace {
@@ -13,40 +14,86 @@ std::size_t bytesFor(std::uint64_t value) {
     return value <= 0xff ? 1 : value <= 0xffff ? 2 : value <= 0xffffffff ? 4 : 8;
 }
 
-void append(Bytes& out, std::uint64_t value, std::size_t size) {
-    for (std::size_t index = size; index-- > 0;) {
-        out.push_back(static_cast<std::uint8_t>(value >> (8 * index)));
+constexpr std::size_t kSmallestTable = 256;
+
+/// The length of a marker with its count.
+std::size_t markerSize(std::size_t count) { return count < 0x0f ? 1 : 2 + bytesFor(count); }
+
+/// Writes into bytes that are there already.
+class Sink {
+  public:
+    explicit Sink(std::uint8_t* to) : to_(to) {}
+
+    void byte(std::uint8_t value) { *to_++ = value; }
+    void bytes(const std::uint8_t* from, std::size_t count) {
+        std::memcpy(to_, from, count);
+        to_ += count;
     }
+    void bigEndian(std::uint64_t value, std::size_t size) {
+        for (std::size_t index = size; index-- > 0; value >>= 8) {
+            to_[index] = static_cast<std::uint8_t>(value);
+        }
+        to_ += size;
+    }
+    void marker(std::uint8_t kind, std::size_t count) {
+        if (count < 0x0f) {
+            byte(static_cast<std::uint8_t>(kind | count));
+            return;
+        }
+        const std::size_t size = bytesFor(count);
+        byte(kind | 0x0f);
+        byte(static_cast<std::uint8_t>(0x10 | std::countr_zero(size)));
+        bigEndian(count, size);
+    }
+
+  private:
+    std::uint8_t* to_;
+};
+
+template <typename Word>
+std::uint64_t load(const std::uint8_t* bytes) {
+    Word word = 0;
+    std::memcpy(&word, bytes, sizeof(word));
+    return word;
 }
 
-void appendMarker(Bytes& out, std::uint8_t kind, std::size_t count) {
-    if (count < 0x0f) {
-        out.push_back(static_cast<std::uint8_t>(kind | count));
-        return;
+/// Eight bytes at a time, the last ones overlapping; the multiplier is that of MurmurHash64A
+/// (Appleby). The tables are small and short-lived, and their keys our own.
+std::uint32_t hashBytes(const std::uint8_t* bytes, std::size_t count, std::uint64_t seed) {
+    constexpr std::uint64_t kMultiplier = 0xc6a4a7935bd1e995;
+    std::uint64_t hash = seed + count;
+    const auto mix = [&hash](std::uint64_t word) {
+        hash = (hash ^ word) * kMultiplier;
+        hash ^= hash >> 47;
+    };
+    const std::uint8_t* const end = bytes + count;
+    for (; end - bytes > 8; bytes += 8) {
+        mix(load<std::uint64_t>(bytes));
     }
-    const std::size_t size = bytesFor(count);
-    out.push_back(kind | 0x0f);
-    out.push_back(static_cast<std::uint8_t>(0x10 | std::countr_zero(size)));
-    append(out, count, size);
-}
-
-/// FNV-1a; the tables are small and short-lived, and their keys our own.
-std::uint32_t hashBytes(std::span<const std::uint8_t> bytes) {
-    std::uint32_t hash = 2166136261U;
-    for (const std::uint8_t byte : bytes) {
-        hash = (hash ^ byte) * 16777619U;
+    if (count >= 8) {
+        mix(load<std::uint64_t>(end - 8));
+    } else if (count >= 4) {
+        mix(load<std::uint32_t>(bytes) | load<std::uint32_t>(end - 4) << 32);
+    } else if (count > 0) {
+        mix(bytes[0] | bytes[count / 2] << 8 | end[-1] << 16);
     }
-    return hash;
+    hash *= kMultiplier;
+    return static_cast<std::uint32_t>(hash ^ (hash >> 32));
 }
 
 } // namespace
 
+std::uint8_t* BinaryPropertyListWriter::room(std::size_t count) {
+    leafBytes_.resize(leafBytes_.size() + count);
+    return leafBytes_.data() + leafBytes_.size() - count;
+}
+
 void BinaryPropertyListWriter::putBigEndian(std::uint64_t value, std::size_t size) {
-    append(leafBytes_, value, size);
+    Sink(room(size)).bigEndian(value, size);
 }
 
 void BinaryPropertyListWriter::putCounted(std::uint8_t kind, std::size_t count) {
-    appendMarker(leafBytes_, kind, count);
+    Sink(room(markerSize(count))).marker(kind, count);
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::boolean(bool value) {
@@ -90,11 +137,20 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::date(double second
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::uid(std::uint32_t index) {
+    // Archives refer to each of their objects many times, in the order of their making.
+    if (index < uids_.size() && uids_[index] != 0) {
+        return uids_[index] - 1;
+    }
     const std::size_t start = leafBytes_.size();
     const std::size_t size = bytesFor(index);
     leafBytes_.push_back(static_cast<std::uint8_t>(0x80 | (size - 1)));
     putBigEndian(index, size);
-    return finishLeaf(start);
+    const Reference reference = finishLeaf(start);
+    if (index <= records_.size()) {
+        uids_.resize(std::max<std::size_t>(uids_.size(), index + 1));
+        uids_[index] = reference + 1;
+    }
+    return reference;
 }
 
 BinaryPropertyListWriter::Reference
@@ -131,19 +187,19 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::string(std::string
 }
 
 BinaryPropertyListWriter::Reference
-BinaryPropertyListWriter::array(std::span<const Reference> elements) {
+BinaryPropertyListWriter::array(std::span<const Reference> elements, Sharing sharing) {
     const std::size_t start = references_.size();
     references_.insert(references_.end(), elements.begin(), elements.end());
-    return finishContainer(Kind::array, start);
+    return finishContainer(Kind::array, start, sharing);
 }
 
 BinaryPropertyListWriter::Reference
 BinaryPropertyListWriter::dictionary(std::span<const Reference> keys,
-                                     std::span<const Reference> values) {
+                                     std::span<const Reference> values, Sharing sharing) {
     const std::size_t start = references_.size();
     references_.insert(references_.end(), keys.begin(), keys.end());
     references_.insert(references_.end(), values.begin(), values.end());
-    return finishContainer(Kind::dictionary, start);
+    return finishContainer(Kind::dictionary, start, sharing);
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::value(const PropertyList& value) {
@@ -198,24 +254,27 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::value(const Proper
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::finishLeaf(std::size_t start) {
-    const auto encoded = std::span<const std::uint8_t>(leafBytes_).subspan(start);
+    const std::size_t length = leafBytes_.size() - start;
     return unique({.start = static_cast<std::uint32_t>(start),
-                   .length = static_cast<std::uint32_t>(encoded.size()),
-                   .hash = hashBytes(encoded),
+                   .length = static_cast<std::uint32_t>(length),
+                   .hash = hashBytes(leafBytes_.data() + start, length, 0),
                    .kind = Kind::leaf});
 }
 
-BinaryPropertyListWriter::Reference BinaryPropertyListWriter::finishContainer(Kind kind,
-                                                                              std::size_t start) {
-    std::uint32_t hash = 2166136261U + static_cast<std::uint32_t>(kind);
-    for (std::size_t index = start; index < references_.size(); ++index) {
-        hash = (hash ^ references_[index]) * 16777619U;
-        hash ^= hash >> 15;
+BinaryPropertyListWriter::Reference
+BinaryPropertyListWriter::finishContainer(Kind kind, std::size_t start, Sharing sharing) {
+    const std::size_t length = references_.size() - start;
+    Record record{.start = static_cast<std::uint32_t>(start),
+                  .length = static_cast<std::uint32_t>(length),
+                  .hash = 0,
+                  .kind = kind};
+    if (sharing == Sharing::none) {
+        records_.push_back(record);
+        return static_cast<Reference>(records_.size() - 1);
     }
-    return unique({.start = static_cast<std::uint32_t>(start),
-                   .length = static_cast<std::uint32_t>(references_.size() - start),
-                   .hash = hash,
-                   .kind = kind});
+    record.hash = hashBytes(reinterpret_cast<const std::uint8_t*>(references_.data() + start),
+                            length * sizeof(Reference), static_cast<std::uint64_t>(kind));
+    return unique(record);
 }
 
 bool BinaryPropertyListWriter::equal(const Record& a, const Record& b) const {
@@ -223,15 +282,14 @@ bool BinaryPropertyListWriter::equal(const Record& a, const Record& b) const {
         return false;
     }
     if (a.kind == Kind::leaf) {
-        return std::equal(leafBytes_.begin() + a.start, leafBytes_.begin() + a.start + a.length,
-                          leafBytes_.begin() + b.start);
+        return std::memcmp(leafBytes_.data() + a.start, leafBytes_.data() + b.start, a.length) == 0;
     }
     return std::equal(references_.begin() + a.start, references_.begin() + a.start + a.length,
                       references_.begin() + b.start);
 }
 
 BinaryPropertyListWriter::Reference BinaryPropertyListWriter::unique(Record record) {
-    if (2 * (records_.size() + 1) > slots_.size()) {
+    if (2 * (shared_ + 1) > slots_.size()) {
         grow();
     }
     const std::size_t mask = slots_.size() - 1;
@@ -239,6 +297,7 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::unique(Record reco
         if (slots_[slot] == 0) {
             records_.push_back(record);
             slots_[slot] = static_cast<std::uint32_t>(records_.size());
+            ++shared_;
             return slots_[slot] - 1;
         }
         if (equal(records_[slots_[slot] - 1], record)) {
@@ -254,51 +313,62 @@ BinaryPropertyListWriter::Reference BinaryPropertyListWriter::unique(Record reco
 }
 
 void BinaryPropertyListWriter::grow() {
-    slots_.assign(std::max<std::size_t>(64, 2 * slots_.size()), 0);
+    const std::vector<std::uint32_t> old = std::exchange(
+        slots_,
+        std::vector<std::uint32_t>(std::max<std::size_t>(kSmallestTable, 2 * slots_.size())));
     const std::size_t mask = slots_.size() - 1;
-    for (std::size_t index = 0; index < records_.size(); ++index) {
-        std::size_t slot = records_[index].hash & mask;
-        while (slots_[slot] != 0) {
-            slot = (slot + 1) & mask;
+    for (const std::uint32_t taken : old) {
+        if (taken != 0) {
+            std::size_t slot = records_[taken - 1].hash & mask;
+            while (slots_[slot] != 0) {
+                slot = (slot + 1) & mask;
+            }
+            slots_[slot] = taken;
         }
-        slots_[slot] = static_cast<std::uint32_t>(index + 1);
     }
 }
 
 Bytes BinaryPropertyListWriter::finish(Reference root) const {
+    constexpr std::string_view kHeader = "bplist00";
+    constexpr std::size_t kTrailerSize = 32;
     const std::size_t referenceSize = bytesFor(records_.empty() ? 0 : records_.size() - 1);
-    Bytes out;
-    out.reserve(leafBytes_.size() + references_.size() * referenceSize + records_.size() * 8 + 64);
-    for (const char character : std::string_view("bplist00")) {
-        out.push_back(static_cast<std::uint8_t>(character));
-    }
     std::vector<std::uint64_t> offsets;
     offsets.reserve(records_.size());
+    std::size_t table = kHeader.size();
     for (const Record& record : records_) {
-        offsets.push_back(out.size());
+        offsets.push_back(table);
+        table += record.kind == Kind::leaf
+                     ? record.length
+                     : markerSize(elementCount(record)) + record.length * referenceSize;
+    }
+    const std::size_t offsetSize = bytesFor(table);
+    Bytes out(table + records_.size() * offsetSize + kTrailerSize);
+    Sink sink(out.data());
+    sink.bytes(reinterpret_cast<const std::uint8_t*>(kHeader.data()), kHeader.size());
+    for (const Record& record : records_) {
         if (record.kind == Kind::leaf) {
-            out.insert(out.end(), leafBytes_.begin() + record.start,
-                       leafBytes_.begin() + record.start + record.length);
+            sink.bytes(leafBytes_.data() + record.start, record.length);
             continue;
         }
-        const bool isArray = record.kind == Kind::array;
-        appendMarker(out, isArray ? 0xa0 : 0xd0, isArray ? record.length : record.length / 2);
+        sink.marker(record.kind == Kind::array ? 0xa0 : 0xd0, elementCount(record));
         for (std::uint32_t index = 0; index < record.length; ++index) {
-            append(out, references_[record.start + index], referenceSize);
+            sink.bigEndian(references_[record.start + index], referenceSize);
         }
     }
-    const std::size_t table = out.size();
-    const std::size_t offsetSize = bytesFor(table);
     for (const std::uint64_t offset : offsets) {
-        append(out, offset, offsetSize);
+        sink.bigEndian(offset, offsetSize);
     }
-    out.resize(out.size() + 6, 0);
-    out.push_back(static_cast<std::uint8_t>(offsetSize));
-    out.push_back(static_cast<std::uint8_t>(referenceSize));
-    append(out, records_.size(), 8);
-    append(out, root, 8);
-    append(out, table, 8);
+    sink.bigEndian(0, 6);
+    sink.byte(static_cast<std::uint8_t>(offsetSize));
+    sink.byte(static_cast<std::uint8_t>(referenceSize));
+    sink.bigEndian(records_.size(), 8);
+    sink.bigEndian(root, 8);
+    sink.bigEndian(table, 8);
     return out;
+}
+
+std::size_t BinaryPropertyListWriter::elementCount(const Record& record) {
+    return record.kind == Kind::array ? record.length : record.length / 2;
 }
 
 } // namespace vantor::archive

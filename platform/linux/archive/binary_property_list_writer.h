@@ -25,9 +25,13 @@ class BinaryPropertyListWriter {
     Reference data(std::span<const std::uint8_t> bytes);
     /// UTF-8; malformed bytes become U+FFFD.
     Reference string(std::string_view text);
-    Reference array(std::span<const Reference> elements);
+    /// Whether an equal object that was written before stands for a container. Looking for one
+    /// costs more than it gains where containers hardly ever equal.
+    enum class Sharing : std::uint8_t { equal, none };
+    Reference array(std::span<const Reference> elements, Sharing sharing = Sharing::equal);
     /// As many keys as values.
-    Reference dictionary(std::span<const Reference> keys, std::span<const Reference> values);
+    Reference dictionary(std::span<const Reference> keys, std::span<const Reference> values,
+                         Sharing sharing = Sharing::equal);
     Reference value(const PropertyList& value);
 
     /// The whole file.
@@ -44,19 +48,26 @@ class BinaryPropertyListWriter {
         Kind kind;
     };
 
+    /// Lengthens leafBytes_ by `count` bytes, which begin there.
+    std::uint8_t* room(std::size_t count);
     void putBigEndian(std::uint64_t value, std::size_t size);
     void putCounted(std::uint8_t kind, std::size_t count);
     Reference finishLeaf(std::size_t start);
-    Reference finishContainer(Kind kind, std::size_t start);
+    Reference finishContainer(Kind kind, std::size_t start, Sharing sharing);
     Reference unique(Record record);
     bool equal(const Record& a, const Record& b) const;
     void grow();
+    static std::size_t elementCount(const Record& record);
 
     Bytes leafBytes_;
     std::vector<Reference> references_;
     std::vector<Record> records_;
-    /// Open addressing over records_; a power of two, at most half full. 0 is free, n is n - 1.
+    /// Open addressing over the records that are shared; a power of two, at most half full. 0 is
+    /// free, n is n - 1.
     std::vector<std::uint32_t> slots_;
+    std::size_t shared_ = 0;
+    /// By the index that an archive reference holds, 1 + its own reference; 0 is not known.
+    std::vector<Reference> uids_;
     /// The elements of containers that are being built, innermost last.
     std::vector<Reference> stack_;
 };

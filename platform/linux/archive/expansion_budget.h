@@ -20,6 +20,9 @@ class ExpansionBudget {
         return true;
     }
 
+    /// Values that are left.
+    std::size_t values() const { return values_; }
+
     static std::string exceeded() {
         return "expands beyond the limit of " + std::to_string(kMaxExpandedValues) +
                " values and " + std::to_string(kMaxExpandedBytes) + " bytes";

@@ -38,15 +38,44 @@ PlainClass leafClass(const PropertyList& leaf) {
     return leaf.numberAsDouble(ignored) ? PlainClass::number : PlainClass::none;
 }
 
+bool isVersion(const BinaryObjects& objects, BinaryObjects::Reference object) {
+    ExpansionBudget budget;
+    PropertyList value;
+    std::string ignored;
+    return objects.readLeaf(object, budget, value, ignored) == BinaryObjects::Reading::done &&
+           value == PropertyList(kArchiveVersion);
+}
+
 } // namespace
 
+Result<std::unique_ptr<KeyedArchiveReader>> KeyedArchiveReader::open(Bytes archive) {
+    const std::span<const std::uint8_t> bytes(archive);
+    return open(bytes, std::move(archive));
+}
+
 Result<std::unique_ptr<KeyedArchiveReader>>
-KeyedArchiveReader::open(std::span<const std::uint8_t> archive) {
-    auto list = PropertyListCodec().read(archive);
-    if (!list) {
-        return Failure{list.error()};
+KeyedArchiveReader::openInPlace(std::span<const std::uint8_t> archive) {
+    return open(archive, {});
+}
+
+/// `archive` is what `owned` holds, unless that is empty.
+Result<std::unique_ptr<KeyedArchiveReader>>
+KeyedArchiveReader::open(std::span<const std::uint8_t> archive, Bytes owned) {
+    if (!PropertyListCodec::isBinary(archive) || archive.size() > kMaxEncodedBytes) {
+        auto list = PropertyListCodec().read(archive);
+        if (!list) {
+            return Failure{list.error()};
+        }
+        owned = PropertyListCodec().writeBinary(list.value());
+        archive = owned;
     }
-    std::unique_ptr<KeyedArchiveReader> reader(new KeyedArchiveReader(std::move(list).value()));
+    auto objects = BinaryObjects::open(archive);
+    if (!objects) {
+        return Failure{
+            cocoaError(kPropertyListReadCorrupt, "binary property list " + objects.error())};
+    }
+    std::unique_ptr<KeyedArchiveReader> reader(
+        new KeyedArchiveReader(objects.value(), std::move(owned)));
     if (auto tables = reader->readTables(); !tables) {
         return Failure{tables.error()};
     }
@@ -54,39 +83,56 @@ KeyedArchiveReader::open(std::span<const std::uint8_t> archive) {
 }
 
 Result<Done> KeyedArchiveReader::readTables() {
-    const PropertyListDictionary* file = archive_.dictionary();
-    if (file == nullptr) {
+    const auto file = objects_.container(objects_.top());
+    if (!file || !file->isDictionary) {
         return notAnArchive("its property list is no dictionary");
     }
-    const PropertyList* version = file->find(kVersionKey);
-    if (version == nullptr || version->integer() == nullptr ||
-        *version->integer() != kArchiveVersion) {
+    const auto version = objects_.find(*file, kVersionKey);
+    if (!version || !isVersion(objects_, *version)) {
         return notAnArchive("its version is not " + std::to_string(kArchiveVersion));
     }
-    const std::string* archiver = textUnder(*file, kArchiverKey);
-    if (archiver == nullptr || *archiver != kArchiverName) {
+    const auto archiver = objects_.find(*file, kArchiverKey);
+    if (!archiver || !objects_.isText(*archiver, kArchiverName)) {
         return notAnArchive("its archiver is not " + std::string(kArchiverName));
     }
-    const PropertyList* table = file->find(kObjectTableKey);
-    objects_ = table != nullptr ? table->array() : nullptr;
-    if (objects_ == nullptr || objects_->empty()) {
+    const auto table = references(*file, kObjectTableKey);
+    if (!table || table->count == 0) {
         return notAnArchive("it has no objects");
     }
-    const PropertyList* top = file->find(kTopKey);
-    const PropertyList* root = top != nullptr && top->dictionary() != nullptr
-                                   ? top->dictionary()->find(kRootKey)
-                                   : nullptr;
-    if (root == nullptr || root->uid() == nullptr || root->uid()->index >= objects_->size()) {
+    if (table->count > kMaxObjects) {
+        return notAnArchive("its " + std::to_string(table->count) +
+                            " objects exceed the limit of " + std::to_string(kMaxObjects));
+    }
+    table_ = *table;
+    const auto topReference = objects_.find(*file, kTopKey);
+    const auto top = topReference ? objects_.container(*topReference) : std::nullopt;
+    const auto rootReference = top ? objects_.find(*top, kRootKey) : std::nullopt;
+    const auto root = rootReference ? objects_.uid(*rootReference) : std::nullopt;
+    if (!root || *root >= table_.count) {
         return notAnArchive("it has no root object");
     }
-    root_ = root->uid()->index;
-    onPath_.assign(objects_->size(), false);
-    classRecordOf_.assign(objects_->size(), 0);
-    for (std::size_t index = 0; index < objects_->size(); ++index) {
-        const PropertyListDictionary* object = (*objects_)[index].dictionary();
-        const std::string* name = object != nullptr ? textUnder(*object, kClassNameKey) : nullptr;
-        if (name != nullptr) {
-            classRecords_.push_back({.name = *name, .plain = plainClass(*name)});
+    root_ = *root;
+    onPath_.assign(table_.count, false);
+    return readClassRecords();
+}
+
+Result<Done> KeyedArchiveReader::readClassRecords() {
+    classRecordOf_.assign(table_.count, 0);
+    // Of its own: a wide dictionary that stands in the table over and over costs its size each
+    // time.
+    ExpansionBudget budget;
+    std::string why;
+    for (std::uint32_t index = 0; index < table_.count; ++index) {
+        const auto object = objects_.container(at(index));
+        if (!budget.take(1 + (object ? object->count : 0), 0)) {
+            return notAnArchive("its table " + ExpansionBudget::exceeded());
+        }
+        const auto reference = object ? objects_.find(*object, kClassNameKey) : std::nullopt;
+        std::string name;
+        if (reference &&
+            objects_.readText(*reference, budget, name, why) == BinaryObjects::Reading::done) {
+            const PlainClass plain = plainClass(name);
+            classRecords_.push_back({.name = std::move(name), .plain = plain});
             classRecordOf_[index] = static_cast<std::uint32_t>(classRecords_.size());
         }
     }
@@ -159,9 +205,9 @@ ObjectRef KeyedArchiveReader::decodeRootObject(std::span<const ObjectClass* cons
     if (!checkClasses(allowed)) {
         return nullptr;
     }
-    const PropertyListDictionary* object = (*objects_)[root_].dictionary();
-    const ClassRecord* record = object != nullptr ? classOf(*object) : nullptr;
-    if (object != nullptr && record == nullptr) {
+    const auto object = objects_.container(at(root_));
+    const ClassRecord* record = object ? classOf(*object) : nullptr;
+    if (object && record == nullptr) {
         fail("the root object has no class");
         return nullptr;
     }
@@ -171,7 +217,7 @@ ObjectRef KeyedArchiveReader::decodeRootObject(std::span<const ObjectClass* cons
     const ObjectClass* objectClass = classFor(record->name, allowed);
     current_ = object;
     ObjectRef decoded = objectClass->decodeInstance(*this);
-    current_ = nullptr;
+    current_.reset();
     if (!decoded && !error_) {
         fail("the class " + quoted(objectClass->name()) + " decoded nothing");
     }
@@ -179,81 +225,98 @@ ObjectRef KeyedArchiveReader::decodeRootObject(std::span<const ObjectClass* cons
 }
 
 ObjectRef KeyedArchiveReader::decodePlainRoot(std::span<const ObjectClass* const> allowed) {
-    const PropertyList& object = (*objects_)[root_];
-    const PlainClass kind =
-        object.dictionary() != nullptr ? classOf(*object.dictionary())->plain : leafClass(object);
+    PropertyList value;
+    const auto object = objects_.container(at(root_));
+    if (!object && !readGraph(root_, 0, value)) {
+        return nullptr;
+    }
+    const PlainClass kind = object ? classOf(*object)->plain : leafClass(value);
     const std::string_view name = plainClassName(kind);
     const ObjectClass* objectClass = name.empty() ? nullptr : classFor(name, allowed);
     if (objectClass == nullptr) {
         fail("a root object of the class " + quoted(name) + " is not allowed here");
         return nullptr;
     }
-    PropertyList value;
-    return readGraph(root_, 0, value) ? makePlainObject(*objectClass, std::move(value)) : nullptr;
+    if (object && !readGraph(root_, 0, value)) {
+        return nullptr;
+    }
+    return makePlainObject(*objectClass, std::move(value));
 }
 
 bool KeyedArchiveReader::containsValue(std::string_view key) const {
-    return current_ != nullptr && current_->find(escapedKey(key)) != nullptr;
+    return current_ && objects_.find(*current_, escapedKey(key));
 }
 
 std::optional<PropertyList> KeyedArchiveReader::decodeEncodable(std::string_view key) {
-    const PropertyList* value = current_ != nullptr ? current_->find(escapedKey(key)) : nullptr;
-    if (value == nullptr || value->uid() == nullptr || value->uid()->index == 0) {
+    const auto index = current_ ? indexUnder(*current_, escapedKey(key)) : std::nullopt;
+    if (!index) {
         return std::nullopt;
     }
     PropertyList graph;
-    if (!readGraph(value->uid()->index, 0, graph)) {
+    if (!readGraph(*index, 0, graph)) {
         return std::nullopt;
     }
     return graph;
 }
 
-const KeyedArchiveReader::ClassRecord*
-KeyedArchiveReader::classOf(const PropertyListDictionary& object) const {
-    const PropertyList* type = object.find(kClassKey);
-    if (type == nullptr || type->uid() == nullptr || type->uid()->index >= objects_->size()) {
+std::optional<std::uint32_t> KeyedArchiveReader::indexUnder(const Container& object,
+                                                            std::string_view key) const {
+    const auto reference = objects_.find(object, key);
+    const auto index = reference ? objects_.uid(*reference) : std::nullopt;
+    return index && *index != 0 ? index : std::nullopt;
+}
+
+const KeyedArchiveReader::ClassRecord* KeyedArchiveReader::classOf(const Container& object) const {
+    const auto type = indexUnder(object, kClassKey);
+    if (!type || *type >= table_.count) {
         return nullptr;
     }
-    const std::uint32_t record = classRecordOf_[type->uid()->index];
+    const std::uint32_t record = classRecordOf_[*type];
     return record == 0 ? nullptr : &classRecords_[record - 1];
 }
 
 bool KeyedArchiveReader::readGraph(std::uint32_t index, std::size_t depth, PropertyList& out) {
-    if (index == 0 || index >= objects_->size()) {
+    if (index == 0 || index >= table_.count) {
         return fail("a value refers to object " + std::to_string(index) + " of " +
-                    std::to_string(objects_->size()));
+                    std::to_string(table_.count));
     }
-    const PropertyList& object = (*objects_)[index];
-    if (const PropertyListDictionary* keyed = object.dictionary()) {
-        if (onPath_[index]) {
-            return fail("object " + std::to_string(index) + " contains itself");
-        }
-        if (depth >= kMaxDepth) {
-            return fail("a value nests deeper than the limit of " + std::to_string(kMaxDepth));
-        }
-        // Looking for a key costs the dictionary's size, each time it is referred to.
-        if (!budget_.take(1 + keyed->size(), 0)) {
-            return fail("a value " + ExpansionBudget::exceeded());
-        }
-        onPath_[index] = true;
-        const bool done = readKeyedValue(index, *keyed, depth, out);
-        onPath_[index] = false;
-        return done;
+    const auto keyed = objects_.container(at(index));
+    if (!keyed || !keyed->isDictionary) {
+        return readLeaf(index, at(index), out);
     }
-    const std::size_t bytes = object.string() != nullptr ? object.string()->size()
-                              : object.data() != nullptr ? object.data()->size()
-                                                         : 0;
-    if (!budget_.take(1, bytes)) {
+    if (onPath_[index]) {
+        return fail("object " + std::to_string(index) + " contains itself");
+    }
+    if (depth >= kMaxDepth) {
+        return fail("a value nests deeper than the limit of " + std::to_string(kMaxDepth));
+    }
+    // Looking for a key costs the dictionary's size, each time it is referred to.
+    if (!budget_.take(1 + keyed->count, 0)) {
         return fail("a value " + ExpansionBudget::exceeded());
     }
-    if (leafClass(object) == PlainClass::none && object.date() == nullptr) {
-        return fail("object " + std::to_string(index) + " is no value");
-    }
-    out = object;
-    return true;
+    onPath_[index] = true;
+    const bool done = readKeyedValue(index, *keyed, depth, out);
+    onPath_[index] = false;
+    return done;
 }
 
-bool KeyedArchiveReader::readKeyedValue(std::uint32_t index, const PropertyListDictionary& object,
+/// `index` is for the complaint.
+bool KeyedArchiveReader::readLeaf(std::uint32_t index, Reference object, PropertyList& out) {
+    std::string why;
+    const auto read = budget_.take(1, 0) ? objects_.readLeaf(object, budget_, out, why)
+                                         : BinaryObjects::Reading::exceeded;
+    switch (read) {
+    case BinaryObjects::Reading::exceeded:
+        return fail("a value " + ExpansionBudget::exceeded());
+    case BinaryObjects::Reading::malformed:
+        return fail("object " + std::to_string(index) + " is no value: " + why);
+    case BinaryObjects::Reading::done:
+        break;
+    }
+    return out.uid() == nullptr || fail("object " + std::to_string(index) + " is no value");
+}
+
+bool KeyedArchiveReader::readKeyedValue(std::uint32_t index, const Container& object,
                                         std::size_t depth, PropertyList& out) {
     const ClassRecord* record = classOf(object);
     if (record == nullptr) {
@@ -273,32 +336,10 @@ bool KeyedArchiveReader::readKeyedValue(std::uint32_t index, const PropertyListD
     case PlainClass::error:
         return readError(object, depth, out);
     case PlainClass::date:
-        if (const PropertyList* time = object.find(kTimeKey);
-            time != nullptr && time->real() != nullptr) {
-            out = PropertyList(PropertyList::Date{*time->real()});
-            return true;
-        }
-        return fail("object " + std::to_string(index) + " is a date without a time");
+        return readDate(index, object, out);
     case PlainClass::string:
-    case PlainClass::data: {
-        // Mutable text and data carry their content under a key, directly or as a reference.
-        const PropertyList* content =
-            object.find(record->plain == PlainClass::string ? kStringKey : kDataKey);
-        if (content != nullptr && content->uid() != nullptr &&
-            content->uid()->index < objects_->size()) {
-            content = &(*objects_)[content->uid()->index];
-        }
-        if (content == nullptr || leafClass(*content) != record->plain) {
-            return fail("object " + std::to_string(index) + " lacks its content");
-        }
-        const std::size_t bytes =
-            content->string() != nullptr ? content->string()->size() : content->data()->size();
-        if (!budget_.take(0, bytes)) {
-            return fail("a value " + ExpansionBudget::exceeded());
-        }
-        out = *content;
-        return true;
-    }
+    case PlainClass::data:
+        return readContent(index, object, record->plain, out);
     case PlainClass::number:
     case PlainClass::none:
         break;
@@ -306,64 +347,94 @@ bool KeyedArchiveReader::readKeyedValue(std::uint32_t index, const PropertyListD
     return fail("the class " + quoted(record->name) + " does not belong in a value");
 }
 
-bool KeyedArchiveReader::readElements(const PropertyListDictionary& object, std::size_t depth,
+bool KeyedArchiveReader::readDate(std::uint32_t index, const Container& object, PropertyList& out) {
+    const auto time = objects_.find(object, kTimeKey);
+    PropertyList seconds;
+    if (!time || !readLeaf(index, *time, seconds) || seconds.real() == nullptr) {
+        return fail("object " + std::to_string(index) + " is a date without a time");
+    }
+    out = PropertyList(PropertyList::Date{*seconds.real()});
+    return true;
+}
+
+/// Mutable text and data carry their content under a key, directly or as a reference.
+bool KeyedArchiveReader::readContent(std::uint32_t index, const Container& object, PlainClass kind,
+                                     PropertyList& out) {
+    auto content = objects_.find(object, kind == PlainClass::string ? kStringKey : kDataKey);
+    if (const auto referred = content ? objects_.uid(*content) : std::nullopt;
+        referred && *referred < table_.count) {
+        content = at(*referred);
+    }
+    if (!content || objects_.isContainer(*content) || !readLeaf(index, *content, out) ||
+        leafClass(out) != kind) {
+        return fail("object " + std::to_string(index) + " lacks its content");
+    }
+    return true;
+}
+
+std::optional<BinaryObjects::Container> KeyedArchiveReader::references(const Container& object,
+                                                                       std::string_view key) const {
+    const auto reference = objects_.find(object, key);
+    auto container = reference ? objects_.container(*reference) : std::nullopt;
+    return container && !container->isDictionary ? container : std::nullopt;
+}
+
+bool KeyedArchiveReader::readElements(const Container& object, std::size_t depth,
                                       PropertyList::Array& out) {
-    const PropertyList* elements = object.find(kObjectsKey);
-    if (elements == nullptr || elements->array() == nullptr) {
+    const auto elements = references(object, kObjectsKey);
+    if (!elements) {
         return fail("a container lacks its elements");
     }
-    for (const PropertyList& element : *elements->array()) {
-        if (element.uid() == nullptr) {
+    // Each will be paid for as it is read; room is made only for what can be.
+    if (elements->count > budget_.values()) {
+        return fail("a value " + ExpansionBudget::exceeded());
+    }
+    out.reserve(elements->count);
+    for (std::size_t index = 0; index < elements->count; ++index) {
+        const auto element = objects_.uid(objects_.element(*elements, index));
+        if (!element) {
             return fail("an element of a container is no reference");
         }
-        if (!readGraph(element.uid()->index, depth + 1, out.emplace_back())) {
+        if (!readGraph(*element, depth + 1, out.emplace_back(false))) {
             return false;
         }
     }
     return true;
 }
 
-bool KeyedArchiveReader::readDictionary(const PropertyListDictionary& object, std::size_t depth,
+bool KeyedArchiveReader::readDictionary(const Container& object, std::size_t depth,
                                         PropertyList& out) {
-    const PropertyList* keys = object.find(kKeysKey);
+    const auto keys = references(object, kKeysKey);
     PropertyList::Array values;
     if (!readElements(object, depth, values)) {
         return false;
     }
-    if (keys == nullptr || keys->array() == nullptr || keys->array()->size() != values.size()) {
+    if (!keys || keys->count != values.size()) {
         return fail("a dictionary has not as many keys as values");
     }
     PropertyListDictionary dictionary;
+    dictionary.reserve(values.size());
     for (std::size_t index = 0; index < values.size(); ++index) {
-        const PropertyList& reference = (*keys->array())[index];
-        PropertyList key;
-        if (reference.uid() == nullptr || !readGraph(reference.uid()->index, depth + 1, key) ||
-            key.string() == nullptr) {
+        const auto reference = objects_.uid(objects_.element(*keys, index));
+        PropertyList key(false);
+        if (!reference || !readGraph(*reference, depth + 1, key) || key.string() == nullptr) {
             return fail("a key of a dictionary is no text");
         }
-        dictionary.append(*key.string(), std::move(values[index]));
+        dictionary.append(std::move(*key.string()), std::move(values[index]));
     }
     out = PropertyList(std::move(dictionary));
     return true;
 }
 
-bool KeyedArchiveReader::readOptional(const PropertyListDictionary& object, std::string_view key,
+bool KeyedArchiveReader::readOptional(const Container& object, std::string_view key,
                                       std::size_t depth, std::string_view name,
                                       PropertyListDictionary& out) {
-    const PropertyList* reference = object.find(key);
-    if (reference == nullptr || reference->uid() == nullptr || reference->uid()->index == 0) {
-        return true;
-    }
-    PropertyList value;
-    if (!readGraph(reference->uid()->index, depth + 1, value)) {
-        return false;
-    }
-    out.append(std::string(name), std::move(value));
-    return true;
+    const auto index = indexUnder(object, key);
+    return !index ||
+           readGraph(*index, depth + 1, out.append(std::string(name), PropertyList(false)));
 }
 
-bool KeyedArchiveReader::readURL(const PropertyListDictionary& object, std::size_t depth,
-                                 PropertyList& out) {
+bool KeyedArchiveReader::readURL(const Container& object, std::size_t depth, PropertyList& out) {
     PropertyListDictionary url;
     if (!readOptional(object, kRelativeKey, depth, kURLRelative, url) ||
         !readOptional(object, kBaseKey, depth, kURLBase, url)) {
@@ -376,16 +447,16 @@ bool KeyedArchiveReader::readURL(const PropertyListDictionary& object, std::size
     return true;
 }
 
-bool KeyedArchiveReader::readError(const PropertyListDictionary& object, std::size_t depth,
-                                   PropertyList& out) {
+bool KeyedArchiveReader::readError(const Container& object, std::size_t depth, PropertyList& out) {
     PropertyListDictionary record;
-    const PropertyList* code = object.find(kErrorCode);
+    const auto codeReference = objects_.find(object, kErrorCode);
+    PropertyList code;
     if (!readOptional(object, kErrorDomain, depth, kErrorDomain, record) ||
-        textUnder(record, kErrorDomain) == nullptr || code == nullptr ||
-        code->integer() == nullptr) {
+        textUnder(record, kErrorDomain) == nullptr || !codeReference ||
+        !readLeaf(0, *codeReference, code) || code.integer() == nullptr) {
         return fail("an error lacks its domain or code");
     }
-    record.append(std::string(kErrorCode), *code);
+    record.append(std::string(kErrorCode), std::move(code));
     if (!readOptional(object, kErrorUserInfo, depth, kErrorUserInfo, record)) {
         return false;
     }

@@ -1,8 +1,9 @@
 #pragma once
-// Reads one keyed archive. The table of objects and its class records are checked when it is
-// opened; the graph is walked on decoding, bounded in depth and expansion.
+// Reads one keyed archive where its bytes lie. The table of objects and its class records are
+// checked when it is opened; the graph is walked on decoding, bounded in depth and expansion.
 
 #include "platform/keyed_archive.h"
+#include "platform/linux/archive/binary_objects.h"
 #include "platform/linux/archive/expansion_budget.h"
 #include "platform/linux/archive/plain_class.h"
 
@@ -18,7 +19,10 @@ namespace vantor::archive {
 /// seam here: a decoding failure under that policy stops the process, as an uncaught one would.
 class KeyedArchiveReader final : public KeyedUnarchiver, private KeyedDecoder {
   public:
-    static Result<std::unique_ptr<KeyedArchiveReader>> open(std::span<const std::uint8_t> archive);
+    static Result<std::unique_ptr<KeyedArchiveReader>> open(Bytes archive);
+    /// The bytes must outlive the reader.
+    static Result<std::unique_ptr<KeyedArchiveReader>>
+    openInPlace(std::span<const std::uint8_t> archive);
 
     /// The names of the archive's class records, plain ones left out.
     std::vector<std::string> objectClassNames() const;
@@ -35,10 +39,17 @@ class KeyedArchiveReader final : public KeyedUnarchiver, private KeyedDecoder {
         PlainClass plain;
     };
 
-    explicit KeyedArchiveReader(PropertyList archive) : archive_(std::move(archive)) {}
+    using Container = BinaryObjects::Container;
+    using Reference = BinaryObjects::Reference;
+
+    KeyedArchiveReader(BinaryObjects objects, Bytes bytes)
+        : bytes_(std::move(bytes)), objects_(objects) {}
+    static Result<std::unique_ptr<KeyedArchiveReader>> open(std::span<const std::uint8_t> archive,
+                                                            Bytes owned);
 
     // Opening.
     Result<Done> readTables();
+    Result<Done> readClassRecords();
 
     // For an object's own decoding.
     bool containsValue(std::string_view key) const override;
@@ -50,23 +61,35 @@ class KeyedArchiveReader final : public KeyedUnarchiver, private KeyedDecoder {
                                 std::span<const ObjectClass* const> allowed) const;
     bool checkClasses(std::span<const ObjectClass* const> allowed);
     ObjectRef decodePlainRoot(std::span<const ObjectClass* const> allowed);
+    /// The object that "$objects" has at an index which is below its count.
+    Reference at(std::uint32_t index) const { return objects_.element(table_, index); }
+    /// The object that an archive reference under the key leads to; nothing when there is none, or
+    /// it is a reference to nothing.
+    std::optional<std::uint32_t> indexUnder(const Container& object, std::string_view key) const;
     /// The class record that an object's dictionary names, or null.
-    const ClassRecord* classOf(const PropertyListDictionary& object) const;
+    const ClassRecord* classOf(const Container& object) const;
 
     bool readGraph(std::uint32_t index, std::size_t depth, PropertyList& out);
-    bool readKeyedValue(std::uint32_t index, const PropertyListDictionary& object,
-                        std::size_t depth, PropertyList& out);
-    bool readElements(const PropertyListDictionary& object, std::size_t depth,
-                      PropertyList::Array& out);
-    bool readDictionary(const PropertyListDictionary& object, std::size_t depth, PropertyList& out);
-    bool readURL(const PropertyListDictionary& object, std::size_t depth, PropertyList& out);
-    bool readError(const PropertyListDictionary& object, std::size_t depth, PropertyList& out);
-    bool readOptional(const PropertyListDictionary& object, std::string_view key, std::size_t depth,
+    bool readLeaf(std::uint32_t index, Reference object, PropertyList& out);
+    bool readKeyedValue(std::uint32_t index, const Container& object, std::size_t depth,
+                        PropertyList& out);
+    bool readDate(std::uint32_t index, const Container& object, PropertyList& out);
+    bool readContent(std::uint32_t index, const Container& object, PlainClass kind,
+                     PropertyList& out);
+    /// The array of references under the key; nothing when there is none.
+    std::optional<Container> references(const Container& object, std::string_view key) const;
+    bool readElements(const Container& object, std::size_t depth, PropertyList::Array& out);
+    bool readDictionary(const Container& object, std::size_t depth, PropertyList& out);
+    bool readURL(const Container& object, std::size_t depth, PropertyList& out);
+    bool readError(const Container& object, std::size_t depth, PropertyList& out);
+    bool readOptional(const Container& object, std::string_view key, std::size_t depth,
                       std::string_view name, PropertyListDictionary& out);
 
-    const PropertyList archive_;
-    /// "$objects", inside archive_.
-    const PropertyList::Array* objects_ = nullptr;
+    /// What objects_ borrows, unless it is another's.
+    const Bytes bytes_;
+    const BinaryObjects objects_;
+    /// "$objects".
+    Container table_;
     std::uint32_t root_ = 0;
     std::vector<ClassRecord> classRecords_;
     /// By the index of an object, 1 + the index of the class record it is; 0 for other objects.
@@ -74,7 +97,7 @@ class KeyedArchiveReader final : public KeyedUnarchiver, private KeyedDecoder {
     std::vector<std::pair<std::string, const ObjectClass*>> mapped_;
     DecodingFailurePolicy policy_ = DecodingFailurePolicy::raiseException;
     /// The object that is decoding itself.
-    const PropertyListDictionary* current_ = nullptr;
+    std::optional<Container> current_;
     /// The containers that are being read, to tell a cycle from mere depth.
     std::vector<bool> onPath_;
     ExpansionBudget budget_;

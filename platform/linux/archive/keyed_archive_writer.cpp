@@ -10,6 +10,10 @@
 namespace vantor::archive {
 namespace {
 
+/// Each container of a graph is an object of its own, so what refers to containers equals nothing
+/// else; only lists of keys repeat.
+constexpr auto kContents = BinaryPropertyListWriter::Sharing::none;
+
 /// The root object's place: right behind "$null".
 constexpr std::uint32_t kRootIndex = 1;
 
@@ -75,7 +79,7 @@ Bytes KeyedArchiveWriter::finishObject(std::string_view className) {
         reserve();
     }
     const Index type = classIndex(className);
-    rootKeys_.push_back(writer_.string(kClassKey));
+    rootKeys_.push_back(word(classKey_, kClassKey));
     rootValues_.push_back(writer_.uid(type));
     objects_[kRootIndex] = writer_.dictionary(rootKeys_, rootValues_);
     return finish(kRootIndex);
@@ -101,6 +105,14 @@ KeyedArchiveWriter::Index KeyedArchiveWriter::addLeaf(Reference leaf) {
     return leafIndices_[leaf];
 }
 
+/// Text that reads as the mark for nothing is an object around its text: other readers take the
+/// plain text for nothing wherever it stands.
+KeyedArchiveWriter::Index KeyedArchiveWriter::addText(std::string_view text) {
+    const Reference leaf = writer_.string(text);
+    return text == kNullObject ? addKeyed(plainClassName(PlainClass::string), {{kStringKey, leaf}})
+                               : addLeaf(leaf);
+}
+
 KeyedArchiveWriter::Index KeyedArchiveWriter::addGraph(const PropertyList& graph) {
     if (const PropertyList::Date* moment = graph.date()) {
         return addKeyed(plainClassName(PlainClass::date),
@@ -109,7 +121,7 @@ KeyedArchiveWriter::Index KeyedArchiveWriter::addGraph(const PropertyList& graph
     const PropertyList::Array* array = graph.array();
     const PropertyListDictionary* dictionary = graph.dictionary();
     if (array == nullptr && dictionary == nullptr) {
-        return addLeaf(writer_.value(graph));
+        return graph.string() != nullptr ? addText(*graph.string()) : addLeaf(writer_.value(graph));
     }
     const Index index = reserve();
     const std::size_t base = stack_.size();
@@ -118,34 +130,35 @@ KeyedArchiveWriter::Index KeyedArchiveWriter::addGraph(const PropertyList& graph
             const Index child = addGraph(element);
             stack_.push_back(writer_.uid(child));
         }
-        const Reference elements = indexArray(base);
-        const std::array keys{writer_.string(kObjectsKey), writer_.string(kClassKey)};
+        const Reference elements = indexArray(base, kContents);
+        const std::array keys{word(objectsKey_, kObjectsKey), word(classKey_, kClassKey)};
         const std::array values{elements,
                                 writer_.uid(classIndex(plainClassName(PlainClass::array)))};
-        objects_[index] = writer_.dictionary(keys, values);
+        objects_[index] = writer_.dictionary(keys, values, kContents);
     } else {
         for (const PropertyListDictionary::Entry& entry : *dictionary) {
-            const Index child = addLeaf(writer_.string(entry.key));
+            const Index child = addText(entry.key);
             stack_.push_back(writer_.uid(child));
         }
-        const Reference names = indexArray(base);
+        const Reference names = indexArray(base, Sharing::equal);
         for (const PropertyListDictionary::Entry& entry : *dictionary) {
             const Index child = addGraph(entry.value);
             stack_.push_back(writer_.uid(child));
         }
-        const Reference elements = indexArray(base);
-        const std::array keys{writer_.string(kKeysKey), writer_.string(kObjectsKey),
-                              writer_.string(kClassKey)};
+        const Reference elements = indexArray(base, kContents);
+        const std::array keys{word(keysKey_, kKeysKey), word(objectsKey_, kObjectsKey),
+                              word(classKey_, kClassKey)};
         const std::array values{names, elements,
                                 writer_.uid(classIndex(plainClassName(PlainClass::dictionary)))};
-        objects_[index] = writer_.dictionary(keys, values);
+        objects_[index] = writer_.dictionary(keys, values, kContents);
     }
     return index;
 }
 
 /// The array of what lies on the stack above `from`, which it takes off.
-KeyedArchiveWriter::Reference KeyedArchiveWriter::indexArray(std::size_t from) {
-    const Reference array = writer_.array(std::span<const Reference>(stack_).subspan(from));
+KeyedArchiveWriter::Reference KeyedArchiveWriter::indexArray(std::size_t from, Sharing sharing) {
+    const Reference array =
+        writer_.array(std::span<const Reference>(stack_).subspan(from), sharing);
     stack_.resize(from);
     return array;
 }
@@ -160,7 +173,7 @@ KeyedArchiveWriter::addKeyed(std::string_view className,
         names.push_back(writer_.string(name));
         values.push_back(value);
     }
-    names.push_back(writer_.string(kClassKey));
+    names.push_back(word(classKey_, kClassKey));
     values.push_back(writer_.uid(type));
     objects_.push_back(writer_.dictionary(names, values));
     return static_cast<Index>(objects_.size() - 1);
@@ -188,6 +201,13 @@ KeyedArchiveWriter::Index KeyedArchiveWriter::addPlain(PlainClass kind, const Pr
                         {{kErrorDomain, domain}, {kErrorCode, code}, {kErrorUserInfo, userInfo}});
     }
     return addGraph(graph);
+}
+
+KeyedArchiveWriter::Reference KeyedArchiveWriter::word(Reference& known, std::string_view text) {
+    if (known == 0) {
+        known = writer_.string(text);
+    }
+    return known;
 }
 
 KeyedArchiveWriter::Index KeyedArchiveWriter::classIndex(std::string_view className) {

@@ -32,20 +32,28 @@ class KeyedArchiveWriter final : public KeyedEncoder {
 
   private:
     using Reference = BinaryPropertyListWriter::Reference;
+    using Sharing = BinaryPropertyListWriter::Sharing;
     using Index = std::uint32_t;
 
     Index reserve();
     Index addLeaf(Reference leaf);
+    Index addText(std::string_view text);
     Index addGraph(const PropertyList& graph);
     Index addKeyed(std::string_view className,
                    std::initializer_list<std::pair<std::string_view, Reference>> keys);
     Index addPlain(PlainClass kind, const PropertyList& graph);
     Index addOptional(const PropertyListDictionary& record, std::string_view key);
     Index classIndex(std::string_view className);
-    Reference indexArray(std::size_t from);
+    /// The reference to one of the archive's own words, kept in `known` after the first time.
+    Reference word(Reference& known, std::string_view text);
+    Reference indexArray(std::size_t from, Sharing sharing);
     Bytes finish(Index root);
 
     BinaryPropertyListWriter writer_;
+    // Known words; 0 is none, since that is "$null".
+    Reference classKey_ = 0;
+    Reference keysKey_ = 0;
+    Reference objectsKey_ = 0;
     /// "$objects".
     std::vector<Reference> objects_;
     /// By a leaf's reference the index it has in "$objects"; 0 is none.

@@ -13,7 +13,7 @@ inline constexpr std::size_t kMaxObjects = std::size_t{1} << 18;
 /// Values of the tree that is read, an object that is referenced twice counting twice.
 inline constexpr std::size_t kMaxExpandedValues = std::size_t{1} << 18;
 /// Bytes of text and data of the tree that is read, likewise.
-inline constexpr std::size_t kMaxExpandedBytes = std::size_t{32} << 20;
+inline constexpr std::size_t kMaxExpandedBytes = std::size_t{20} << 20;
 /// Containers within containers. Readers recurse once a level.
 inline constexpr std::size_t kMaxDepth = 512;
 

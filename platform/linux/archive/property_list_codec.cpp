@@ -22,12 +22,12 @@ Result<PropertyList> PropertyListCodec::read(std::span<const std::uint8_t> bytes
                                                                 std::to_string(kMaxEncodedBytes))};
     }
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    if (text.starts_with("bplist")) {
-        if (!text.starts_with("bplist0")) {
-            return Failure{
-                cocoaError(kPropertyListReadCorrupt, "binary property list of an unknown version")};
-        }
+    if (isBinary(bytes)) {
         return readBinaryPropertyList(bytes);
+    }
+    if (text.starts_with("bplist")) {
+        return Failure{
+            cocoaError(kPropertyListReadCorrupt, "binary property list of an unknown version")};
     }
     // UTF-16 is left to the XML parser, which knows its byte order marks.
     if (text.starts_with("\xfe\xff") || text.starts_with("\xff\xfe")) {
@@ -40,6 +40,11 @@ Result<PropertyList> PropertyListCodec::read(std::span<const std::uint8_t> bytes
         return readXMLPropertyList(bytes);
     }
     return readOpenStepPropertyList(bytes.subspan(mark));
+}
+
+bool PropertyListCodec::isBinary(std::span<const std::uint8_t> bytes) {
+    return std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size())
+        .starts_with("bplist0");
 }
 
 Bytes PropertyListCodec::writeBinary(const PropertyList& root) {

@@ -10,6 +10,9 @@ class PropertyListCodec final : public PropertyListSerialization {
   public:
     Result<PropertyList> read(std::span<const std::uint8_t> bytes) override;
     Bytes writeBinary(const PropertyList& root) override;
+
+    /// Whether the bytes begin as the binary form does.
+    static bool isBinary(std::span<const std::uint8_t> bytes);
 };
 
 } // namespace vantor

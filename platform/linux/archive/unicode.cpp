@@ -62,8 +62,11 @@ char32_t takeCharacter(std::string_view& text, bool& valid) {
 }
 
 bool isASCII(std::string_view text) {
-    return std::none_of(text.begin(), text.end(),
-                        [](char byte) { return static_cast<std::uint8_t>(byte) >= 0x80; });
+    std::uint8_t seen = 0;
+    for (const char byte : text) {
+        seen |= static_cast<std::uint8_t>(byte);
+    }
+    return seen < 0x80;
 }
 
 std::string utf8FromUTF16(std::span<const std::uint8_t> bigEndian) {

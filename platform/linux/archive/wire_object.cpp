@@ -31,7 +31,7 @@ Result<Bytes> archiveObject(const Object& object) {
 Result<ObjectRef> unarchiveObject(std::span<const std::uint8_t> archive,
                                   std::span<const ObjectClass* const> allowed,
                                   const ObjectRuntime& runtime) {
-    auto reader = KeyedArchiveReader::open(archive);
+    auto reader = KeyedArchiveReader::openInPlace(archive);
     if (!reader) {
         return Failure{reader.error()};
     }

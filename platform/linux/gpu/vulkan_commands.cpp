@@ -1,11 +1,11 @@
 #include "platform/linux/gpu/vulkan_commands.h"
 
-#include "platform/linux/gpu/vulkan_uploader.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
+#include <utility>
 
 namespace vantor::vulkan {
 namespace {
@@ -31,19 +31,11 @@ std::size_t alignedUp(std::size_t value, std::size_t alignment) {
 
 } // namespace
 
-DeviceParts::~DeviceParts() {
-    completion.reset();
-    if (context) {
-        // What the zeros were made with may still be under way.
-        vkDeviceWaitIdle(context->device());
-        vkDestroySampler(context->device(), zeros.sampler, nullptr);
-    }
-}
-
-void VulkanEncoder::begin(VkCommandBuffer commands, const gpu::RenderPassDescriptor& pass,
-                          std::vector<std::shared_ptr<void>>& kept, const Buffer& uniforms,
+void VulkanEncoder::begin(std::span<const VkCommandBuffer> bands,
+                          const gpu::RenderPassDescriptor& pass,
+                          std::vector<std::shared_ptr<const void>>& kept, const Buffer& uniforms,
                           std::size_t& uniformsUsed) {
-    commands_ = commands;
+    bands_ = bands;
     kept_ = &kept;
     uniforms_ = &uniforms;
     uniformsUsed_ = &uniformsUsed;
@@ -53,8 +45,22 @@ void VulkanEncoder::begin(VkCommandBuffer commands, const gpu::RenderPassDescrip
 
     // Every texture of this device is one of ours.
     DeviceImage& image = static_cast<VulkanTexture*>(pass.texture)->image();
-    transition(*parts_.context, commands, image, VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL,
+    transition(*parts_.context, bands.front(), image, VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL,
                pass.loadAction == gpu::LoadAction::load ? Contents::kept : Contents::discarded);
+    const auto count = static_cast<std::uint32_t>(bands.size());
+    std::uint32_t top = 0;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const auto bottom =
+            static_cast<std::uint32_t>(std::uint64_t{image.height()} * (i + 1) / count);
+        beginBand(bands[i], pass, image,
+                  {{0, static_cast<std::int32_t>(top)}, {image.width(), bottom - top}});
+        top = bottom;
+    }
+    beginEncoding();
+}
+
+void VulkanEncoder::beginBand(VkCommandBuffer commands, const gpu::RenderPassDescriptor& pass,
+                              const DeviceImage& image, const VkRect2D& area) const {
     VkRenderingAttachmentInfo attachment{};
     attachment.sType = VK_STRUCTURE_TYPE_RENDERING_ATTACHMENT_INFO;
     attachment.imageView = image.view();
@@ -69,7 +75,7 @@ void VulkanEncoder::begin(VkCommandBuffer commands, const gpu::RenderPassDescrip
     attachment.clearValue.color.float32[3] = static_cast<float>(pass.clearColor.alpha);
     VkRenderingInfo info{};
     info.sType = VK_STRUCTURE_TYPE_RENDERING_INFO;
-    info.renderArea = {{0, 0}, {image.width(), image.height()}};
+    info.renderArea = area;
     info.layerCount = 1;
     info.colorAttachmentCount = 1;
     info.pColorAttachments = &attachment;
@@ -80,18 +86,24 @@ void VulkanEncoder::begin(VkCommandBuffer commands, const gpu::RenderPassDescrip
     const float height = static_cast<float>(image.height());
     const VkViewport viewport{0.0F, height, width, -height, 0.0F, 1.0F};
     vkCmdSetViewport(commands, 0, 1, &viewport);
-    vkCmdSetScissor(commands, 0, 1, &info.renderArea);
-    beginEncoding();
+    vkCmdSetScissor(commands, 0, 1, &area);
 }
 
 void VulkanEncoder::setRenderPipelineStateImpl(
     const std::shared_ptr<gpu::RenderPipelineState>& pipeline) {
-    pipeline_ = static_cast<VulkanPipeline*>(pipeline.get());
-    kept_->push_back(pipeline);
-    vkCmdBindPipeline(commands_, VK_PIPELINE_BIND_POINT_GRAPHICS, pipeline_->handle());
-    if (const VkDescriptorSet set = pipeline_->vertexSet(); set != VK_NULL_HANDLE) {
-        vkCmdBindDescriptorSets(commands_, VK_PIPELINE_BIND_POINT_GRAPHICS, pipeline_->layout(),
-                                msl::kVertexDescriptorSet, 1, &set, 0, nullptr);
+    // Every pipeline of this device is one of ours.
+    const auto objects = static_cast<VulkanPipeline&>(*pipeline).objectsFor(parts_);
+    pipeline_ = objects.get();
+    if (pipeline_ == nullptr) {
+        return;
+    }
+    kept_->push_back(objects);
+    for (const VkCommandBuffer commands : bands_) {
+        vkCmdBindPipeline(commands, VK_PIPELINE_BIND_POINT_GRAPHICS, pipeline_->handle());
+        if (const VkDescriptorSet set = pipeline_->vertexSet(); set != VK_NULL_HANDLE) {
+            vkCmdBindDescriptorSets(commands, VK_PIPELINE_BIND_POINT_GRAPHICS, pipeline_->layout(),
+                                    msl::kVertexDescriptorSet, 1, &set, 0, nullptr);
+        }
     }
 }
 
@@ -109,9 +121,10 @@ void VulkanEncoder::setFragmentBytesImpl(std::span<const std::uint8_t> bytes, st
 
 void VulkanEncoder::setFragmentTextureImpl(const std::shared_ptr<gpu::Texture>& texture,
                                            std::uint32_t index) {
-    textures_[index] = static_cast<VulkanTexture*>(texture.get());
+    textures_[index] = nullptr;
     if (texture) {
         kept_->push_back(texture);
+        textures_[index] = static_cast<VulkanTexture&>(*texture).imageFor(parts_);
     }
 }
 
@@ -149,11 +162,10 @@ void VulkanEncoder::pushResources() {
         add(binding, type).pImageInfo = &info;
     };
     for (const auto& texture : fragment.textures) {
-        const VulkanTexture* bound =
+        const DeviceImage* bound =
             texture.index < textures_.size() ? textures_[texture.index] : nullptr;
         addImage(msl::kTextureBinding + texture.index, VK_DESCRIPTOR_TYPE_SAMPLED_IMAGE,
-                 bound != nullptr ? bound->image().view() : parts_.zeros.image->view(),
-                 VK_NULL_HANDLE);
+                 bound != nullptr ? bound->view() : parts_.zeros.image->view(), VK_NULL_HANDLE);
     }
     for (const auto& sampler : fragment.samplers) {
         addImage(msl::kSamplerBinding + sampler.index, VK_DESCRIPTOR_TYPE_SAMPLER, VK_NULL_HANDLE,
@@ -163,8 +175,11 @@ void VulkanEncoder::pushResources() {
         addImage(fragment.constantSamplers[i].binding, VK_DESCRIPTOR_TYPE_SAMPLER, VK_NULL_HANDLE,
                  pipeline_->constantSamplers()[i]);
     }
-    if (count != 0) {
-        parts_.context->pushDescriptorSet()(commands_, VK_PIPELINE_BIND_POINT_GRAPHICS,
+    if (count == 0) {
+        return;
+    }
+    for (const VkCommandBuffer commands : bands_) {
+        parts_.context->pushDescriptorSet()(commands, VK_PIPELINE_BIND_POINT_GRAPHICS,
                                             pipeline_->layout(), msl::kFragmentDescriptorSet, count,
                                             writes.data());
     }
@@ -172,11 +187,20 @@ void VulkanEncoder::pushResources() {
 
 void VulkanEncoder::drawPrimitivesImpl(gpu::PrimitiveType, std::uint32_t vertexStart,
                                        std::uint32_t vertexCount) {
+    if (pipeline_ == nullptr) {
+        return;
+    }
     pushResources();
-    vkCmdDraw(commands_, vertexCount, 1, vertexStart, 0);
+    for (const VkCommandBuffer commands : bands_) {
+        vkCmdDraw(commands, vertexCount, 1, vertexStart, 0);
+    }
 }
 
-void VulkanEncoder::endEncodingImpl() { vkCmdEndRendering(commands_); }
+void VulkanEncoder::endEncodingImpl() {
+    for (const VkCommandBuffer commands : bands_) {
+        vkCmdEndRendering(commands);
+    }
+}
 
 std::unique_ptr<VulkanCommandBuffer>
 VulkanCommandBuffer::create(std::shared_ptr<const DeviceParts> parts) {
@@ -188,34 +212,34 @@ VulkanCommandBuffer::create(std::shared_ptr<const DeviceParts> parts) {
     if (vkCreateCommandPool(context.device(), &pool, nullptr, &buffer->pool_) != VK_SUCCESS) {
         return nullptr;
     }
-    VkCommandBufferAllocateInfo allocation{};
-    allocation.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_ALLOCATE_INFO;
-    allocation.commandPool = buffer->pool_;
-    allocation.level = VK_COMMAND_BUFFER_LEVEL_PRIMARY;
-    allocation.commandBufferCount = 1;
     buffer->uniforms_ = Buffer::create(buffer->parts_->context, VulkanEncoder::kUniformBytes,
                                        VK_BUFFER_USAGE_STORAGE_BUFFER_BIT);
     buffer->kept_.reserve(kUsualReferences);
-    const bool made =
-        vkAllocateCommandBuffers(context.device(), &allocation, &buffer->commands_) == VK_SUCCESS;
-    return made && buffer->uniforms_ ? std::move(buffer) : nullptr;
+    return buffer->uniforms_ ? std::move(buffer) : nullptr;
 }
 
 VulkanCommandBuffer::~VulkanCommandBuffer() {
+    if (banded_) {
+        banded_->cancel();
+        point_ = banded_->point();
+    }
     static_cast<void>(parts_->context->wait(point_));
     vkDestroyCommandPool(parts_->context->device(), pool_, nullptr);
 }
 
-bool VulkanCommandBuffer::isIdle() const { return !recording_ && parts_->context->isDone(point_); }
+bool VulkanCommandBuffer::isIdle() const {
+    if (recording_ || (banded_ && !banded_->isSubmitted())) {
+        return false;
+    }
+    return parts_->context->isDone(banded_ ? banded_->point() : point_);
+}
 
 bool VulkanCommandBuffer::begin() {
     kept_.clear();
+    banded_.reset();
     uniformsUsed_ = 0;
-    VkCommandBufferBeginInfo info{};
-    info.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
-    info.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
-    if (vkResetCommandPool(parts_->context->device(), pool_, 0) != VK_SUCCESS ||
-        vkBeginCommandBuffer(commands_, &info) != VK_SUCCESS) {
+    used_ = 0;
+    if (vkResetCommandPool(parts_->context->device(), pool_, 0) != VK_SUCCESS || !record(1)) {
         return false;
     }
     recording_ = true;
@@ -223,9 +247,40 @@ bool VulkanCommandBuffer::begin() {
     return true;
 }
 
+bool VulkanCommandBuffer::record(std::size_t count) {
+    VkCommandBufferAllocateInfo allocation{};
+    allocation.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_ALLOCATE_INFO;
+    allocation.commandPool = pool_;
+    allocation.level = VK_COMMAND_BUFFER_LEVEL_PRIMARY;
+    allocation.commandBufferCount = 1;
+    VkCommandBufferBeginInfo info{};
+    info.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
+    info.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
+    while (used_ < count) {
+        if (used_ == commands_.size()) {
+            VkCommandBuffer made = VK_NULL_HANDLE;
+            if (vkAllocateCommandBuffers(parts_->context->device(), &allocation, &made) !=
+                VK_SUCCESS) {
+                return false;
+            }
+            commands_.push_back(made);
+        }
+        if (vkBeginCommandBuffer(commands_[used_], &info) != VK_SUCCESS) {
+            return false;
+        }
+        ++used_;
+    }
+    return true;
+}
+
 gpu::RenderCommandEncoder*
 VulkanCommandBuffer::renderCommandEncoderImpl(const gpu::RenderPassDescriptor& pass) {
-    encoder_.begin(commands_, pass, kept_, *uniforms_, uniformsUsed_);
+    const auto* const texture = static_cast<const VulkanTexture*>(pass.texture);
+    if (texture->image().context() != parts_->context || !record(texture->bands())) {
+        // It went with a lost device, or the device has no memory left.
+        return nullptr;
+    }
+    encoder_.begin(std::span(commands_).first(used_), pass, kept_, *uniforms_, uniformsUsed_);
     return &encoder_;
 }
 
@@ -236,39 +291,81 @@ void VulkanCommandBuffer::presentDrawableImpl(gpu::DrawableRef drawable) {
 
 void VulkanCommandBuffer::commitImpl() {
     recording_ = false;
-    if (presented_ != nullptr) {
-        DeviceImage& image = static_cast<VulkanTexture&>(presented_->texture()).image();
-        transition(*parts_->context, commands_, image, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
-                   Ownership::releasedOutside);
+    // A drawable that is not shown goes back to its layer at the end of this.
+    gpu::DrawableRef returned(std::exchange(presented_, nullptr));
+    auto* const drawable = static_cast<VulkanDrawable*>(returned.get());
+    DeviceImage* const image =
+        drawable != nullptr ? &static_cast<VulkanTexture&>(drawable->texture()).image() : nullptr;
+    const bool isShown = image != nullptr && image->context() == parts_->context;
+    if (isShown) {
+        transition(*parts_->context, commands_[used_ - 1], *image, VK_IMAGE_LAYOUT_GENERAL,
+                   Contents::kept, Ownership::releasedOutside);
     }
-    const bool ended = vkEndCommandBuffer(commands_) == VK_SUCCESS;
-    const std::uint64_t point = ended ? parts_->context->submit(commands_) : 0;
-    VulkanDrawable* const drawable = std::exchange(presented_, nullptr);
-    if (point == 0) {
-        // The device is lost: nothing was drawn, and nothing is shown.
-        const gpu::DrawableRef returned(drawable);
-        return;
-    }
-    point_ = point;
-    if (drawable != nullptr) {
-        parts_->completion->notify(point, drawable->shared_from_this());
+    if (submit(isShown ? drawable->shared_from_this() : nullptr) && isShown) {
+        static_cast<void>(returned.release());
     }
 }
 
+bool VulkanCommandBuffer::submit(const std::shared_ptr<Awaiting>& shown) {
+    const auto bands = std::span(commands_).first(used_);
+    for (const VkCommandBuffer commands : bands) {
+        if (vkEndCommandBuffer(commands) != VK_SUCCESS) {
+            return false;
+        }
+    }
+    std::shared_ptr<Awaiting> awaiting = shown;
+    std::uint64_t point = 0;
+    if (shown && bands.size() > 1) {
+        banded_ = std::make_shared<BandedPicture>(parts_->context,
+                                                  std::vector(bands.begin(), bands.end()), shown);
+        awaiting = banded_;
+        point = banded_->start();
+    } else {
+        for (const VkCommandBuffer commands : bands) {
+            point = parts_->context->submit(commands);
+        }
+    }
+    if (point == 0) {
+        // The device is lost: nothing was drawn, and nothing is shown.
+        return false;
+    }
+    point_ = point;
+    if (awaiting) {
+        parts_->completion->notify(point, std::move(awaiting));
+    }
+    return true;
+}
+
 void VulkanCommandBuffer::waitUntilCompletedImpl() {
+    while (banded_ && !banded_->isSubmitted() && parts_->context->wait(banded_->point())) {
+        // The completion thread is about to submit the next band.
+        std::this_thread::yield();
+    }
+    if (banded_) {
+        point_ = banded_->point();
+    }
     static_cast<void>(parts_->context->wait(point_));
 }
 
 gpu::CommandBuffer* VulkanQueue::commandBuffer() {
-    const auto idle = std::find_if(buffers_.begin(), buffers_.end(),
-                                   [](const auto& buffer) { return buffer->isIdle(); });
+    const std::shared_ptr<DeviceParts>& parts = life_->current();
+    if (!parts) {
+        return nullptr;
+    }
+    if (!buffers_.empty() && !buffers_.front()->isOf(*parts)) {
+        // A new life of the device began; buffers of the old one can only be finished.
+        std::erase_if(buffers_, [](const auto& buffer) { return buffer->isIdle(); });
+    }
+    const auto idle = std::find_if(buffers_.begin(), buffers_.end(), [&](const auto& buffer) {
+        return buffer->isOf(*parts) && buffer->isIdle();
+    });
     if (idle != buffers_.end()) {
         return (*idle)->begin() ? idle->get() : nullptr;
     }
     if (buffers_.size() == kMaxBuffers) {
         return nullptr;
     }
-    auto made = VulkanCommandBuffer::create(parts_);
+    auto made = VulkanCommandBuffer::create(parts);
     if (!made || !made->begin()) {
         return nullptr;
     }

@@ -3,32 +3,21 @@
 // recycled, so that a steady frame allocates nothing. Main thread.
 
 #include "platform/gpu.h"
-#include "platform/linux/gpu/completion_thread.h"
+#include "platform/linux/gpu/banded_picture.h"
+#include "platform/linux/gpu/device_parts.h"
 #include "platform/linux/gpu/vulkan_pipeline.h"
 #include "platform/linux/gpu/vulkan_texture.h"
 
 #include <array>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace vantor::vulkan {
 
-/// What a device's queues share.
-struct DeviceParts {
-    std::shared_ptr<Context> context;
-    std::shared_ptr<Uploader> uploader;
-    Zeros zeros;
-    std::unique_ptr<CompletionThread> completion;
-
-    DeviceParts() = default;
-    ~DeviceParts();
-    DeviceParts(const DeviceParts&) = delete;
-    DeviceParts& operator=(const DeviceParts&) = delete;
-};
-
 /// A drawable whose picture is a Vulkan image that other processes may read.
 class VulkanDrawable : public gpu::Drawable,
-                       public Presentable,
+                       public Awaiting,
                        public std::enable_shared_from_this<VulkanDrawable> {};
 
 class VulkanEncoder : public gpu::RenderCommandEncoder {
@@ -38,9 +27,10 @@ class VulkanEncoder : public gpu::RenderCommandEncoder {
 
     explicit VulkanEncoder(const DeviceParts& parts) : parts_(parts) {}
 
-    /// Starts the pass. The references that it takes are kept in `kept`, the bytes in `uniforms`.
-    void begin(VkCommandBuffer commands, const gpu::RenderPassDescriptor& pass,
-               std::vector<std::shared_ptr<void>>& kept, const Buffer& uniforms,
+    /// Starts the pass, one horizontal band of it in each of the command buffers. The references
+    /// that it takes are kept in `kept`, the bytes in `uniforms`.
+    void begin(std::span<const VkCommandBuffer> bands, const gpu::RenderPassDescriptor& pass,
+               std::vector<std::shared_ptr<const void>>& kept, const Buffer& uniforms,
                std::size_t& uniformsUsed);
 
   private:
@@ -58,16 +48,19 @@ class VulkanEncoder : public gpu::RenderCommandEncoder {
     void drawPrimitivesImpl(gpu::PrimitiveType type, std::uint32_t vertexStart,
                             std::uint32_t vertexCount) override;
     void endEncodingImpl() override;
+    void beginBand(VkCommandBuffer commands, const gpu::RenderPassDescriptor& pass,
+                   const DeviceImage& image, const VkRect2D& area) const;
     void pushResources();
 
     const DeviceParts& parts_;
-    VkCommandBuffer commands_ = VK_NULL_HANDLE;
-    std::vector<std::shared_ptr<void>>* kept_ = nullptr;
+    std::span<const VkCommandBuffer> bands_;
+    std::vector<std::shared_ptr<const void>>* kept_ = nullptr;
     const Buffer* uniforms_ = nullptr;
     std::size_t* uniformsUsed_ = nullptr;
-    VulkanPipeline* pipeline_ = nullptr;
+    /// Null without a pipeline that this device can draw with.
+    const PipelineObjects* pipeline_ = nullptr;
     std::array<Bound, gpu::kMaxBufferIndex + 1> buffers_{};
-    std::array<VulkanTexture*, gpu::kMaxTextureIndex + 1> textures_{};
+    std::array<DeviceImage*, gpu::kMaxTextureIndex + 1> textures_{};
 };
 
 class VulkanCommandBuffer : public gpu::CommandBuffer {
@@ -78,6 +71,7 @@ class VulkanCommandBuffer : public gpu::CommandBuffer {
 
     /// Neither recording nor under way.
     bool isIdle() const;
+    bool isOf(const DeviceParts& parts) const { return parts_.get() == &parts; }
     /// Makes an idle buffer record.
     bool begin();
 
@@ -89,15 +83,23 @@ class VulkanCommandBuffer : public gpu::CommandBuffer {
     void presentDrawableImpl(gpu::DrawableRef drawable) override;
     void commitImpl() override;
     void waitUntilCompletedImpl() override;
+    /// Has that many command buffers recording.
+    bool record(std::size_t count);
+    /// `shown` is told when the work is done. False when the device is lost.
+    bool submit(const std::shared_ptr<Awaiting>& shown);
 
     std::shared_ptr<const DeviceParts> parts_;
     VulkanEncoder encoder_;
     VkCommandPool pool_ = VK_NULL_HANDLE;
-    VkCommandBuffer commands_ = VK_NULL_HANDLE;
+    /// The first is recorded always; further ones hold the further bands of a picture.
+    std::vector<VkCommandBuffer> commands_;
+    std::size_t used_ = 0;
+    /// The last picture, if it was drawn in bands.
+    std::shared_ptr<BandedPicture> banded_;
     std::unique_ptr<Buffer> uniforms_;
     std::size_t uniformsUsed_ = 0;
     /// What the GPU still reads.
-    std::vector<std::shared_ptr<void>> kept_;
+    std::vector<std::shared_ptr<const void>> kept_;
     VulkanDrawable* presented_ = nullptr;
     std::uint64_t point_ = 0;
     bool recording_ = false;
@@ -108,11 +110,11 @@ class VulkanQueue : public gpu::CommandQueue {
     /// Buffers that may be under way at once.
     static constexpr std::size_t kMaxBuffers = 256;
 
-    explicit VulkanQueue(std::shared_ptr<const DeviceParts> parts) : parts_(std::move(parts)) {}
+    explicit VulkanQueue(std::shared_ptr<DeviceLife> life) : life_(std::move(life)) {}
     gpu::CommandBuffer* commandBuffer() override;
 
   private:
-    std::shared_ptr<const DeviceParts> parts_;
+    std::shared_ptr<DeviceLife> life_;
     std::vector<std::unique_ptr<VulkanCommandBuffer>> buffers_;
 };
 

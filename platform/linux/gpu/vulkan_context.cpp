@@ -1,7 +1,9 @@
 #include "platform/linux/gpu/vulkan_context.h"
 
+#include "platform/linux/gpu/device_choice.h"
+#include "platform/linux/gpu/vulkan_instance.h"
+
 #include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -14,13 +16,6 @@ constexpr std::uint32_t kRequiredVersion = VK_API_VERSION_1_3;
 
 std::string sentence(const char* what, VkResult result) {
     return std::string(what) + " fails with Vulkan error " + std::to_string(result);
-}
-
-std::string lowered(std::string_view text) {
-    std::string out(text);
-    std::transform(out.begin(), out.end(), out.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return out;
 }
 
 std::optional<std::uint32_t> graphicsFamily(VkPhysicalDevice device) {
@@ -70,45 +65,10 @@ bool isUsable(VkPhysicalDevice device) {
            features.features.robustBufferAccess == VK_TRUE;
 }
 
-/// The process's one instance, made on first use and never destroyed: unloading a driver while
-/// threads of it are winding down is where drivers crash. Null when none can be made.
-VkInstance sharedInstance() {
-    static const VkInstance instance = [] {
-        VkApplicationInfo application{};
-        application.sType = VK_STRUCTURE_TYPE_APPLICATION_INFO;
-        application.pApplicationName = "VantorLockScreen";
-        application.apiVersion = kRequiredVersion;
-        VkInstanceCreateInfo info{};
-        info.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO;
-        info.pApplicationInfo = &application;
-        VkInstance made = VK_NULL_HANDLE;
-        return vkCreateInstance(&info, nullptr, &made) == VK_SUCCESS ? made : VK_NULL_HANDLE;
-    }();
-    return instance;
-}
-
-int rank(VkPhysicalDevice device, const std::string& wanted) {
-    VkPhysicalDeviceProperties properties{};
-    vkGetPhysicalDeviceProperties(device, &properties);
-    if (!wanted.empty() && lowered(properties.deviceName).find(wanted) != std::string::npos) {
-        return 5;
-    }
-    switch (properties.deviceType) {
-    case VK_PHYSICAL_DEVICE_TYPE_DISCRETE_GPU:
-        return 4;
-    case VK_PHYSICAL_DEVICE_TYPE_INTEGRATED_GPU:
-        return 3;
-    case VK_PHYSICAL_DEVICE_TYPE_VIRTUAL_GPU:
-        return 2;
-    default:
-        return 1;
-    }
-}
-
 } // namespace
 
-Result<std::shared_ptr<Context>, std::string> Context::create() {
-    const std::shared_ptr<Context> context(new Context);
+Result<std::shared_ptr<Context>, std::string> Context::create(const DeviceCalls& calls) {
+    const std::shared_ptr<Context> context(new Context(calls));
     for (const auto step : {&Context::chooseDevice, &Context::createDevice}) {
         if (auto made = (context.get()->*step)(); !made) {
             return Failure{made.error()};
@@ -139,11 +99,13 @@ Result<Done, std::string> Context::chooseDevice() {
         return Failure{std::string("no Vulkan 1.3 device can be used")};
     }
     const char* named = std::getenv("VANTOR_GPU");
-    const std::string wanted = lowered(named != nullptr ? named : "");
-    physicalDevice_ =
-        *std::max_element(devices.begin(), devices.end(), [&](auto* one, auto* other) {
-            return rank(one, wanted) < rank(other, wanted);
-        });
+    std::vector<DeviceCandidate> candidates;
+    for (const VkPhysicalDevice device : devices) {
+        VkPhysicalDeviceProperties properties{};
+        vkGetPhysicalDeviceProperties(device, &properties);
+        candidates.push_back({.name = properties.deviceName, .type = properties.deviceType});
+    }
+    physicalDevice_ = devices[preferredDevice(candidates, named != nullptr ? named : "")];
     queueFamily_ = *graphicsFamily(physicalDevice_);
 
     VkPhysicalDevicePushDescriptorPropertiesKHR push{};
@@ -155,8 +117,7 @@ Result<Done, std::string> Context::chooseDevice() {
     properties.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_PROPERTIES_2;
     properties.pNext = &identity;
     vkGetPhysicalDeviceProperties2(physicalDevice_, &properties);
-    limits_ = properties.properties.limits;
-    name_ = properties.properties.deviceName;
+    properties_ = properties.properties;
     maxPushDescriptors_ = push.maxPushDescriptors;
     std::memcpy(deviceUUID_.data(), identity.deviceUUID, kUUIDSize);
     std::memcpy(driverUUID_.data(), identity.driverUUID, kUUIDSize);
@@ -214,7 +175,7 @@ Result<Done, std::string> Context::createDevice() {
     info.pQueueCreateInfos = &queue;
     info.enabledExtensionCount = static_cast<std::uint32_t>(extensions.size());
     info.ppEnabledExtensionNames = extensions.data();
-    if (const VkResult result = vkCreateDevice(physicalDevice_, &info, nullptr, &device_);
+    if (const VkResult result = calls_.createDevice(physicalDevice_, &info, nullptr, &device_);
         result != VK_SUCCESS) {
         device_ = VK_NULL_HANDLE;
         return Failure{sentence("creating a Vulkan device", result)};
@@ -260,6 +221,7 @@ std::optional<std::uint32_t> Context::memoryType(std::uint32_t typeBits, MemoryK
 }
 
 std::uint64_t Context::submit(VkCommandBuffer commands) {
+    const std::lock_guard lock(submission_);
     VkCommandBufferSubmitInfo buffer{};
     buffer.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_SUBMIT_INFO;
     buffer.commandBuffer = commands;
@@ -274,16 +236,12 @@ std::uint64_t Context::submit(VkCommandBuffer commands) {
     info.pCommandBufferInfos = &buffer;
     info.signalSemaphoreInfoCount = 1;
     info.pSignalSemaphoreInfos = &signal;
-    if (vkQueueSubmit2(queue_, 1, &info, VK_NULL_HANDLE) != VK_SUCCESS) {
-        return 0;
-    }
-    return ++lastPoint_;
+    return succeeded(calls_.submit(queue_, 1, &info, VK_NULL_HANDLE)) ? ++lastPoint_ : 0;
 }
 
 bool Context::isDone(std::uint64_t point) const {
     std::uint64_t reached = 0;
-    return vkGetSemaphoreCounterValue(device_, timeline_, &reached) != VK_SUCCESS ||
-           reached >= point;
+    return isLost() || !succeeded(calls_.counter(device_, timeline_, &reached)) || reached >= point;
 }
 
 bool Context::wait(std::uint64_t point) const {
@@ -292,7 +250,14 @@ bool Context::wait(std::uint64_t point) const {
     info.semaphoreCount = 1;
     info.pSemaphores = &timeline_;
     info.pValues = &point;
-    return vkWaitSemaphores(device_, &info, UINT64_MAX) == VK_SUCCESS;
+    return succeeded(calls_.wait(device_, &info, UINT64_MAX));
+}
+
+bool Context::succeeded(VkResult result) const {
+    if (result == VK_ERROR_DEVICE_LOST) {
+        lost_.store(true, std::memory_order_relaxed);
+    }
+    return result == VK_SUCCESS;
 }
 
 } // namespace vantor::vulkan

@@ -6,8 +6,10 @@
 #include "platform/result.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vulkan/vulkan.h>
@@ -25,12 +27,20 @@ enum class MemoryKind {
     mapped,
 };
 
+/// The Vulkan calls that make a device and that find it lost. Tests put failing ones in their
+/// place.
+struct DeviceCalls {
+    PFN_vkCreateDevice createDevice = vkCreateDevice;
+    PFN_vkQueueSubmit2 submit = vkQueueSubmit2;
+    PFN_vkWaitSemaphores wait = vkWaitSemaphores;
+    PFN_vkGetSemaphoreCounterValue counter = vkGetSemaphoreCounterValue;
+};
+
 class Context : public std::enable_shared_from_this<Context> {
   public:
-    /// Makes a device: the one that the environment variable VANTOR_GPU names by a part of its
-    /// name, else a discrete one before an integrated before a software one. The error is a
-    /// sentence.
-    static Result<std::shared_ptr<Context>, std::string> create();
+    /// Makes a device: the one that the environment variable VANTOR_GPU names (see
+    /// preferredDevice). The error is a sentence.
+    static Result<std::shared_ptr<Context>, std::string> create(const DeviceCalls& calls = {});
     ~Context();
     Context(const Context&) = delete;
     Context& operator=(const Context&) = delete;
@@ -38,13 +48,14 @@ class Context : public std::enable_shared_from_this<Context> {
     VkDevice device() const { return device_; }
     VkQueue queue() const { return queue_; }
     std::uint32_t queueFamily() const { return queueFamily_; }
-    const VkPhysicalDeviceLimits& limits() const { return limits_; }
+    const VkPhysicalDeviceProperties& properties() const { return properties_; }
+    const VkPhysicalDeviceLimits& limits() const { return properties_.limits; }
     std::uint32_t maxPushDescriptors() const { return maxPushDescriptors_; }
     /// Of the device and its driver together: memory can be shared between processes in which both
     /// are equal.
     const DeviceUUID& deviceUUID() const { return deviceUUID_; }
     const DeviceUUID& driverUUID() const { return driverUUID_; }
-    const std::string& name() const { return name_; }
+    std::string name() const { return properties_.deviceName; }
     bool canShareMemory() const { return canShareMemory_; }
 
     PFN_vkCmdPushDescriptorSetKHR pushDescriptorSet() const { return pushDescriptorSet_; }
@@ -54,33 +65,43 @@ class Context : public std::enable_shared_from_this<Context> {
     std::optional<std::uint32_t> memoryType(std::uint32_t typeBits, MemoryKind kind) const;
 
     /// Submits a recorded command buffer; gives the point in the device's work at which it is done,
-    /// or 0 when the device is lost.
+    /// or 0 when the device is lost. Any thread; two meet here only while a slow picture is drawn
+    /// in bands.
     std::uint64_t submit(VkCommandBuffer commands);
-    /// Any thread.
+    /// The last submission's point.
+    std::uint64_t lastPoint() const { return lastPoint_.load(std::memory_order_relaxed); }
+    /// True on a lost device too, which does nothing more. Any thread.
     bool isDone(std::uint64_t point) const;
     /// Blocks. False when the device is lost. Any thread.
     bool wait(std::uint64_t point) const;
+    /// Whether one of the calls above found the device lost; it stays so. Any thread.
+    bool isLost() const { return lost_.load(std::memory_order_relaxed); }
 
   private:
-    Context() = default;
+    explicit Context(const DeviceCalls& calls) : calls_(calls) {}
+    /// Whether the call succeeded; notes a lost device.
+    bool succeeded(VkResult result) const;
     Result<Done, std::string> chooseDevice();
     Result<Done, std::string> createDevice();
 
+    DeviceCalls calls_;
+    mutable std::atomic<bool> lost_ = false;
     VkPhysicalDevice physicalDevice_ = VK_NULL_HANDLE;
     VkDevice device_ = VK_NULL_HANDLE;
     VkQueue queue_ = VK_NULL_HANDLE;
     std::uint32_t queueFamily_ = 0;
-    VkPhysicalDeviceLimits limits_{};
+    VkPhysicalDeviceProperties properties_{};
     VkPhysicalDeviceMemoryProperties memory_{};
     std::uint32_t maxPushDescriptors_ = 0;
     DeviceUUID deviceUUID_{};
     DeviceUUID driverUUID_{};
-    std::string name_;
     bool canShareMemory_ = false;
     PFN_vkCmdPushDescriptorSetKHR pushDescriptorSet_ = nullptr;
     PFN_vkGetMemoryFdKHR getMemoryDescriptor_ = nullptr;
     VkSemaphore timeline_ = VK_NULL_HANDLE;
-    std::uint64_t lastPoint_ = 0;
+    /// Guards submission to the queue, whose order is that of the points.
+    std::mutex submission_;
+    std::atomic<std::uint64_t> lastPoint_ = 0;
 };
 
 } // namespace vantor::vulkan

@@ -1,8 +1,5 @@
 #include "platform/linux/gpu/vulkan_device.h"
 
-#include "platform/linux/gpu/vulkan_uploader.h"
-
-#include <array>
 #include <cstdio>
 #include <cstring>
 #include <limits>
@@ -15,57 +12,76 @@ constexpr VkImageUsageFlags kDrawnUsage =
 constexpr VkImageUsageFlags kReadUsage =
     VK_IMAGE_USAGE_SAMPLED_BIT | VK_IMAGE_USAGE_TRANSFER_DST_BIT | VK_IMAGE_USAGE_TRANSFER_SRC_BIT;
 
-bool makeZeros(DeviceParts& parts) {
-    Zeros& zeros = parts.zeros;
-    zeros.buffer = Buffer::create(parts.context, kZeroBytes, VK_BUFFER_USAGE_STORAGE_BUFFER_BIT);
-    zeros.image = DeviceImage::create(
-        parts.context,
-        {.format = VK_FORMAT_B8G8R8A8_UNORM, .width = 1, .height = 1, .usage = kReadUsage});
-    VkSamplerCreateInfo sampler{};
-    sampler.sType = VK_STRUCTURE_TYPE_SAMPLER_CREATE_INFO;
-    if (!zeros.buffer || !zeros.image ||
-        vkCreateSampler(parts.context->device(), &sampler, nullptr, &zeros.sampler) != VK_SUCCESS) {
-        return false;
+/// The end of a pipeline's first draw: what the driver compiled for it is written to the cache's
+/// file, here and not on the main thread.
+class WarmUpEnd : public Awaiting {
+  public:
+    WarmUpEnd(std::shared_ptr<PipelineCache> cache, std::shared_ptr<gpu::Texture> target)
+        : cache_(std::move(cache)), target_(std::move(target)) {}
+    std::uint64_t finished(double) override {
+        cache_->store();
+        return 0;
     }
-    std::memset(zeros.buffer->bytes().data(), 0, zeros.buffer->bytes().size());
-    const std::array<std::uint8_t, 4> texel{};
-    return parts.uploader->upload(*zeros.image, {.width = 1, .height = 1}, texel, texel.size());
-}
+
+  private:
+    std::shared_ptr<PipelineCache> cache_;
+    /// Drawn into until then.
+    std::shared_ptr<gpu::Texture> target_;
+};
 
 } // namespace
 
-Result<std::shared_ptr<VulkanDevice>, std::string> VulkanDevice::create() {
-    auto context = Context::create();
-    if (!context) {
-        return Failure{context.error()};
+Result<std::shared_ptr<VulkanDevice>, std::string> VulkanDevice::create(DeviceOptions options) {
+    auto life = DeviceLife::create(std::move(options));
+    if (!life) {
+        return Failure{life.error()};
     }
-    auto parts = std::make_shared<DeviceParts>();
-    parts->context = *context;
-    parts->uploader = Uploader::create(*context);
-    if (!parts->uploader || !makeZeros(*parts)) {
-        return Failure{std::string("the Vulkan device has no memory")};
-    }
-    parts->completion = std::make_unique<CompletionThread>(*context);
-    return std::shared_ptr<VulkanDevice>(new VulkanDevice(std::move(parts)));
+    return std::shared_ptr<VulkanDevice>(new VulkanDevice(*std::move(life)));
 }
 
-std::uint64_t VulkanDevice::registryID() const {
-    std::uint64_t id = 0;
-    std::memcpy(&id, parts_->context->deviceUUID().data(), sizeof(id));
-    return id;
+VulkanDevice::VulkanDevice(std::shared_ptr<DeviceLife> life)
+    : life_(std::move(life)), warmUps_(life_) {
+    const DeviceUUID& device = life_->current()->context->deviceUUID();
+    std::memcpy(&registryID_, device.data(), sizeof(registryID_));
 }
 
 std::shared_ptr<gpu::CommandQueue> VulkanDevice::newCommandQueue() {
-    return std::make_shared<VulkanQueue>(parts_);
+    return std::make_shared<VulkanQueue>(life_);
 }
 
 Result<std::shared_ptr<gpu::Library>> VulkanDevice::newLibrary(std::string_view source) {
-    return VulkanLibrary::compile(parts_->context, source);
+    return VulkanLibrary::compile(source);
 }
 
 Result<std::shared_ptr<gpu::RenderPipelineState>>
 VulkanDevice::newRenderPipelineState(const gpu::RenderPipelineDescriptor& descriptor) {
-    return VulkanPipeline::create(parts_->context, parts_->zeros, descriptor);
+    const std::shared_ptr<DeviceParts>& parts = life_->current();
+    if (!parts) {
+        return Failure{Error{.domain = kErrorDomain, .code = 1, .message = "the GPU is lost"}};
+    }
+    auto pipeline = VulkanPipeline::create(*parts, descriptor);
+    if (pipeline) {
+        warmUp(*parts, *pipeline, descriptor.colorPixelFormat);
+    }
+    return pipeline;
+}
+
+void VulkanDevice::warmUp(const DeviceParts& parts,
+                          const std::shared_ptr<gpu::RenderPipelineState>& pipeline,
+                          gpu::PixelFormat format) {
+    const auto target = newTexture({.pixelFormat = format, .width = 1, .height = 1});
+    gpu::CommandBuffer* const commands = target ? warmUps_.commandBuffer() : nullptr;
+    if (commands == nullptr) {
+        return;
+    }
+    if (auto* const encoder = commands->renderCommandEncoder({.texture = target.get()})) {
+        encoder->setRenderPipelineState(pipeline);
+        encoder->drawPrimitives(gpu::PrimitiveType::triangle, 0, 3);
+        encoder->endEncoding();
+    }
+    commands->commit();
+    parts.completion->notify(parts.context->lastPoint(),
+                             std::make_shared<WarmUpEnd>(parts.pipelineCache, target));
 }
 
 std::shared_ptr<gpu::Texture> VulkanDevice::newTexture(const gpu::TextureDescriptor& descriptor) {
@@ -75,43 +91,46 @@ std::shared_ptr<gpu::Texture> VulkanDevice::newTexture(const gpu::TextureDescrip
         descriptor.height > kLargest) {
         return nullptr;
     }
-    auto image = DeviceImage::create(
-        parts_->context,
+    const std::shared_ptr<DeviceParts>& parts = life_->current();
+    if (!parts) {
+        return nullptr;
+    }
+    return VulkanTexture::create(
+        *parts,
         {.format = format,
          .width = static_cast<std::uint32_t>(descriptor.width),
          .height = static_cast<std::uint32_t>(descriptor.height),
-         .usage = descriptor.usage == gpu::TextureUsage::renderTarget ? kDrawnUsage : kReadUsage});
-    if (!image) {
-        return nullptr;
-    }
-    return std::make_shared<VulkanTexture>(parts_->context, parts_->uploader, std::move(image),
-                                           descriptor.pixelFormat);
+         .usage = descriptor.usage == gpu::TextureUsage::renderTarget ? kDrawnUsage : kReadUsage},
+        descriptor.pixelFormat);
 }
 
 std::shared_ptr<VulkanTexture> VulkanDevice::newSharedTexture(std::uint32_t width,
                                                               std::uint32_t height) {
-    if (!parts_->context->canShareMemory()) {
+    const std::shared_ptr<DeviceParts>& parts = life_->current();
+    if (!parts) {
         return nullptr;
     }
-    auto image = DeviceImage::create(parts_->context, {.format = VK_FORMAT_B8G8R8A8_UNORM,
-                                                       .width = width,
-                                                       .height = height,
-                                                       .usage = kDrawnUsage,
-                                                       .sharing = Sharing::exported});
-    if (!image) {
-        return nullptr;
-    }
-    return std::make_shared<VulkanTexture>(parts_->context, parts_->uploader, std::move(image),
-                                           gpu::PixelFormat::bgra8Unorm);
+    const Sharing sharing = parts->context->canShareMemory() ? Sharing::exported : Sharing::none;
+    return VulkanTexture::create(*parts,
+                                 {.format = VK_FORMAT_B8G8R8A8_UNORM,
+                                  .width = width,
+                                  .height = height,
+                                  .usage = kDrawnUsage,
+                                  .sharing = sharing},
+                                 gpu::PixelFormat::bgra8Unorm);
 }
 
 std::shared_ptr<gpu::Device> VulkanSystem::createSystemDefaultDevice() {
     if (!tried_) {
         tried_ = true;
-        if (auto made = VulkanDevice::create()) {
-            device_ = std::move(*made);
+        DeviceOptions options = options_();
+        const auto report = options.report;
+        if (auto made = VulkanDevice::create(std::move(options))) {
+            device_ = *std::move(made);
+        } else if (const std::string sentence = "no GPU: " + made.error(); report) {
+            report(sentence);
         } else {
-            std::fprintf(stderr, "no GPU: %s\n", made.error().c_str());
+            std::fprintf(stderr, "%s\n", sentence.c_str());
         }
     }
     return device_;

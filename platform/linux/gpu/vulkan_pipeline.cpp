@@ -5,10 +5,8 @@
 namespace vantor::vulkan {
 namespace {
 
-constexpr const char* kDomain = "VantorGPU";
-
 Failure<Error> failure(std::string message) {
-    return Failure{Error{.domain = kDomain, .code = 1, .message = std::move(message)}};
+    return Failure{Error{.domain = kErrorDomain, .code = 1, .message = std::move(message)}};
 }
 
 Failure<Error> failure(const char* what, VkResult result) {
@@ -96,6 +94,30 @@ VkSampler makeSampler(VkDevice device, const msl::SamplerOptions& options) {
     return sampler;
 }
 
+/// A module for as long as a pipeline is made of it.
+class ShaderModule {
+  public:
+    ShaderModule(VkDevice device, const VulkanFunction& function) : device_(device) {
+        const std::vector<std::uint32_t>& words = function.library().words();
+        VkShaderModuleCreateInfo info{};
+        info.sType = VK_STRUCTURE_TYPE_SHADER_MODULE_CREATE_INFO;
+        info.codeSize = words.size() * sizeof(std::uint32_t);
+        info.pCode = words.data();
+        if (vkCreateShaderModule(device_, &info, nullptr, &module_) != VK_SUCCESS) {
+            module_ = VK_NULL_HANDLE;
+        }
+    }
+    ~ShaderModule() { vkDestroyShaderModule(device_, module_, nullptr); }
+    ShaderModule(const ShaderModule&) = delete;
+    ShaderModule& operator=(const ShaderModule&) = delete;
+
+    VkShaderModule handle() const { return module_; }
+
+  private:
+    VkDevice device_;
+    VkShaderModule module_ = VK_NULL_HANDLE;
+};
+
 VkResult makeSetLayout(VkDevice device, const std::vector<VkDescriptorSetLayoutBinding>& bindings,
                        VkDescriptorSetLayoutCreateFlags flags, VkDescriptorSetLayout& layout) {
     VkDescriptorSetLayoutCreateInfo info{};
@@ -108,65 +130,37 @@ VkResult makeSetLayout(VkDevice device, const std::vector<VkDescriptorSetLayoutB
 
 } // namespace
 
-Result<std::shared_ptr<gpu::Library>> VulkanLibrary::compile(std::shared_ptr<Context> context,
-                                                             std::string_view source) {
+Result<std::shared_ptr<gpu::Library>> VulkanLibrary::compile(std::string_view source) {
     msl::CompileResult result = msl::compile(source, {.fileName = "program_source"});
     if (!result.module) {
         return failure(textOf(result.diagnostics));
     }
-    const std::shared_ptr<VulkanLibrary> library(new VulkanLibrary(std::move(context)));
-    VkShaderModuleCreateInfo info{};
-    info.sType = VK_STRUCTURE_TYPE_SHADER_MODULE_CREATE_INFO;
-    info.codeSize = result.module->words.size() * sizeof(std::uint32_t);
-    info.pCode = result.module->words.data();
-    if (const VkResult made =
-            vkCreateShaderModule(library->context_->device(), &info, nullptr, &library->module_);
-        made != VK_SUCCESS) {
-        library->module_ = VK_NULL_HANDLE;
-        return failure("making a shader module", made);
-    }
-    library->entries_ = std::move(result.module->entryPoints);
-    return std::shared_ptr<gpu::Library>(library);
+    return std::shared_ptr<gpu::Library>(new VulkanLibrary(*std::move(result.module)));
 }
 
-VulkanLibrary::~VulkanLibrary() { vkDestroyShaderModule(context_->device(), module_, nullptr); }
-
 std::shared_ptr<gpu::Function> VulkanLibrary::newFunction(std::string_view name) {
-    for (const msl::EntryPoint& entry : entries_) {
+    for (const msl::EntryPoint& entry : module_.entryPoints) {
         if (entry.name == name) {
-            return std::make_shared<VulkanFunction>(context_, module_, entry, shared_from_this());
+            return std::make_shared<VulkanFunction>(entry, shared_from_this());
         }
     }
     return nullptr;
 }
 
-Result<std::shared_ptr<gpu::RenderPipelineState>>
-VulkanPipeline::create(std::shared_ptr<Context> context, const Zeros& zeros,
-                       const gpu::RenderPipelineDescriptor& descriptor) {
-    const auto* vertex = static_cast<const VulkanFunction*>(descriptor.vertexFunction.get());
-    const auto* fragment = static_cast<const VulkanFunction*>(descriptor.fragmentFunction.get());
-    if (vertex == nullptr || vertex->entry().stage != msl::Stage::vertex) {
-        return failure("the pipeline has no vertex function");
-    }
-    if (fragment == nullptr || fragment->entry().stage != msl::Stage::fragment) {
-        return failure("the pipeline has no fragment function");
-    }
-    const VkFormat format = formatOf(descriptor.colorPixelFormat);
-    if (format == VK_FORMAT_UNDEFINED) {
-        return failure("the pipeline has no pixel format");
-    }
-    const std::shared_ptr<VulkanPipeline> pipeline(new VulkanPipeline(std::move(context)));
-    pipeline->fragment_ = fragment->entry();
-    if (auto made = pipeline->createLayouts(vertex->entry(), zeros); !made) {
+Result<std::shared_ptr<const PipelineObjects>>
+PipelineObjects::create(const DeviceParts& parts, const PipelineDescription& description) {
+    const std::shared_ptr<PipelineObjects> objects(new PipelineObjects(parts.context, description));
+    if (auto made = objects->createLayouts(parts.zeros); !made) {
         return Failure{made.error()};
     }
-    if (auto made = pipeline->createPipeline(*vertex, *fragment, format); !made) {
+    const VkPipelineCache cache = parts.pipelineCache->handle();
+    if (auto made = objects->createPipeline(cache); !made) {
         return Failure{made.error()};
     }
-    return std::shared_ptr<gpu::RenderPipelineState>(pipeline);
+    return std::shared_ptr<const PipelineObjects>(objects);
 }
 
-VulkanPipeline::~VulkanPipeline() {
+PipelineObjects::~PipelineObjects() {
     const VkDevice device = context_->device();
     vkDestroyPipeline(device, pipeline_, nullptr);
     vkDestroyPipelineLayout(device, layout_, nullptr);
@@ -178,15 +172,16 @@ VulkanPipeline::~VulkanPipeline() {
     }
 }
 
-Result<Done> VulkanPipeline::createLayouts(const msl::EntryPoint& vertex, const Zeros& zeros) {
+Result<Done> PipelineObjects::createLayouts(const Zeros& zeros) {
+    const msl::EntryPoint& vertex = description_.vertex->entry();
     const VkDevice device = context_->device();
-    const auto fragmentBindings = bindingsOf(fragment_, VK_SHADER_STAGE_FRAGMENT_BIT);
+    const auto fragmentBindings = bindingsOf(fragment(), VK_SHADER_STAGE_FRAGMENT_BIT);
     if (fragmentBindings.size() > context_->maxPushDescriptors()) {
         return failure("fragment function with " + std::to_string(fragmentBindings.size()) +
                        " resources exceeds the device's limit of " +
                        std::to_string(context_->maxPushDescriptors()));
     }
-    for (const msl::ConstantSampler& sampler : fragment_.constantSamplers) {
+    for (const msl::ConstantSampler& sampler : fragment().constantSamplers) {
         samplers_.push_back(makeSampler(device, sampler.options));
     }
     if (const VkResult result =
@@ -200,7 +195,7 @@ Result<Done> VulkanPipeline::createLayouts(const msl::EntryPoint& vertex, const 
         result != VK_SUCCESS) {
         return failure("making a descriptor layout", result);
     }
-    if (auto made = createVertexSet(vertex, zeros); !made) {
+    if (auto made = createVertexSet(zeros); !made) {
         return made;
     }
     static_assert(msl::kVertexDescriptorSet == 0 && msl::kFragmentDescriptorSet == 1);
@@ -216,8 +211,8 @@ Result<Done> VulkanPipeline::createLayouts(const msl::EntryPoint& vertex, const 
     return Done{};
 }
 
-Result<Done> VulkanPipeline::createVertexSet(const msl::EntryPoint& vertex, const Zeros& zeros) {
-    const auto bindings = bindingsOf(vertex, VK_SHADER_STAGE_VERTEX_BIT);
+Result<Done> PipelineObjects::createVertexSet(const Zeros& zeros) {
+    const auto bindings = bindingsOf(description_.vertex->entry(), VK_SHADER_STAGE_VERTEX_BIT);
     if (bindings.empty()) {
         return Done{};
     }
@@ -261,17 +256,21 @@ Result<Done> VulkanPipeline::createVertexSet(const msl::EntryPoint& vertex, cons
     return Done{};
 }
 
-Result<Done> VulkanPipeline::createPipeline(const VulkanFunction& vertex,
-                                            const VulkanFunction& fragment, VkFormat format) {
+Result<Done> PipelineObjects::createPipeline(VkPipelineCache cache) {
+    const ShaderModule vertex(context_->device(), *description_.vertex);
+    const ShaderModule fragmentModule(context_->device(), *description_.fragment);
+    if (vertex.handle() == VK_NULL_HANDLE || fragmentModule.handle() == VK_NULL_HANDLE) {
+        return failure("the device takes no shader module");
+    }
     VkPipelineShaderStageCreateInfo stages[2]{};
     stages[0].sType = VK_STRUCTURE_TYPE_PIPELINE_SHADER_STAGE_CREATE_INFO;
     stages[0].stage = VK_SHADER_STAGE_VERTEX_BIT;
-    stages[0].module = vertex.module();
-    stages[0].pName = vertex.entry().name.c_str();
+    stages[0].module = vertex.handle();
+    stages[0].pName = description_.vertex->entry().name.c_str();
     stages[1] = stages[0];
     stages[1].stage = VK_SHADER_STAGE_FRAGMENT_BIT;
-    stages[1].module = fragment.module();
-    stages[1].pName = fragment.entry().name.c_str();
+    stages[1].module = fragmentModule.handle();
+    stages[1].pName = fragment().name.c_str();
 
     VkPipelineVertexInputStateCreateInfo input{};
     input.sType = VK_STRUCTURE_TYPE_PIPELINE_VERTEX_INPUT_STATE_CREATE_INFO;
@@ -303,7 +302,7 @@ Result<Done> VulkanPipeline::createPipeline(const VulkanFunction& vertex,
     VkPipelineRenderingCreateInfo rendering{};
     rendering.sType = VK_STRUCTURE_TYPE_PIPELINE_RENDERING_CREATE_INFO;
     rendering.colorAttachmentCount = 1;
-    rendering.pColorAttachmentFormats = &format;
+    rendering.pColorAttachmentFormats = &description_.format;
 
     VkGraphicsPipelineCreateInfo info{};
     info.sType = VK_STRUCTURE_TYPE_GRAPHICS_PIPELINE_CREATE_INFO;
@@ -318,13 +317,45 @@ Result<Done> VulkanPipeline::createPipeline(const VulkanFunction& vertex,
     info.pColorBlendState = &blend;
     info.pDynamicState = &dynamic;
     info.layout = layout_;
-    if (const VkResult result = vkCreateGraphicsPipelines(context_->device(), VK_NULL_HANDLE, 1,
-                                                          &info, nullptr, &pipeline_);
+    if (const VkResult result =
+            vkCreateGraphicsPipelines(context_->device(), cache, 1, &info, nullptr, &pipeline_);
         result != VK_SUCCESS) {
         pipeline_ = VK_NULL_HANDLE;
         return failure("making a pipeline", result);
     }
     return Done{};
+}
+
+Result<std::shared_ptr<gpu::RenderPipelineState>>
+VulkanPipeline::create(const DeviceParts& parts, const gpu::RenderPipelineDescriptor& descriptor) {
+    // Every function of this device is one of ours.
+    const PipelineDescription description{
+        .vertex = std::static_pointer_cast<const VulkanFunction>(descriptor.vertexFunction),
+        .fragment = std::static_pointer_cast<const VulkanFunction>(descriptor.fragmentFunction),
+        .format = formatOf(descriptor.colorPixelFormat)};
+    if (!description.vertex || description.vertex->entry().stage != msl::Stage::vertex) {
+        return failure("the pipeline has no vertex function");
+    }
+    if (!description.fragment || description.fragment->entry().stage != msl::Stage::fragment) {
+        return failure("the pipeline has no fragment function");
+    }
+    if (description.format == VK_FORMAT_UNDEFINED) {
+        return failure("the pipeline has no pixel format");
+    }
+    auto objects = PipelineObjects::create(parts, description);
+    if (!objects) {
+        return Failure{objects.error()};
+    }
+    return std::shared_ptr<gpu::RenderPipelineState>(
+        new VulkanPipeline(description, *std::move(objects)));
+}
+
+std::shared_ptr<const PipelineObjects> VulkanPipeline::objectsFor(const DeviceParts& parts) {
+    if (!objects_ || objects_->context() != parts.context) {
+        auto again = PipelineObjects::create(parts, description_);
+        objects_ = again ? *std::move(again) : nullptr;
+    }
+    return objects_;
 }
 
 } // namespace vantor::vulkan

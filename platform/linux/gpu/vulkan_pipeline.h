@@ -4,79 +4,77 @@
 
 #include "msl/msl.h"
 #include "platform/gpu.h"
-#include "platform/linux/gpu/vulkan_resources.h"
+#include "platform/linux/gpu/device_parts.h"
 
 #include <memory>
 #include <vector>
 
 namespace vantor::vulkan {
 
-/// What a shader reads where nothing is bound: zeros.
-struct Zeros {
-    std::unique_ptr<Buffer> buffer;
-    std::unique_ptr<DeviceImage> image;
-    VkSampler sampler = VK_NULL_HANDLE;
+/// Of the errors of libraries and pipelines.
+inline constexpr const char* kErrorDomain = "VantorGPU";
+
+/// A compiled source. Has nothing of a device, and so outlives every one.
+class VulkanLibrary : public gpu::Library, public std::enable_shared_from_this<VulkanLibrary> {
+  public:
+    static Result<std::shared_ptr<gpu::Library>> compile(std::string_view source);
+
+    std::shared_ptr<gpu::Function> newFunction(std::string_view name) override;
+    const std::vector<std::uint32_t>& words() const { return module_.words; }
+
+  private:
+    explicit VulkanLibrary(msl::Module module) : module_(std::move(module)) {}
+
+    msl::Module module_;
 };
-inline constexpr VkDeviceSize kZeroBytes = 65536;
 
 class VulkanFunction : public gpu::Function {
   public:
-    VulkanFunction(std::shared_ptr<Context> context, VkShaderModule module, msl::EntryPoint entry,
-                   std::shared_ptr<gpu::Library> library)
-        : context_(std::move(context)), module_(module), entry_(std::move(entry)),
-          library_(std::move(library)) {}
+    VulkanFunction(const msl::EntryPoint& entry, std::shared_ptr<const VulkanLibrary> library)
+        : entry_(entry), library_(std::move(library)) {}
 
-    VkShaderModule module() const { return module_; }
     const msl::EntryPoint& entry() const { return entry_; }
+    const VulkanLibrary& library() const { return *library_; }
 
   private:
-    std::shared_ptr<Context> context_;
-    VkShaderModule module_;
-    msl::EntryPoint entry_;
-    /// Keeps the module.
-    std::shared_ptr<gpu::Library> library_;
+    /// Part of the library.
+    const msl::EntryPoint& entry_;
+    std::shared_ptr<const VulkanLibrary> library_;
 };
 
-class VulkanLibrary : public gpu::Library, public std::enable_shared_from_this<VulkanLibrary> {
-  public:
-    static Result<std::shared_ptr<gpu::Library>> compile(std::shared_ptr<Context> context,
-                                                         std::string_view source);
-    ~VulkanLibrary() override;
-
-    std::shared_ptr<gpu::Function> newFunction(std::string_view name) override;
-
-  private:
-    explicit VulkanLibrary(std::shared_ptr<Context> context) : context_(std::move(context)) {}
-
-    std::shared_ptr<Context> context_;
-    VkShaderModule module_ = VK_NULL_HANDLE;
-    std::vector<msl::EntryPoint> entries_;
+struct PipelineDescription {
+    std::shared_ptr<const VulkanFunction> vertex;
+    std::shared_ptr<const VulkanFunction> fragment;
+    VkFormat format = VK_FORMAT_UNDEFINED;
 };
 
-class VulkanPipeline : public gpu::RenderPipelineState {
+/// A pipeline on one life of the device.
+class PipelineObjects {
   public:
-    static Result<std::shared_ptr<gpu::RenderPipelineState>>
-    create(std::shared_ptr<Context> context, const Zeros& zeros,
-           const gpu::RenderPipelineDescriptor& descriptor);
-    ~VulkanPipeline() override;
+    static Result<std::shared_ptr<const PipelineObjects>>
+    create(const DeviceParts& parts, const PipelineDescription& description);
+    ~PipelineObjects();
+    PipelineObjects(const PipelineObjects&) = delete;
+    PipelineObjects& operator=(const PipelineObjects&) = delete;
 
+    const std::shared_ptr<Context>& context() const { return context_; }
     VkPipeline handle() const { return pipeline_; }
     VkPipelineLayout layout() const { return layout_; }
-    const msl::EntryPoint& fragment() const { return fragment_; }
+    const msl::EntryPoint& fragment() const { return description_.fragment->entry(); }
     /// The vertex function's resources, all unbound; null when it has none.
     VkDescriptorSet vertexSet() const { return vertexSet_; }
     /// In the order of the fragment function's constant samplers.
     const std::vector<VkSampler>& constantSamplers() const { return samplers_; }
 
   private:
-    explicit VulkanPipeline(std::shared_ptr<Context> context) : context_(std::move(context)) {}
-    Result<Done> createLayouts(const msl::EntryPoint& vertex, const Zeros& zeros);
-    Result<Done> createVertexSet(const msl::EntryPoint& vertex, const Zeros& zeros);
-    Result<Done> createPipeline(const VulkanFunction& vertex, const VulkanFunction& fragment,
-                                VkFormat format);
+    PipelineObjects(std::shared_ptr<Context> context, PipelineDescription description)
+        : context_(std::move(context)), description_(std::move(description)) {}
+    Result<Done> createLayouts(const Zeros& zeros);
+    Result<Done> createVertexSet(const Zeros& zeros);
+    Result<Done> createPipeline(VkPipelineCache cache);
 
     std::shared_ptr<Context> context_;
-    msl::EntryPoint fragment_;
+    PipelineDescription description_;
     VkDescriptorSetLayout vertexLayout_ = VK_NULL_HANDLE;
     VkDescriptorSetLayout fragmentLayout_ = VK_NULL_HANDLE;
     VkDescriptorPool pool_ = VK_NULL_HANDLE;
@@ -84,6 +82,23 @@ class VulkanPipeline : public gpu::RenderPipelineState {
     std::vector<VkSampler> samplers_;
     VkPipelineLayout layout_ = VK_NULL_HANDLE;
     VkPipeline pipeline_ = VK_NULL_HANDLE;
+};
+
+class VulkanPipeline : public gpu::RenderPipelineState {
+  public:
+    static Result<std::shared_ptr<gpu::RenderPipelineState>>
+    create(const DeviceParts& parts, const gpu::RenderPipelineDescriptor& descriptor);
+
+    /// The pipeline on that life of the device: made again when the device was replaced. Null when
+    /// the device refuses it.
+    std::shared_ptr<const PipelineObjects> objectsFor(const DeviceParts& parts);
+
+  private:
+    VulkanPipeline(PipelineDescription description, std::shared_ptr<const PipelineObjects> objects)
+        : description_(std::move(description)), objects_(std::move(objects)) {}
+
+    PipelineDescription description_;
+    std::shared_ptr<const PipelineObjects> objects_;
 };
 
 } // namespace vantor::vulkan

@@ -1,5 +1,7 @@
 #include "platform/linux/gpu/vulkan_resources.h"
 
+#include "platform/linux/gpu/vulkan_instance.h"
+
 namespace vantor::vulkan {
 namespace {
 
@@ -24,6 +26,13 @@ VkMemoryRequirements needsOf(const Context& context, VkImage image) {
     VkMemoryRequirements needs{};
     vkGetImageMemoryRequirements(context.device(), image, &needs);
     return needs;
+}
+
+VkBufferImageCopy wholeCopy(const DeviceImage& image) {
+    VkBufferImageCopy copy{};
+    copy.imageSubresource = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 0, 1};
+    copy.imageExtent = {image.width(), image.height(), 1};
+    return copy;
 }
 
 } // namespace
@@ -151,6 +160,7 @@ std::unique_ptr<DeviceImage> DeviceImage::import(std::shared_ptr<Context> contex
         // The driver owns the descriptor from here on.
         static_cast<void>(memory.release());
     }
+    noteImported(device.device(), image->image_);
     return image->bind(bound) ? std::move(image) : nullptr;
 }
 
@@ -174,6 +184,11 @@ FileDescriptor DeviceImage::exportMemory() const {
 
 void transition(const Context& context, VkCommandBuffer commands, DeviceImage& image,
                 VkImageLayout layout, Contents contents, Ownership ownership) {
+    if (ownership == Ownership::releasedOutside && image.layout() != layout) {
+        // Both sides of an ownership transfer name the same layouts, and the other one knows only
+        // the last.
+        transition(context, commands, image, layout, contents);
+    }
     VkImageMemoryBarrier2 barrier{};
     barrier.sType = VK_STRUCTURE_TYPE_IMAGE_MEMORY_BARRIER_2;
     barrier.srcStageMask = VK_PIPELINE_STAGE_2_ALL_COMMANDS_BIT;
@@ -196,6 +211,27 @@ void transition(const Context& context, VkCommandBuffer commands, DeviceImage& i
     dependency.pImageMemoryBarriers = &barrier;
     vkCmdPipelineBarrier2(commands, &dependency);
     image.setLayout(layout);
+}
+
+void copyOut(VkCommandBuffer commands, const DeviceImage& image, const Buffer& buffer) {
+    const VkBufferImageCopy copy = wholeCopy(image);
+    vkCmdCopyImageToBuffer(commands, image.handle(), image.layout(), buffer.handle(), 1, &copy);
+    VkMemoryBarrier2 toHost{};
+    toHost.sType = VK_STRUCTURE_TYPE_MEMORY_BARRIER_2;
+    toHost.srcStageMask = VK_PIPELINE_STAGE_2_COPY_BIT;
+    toHost.srcAccessMask = VK_ACCESS_2_TRANSFER_WRITE_BIT;
+    toHost.dstStageMask = VK_PIPELINE_STAGE_2_HOST_BIT;
+    toHost.dstAccessMask = VK_ACCESS_2_HOST_READ_BIT;
+    VkDependencyInfo dependency{};
+    dependency.sType = VK_STRUCTURE_TYPE_DEPENDENCY_INFO;
+    dependency.memoryBarrierCount = 1;
+    dependency.pMemoryBarriers = &toHost;
+    vkCmdPipelineBarrier2(commands, &dependency);
+}
+
+void copyIn(VkCommandBuffer commands, const Buffer& buffer, const DeviceImage& image) {
+    const VkBufferImageCopy copy = wholeCopy(image);
+    vkCmdCopyBufferToImage(commands, buffer.handle(), image.handle(), image.layout(), 1, &copy);
 }
 
 } // namespace vantor::vulkan

@@ -60,8 +60,10 @@ class DeviceImage {
     DeviceImage(const DeviceImage&) = delete;
     DeviceImage& operator=(const DeviceImage&) = delete;
 
+    const std::shared_ptr<Context>& context() const { return context_; }
     VkImage handle() const { return image_; }
     VkImageView view() const { return view_; }
+    const ImageDescription& description() const { return description_; }
     std::uint32_t width() const { return description_.width; }
     std::uint32_t height() const { return description_.height; }
     VkFormat format() const { return description_.format; }
@@ -99,5 +101,12 @@ enum class Contents { kept, discarded };
 void transition(const Context& context, VkCommandBuffer commands, DeviceImage& image,
                 VkImageLayout layout, Contents contents = Contents::kept,
                 Ownership ownership = Ownership::kept);
+
+/// Records a copy of the whole image, rows without padding, which the CPU finds in the mapped
+/// buffer once the device has done it. The image is in a layout that can be copied from.
+void copyOut(VkCommandBuffer commands, const DeviceImage& image, const Buffer& buffer);
+
+/// Records a copy the other way; the image is in a layout that can be copied to.
+void copyIn(VkCommandBuffer commands, const Buffer& buffer, const DeviceImage& image);
 
 } // namespace vantor::vulkan

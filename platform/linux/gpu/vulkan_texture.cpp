@@ -1,8 +1,14 @@
 #include "platform/linux/gpu/vulkan_texture.h"
 
-#include "platform/linux/gpu/vulkan_uploader.h"
+#include <algorithm>
+#include <cstddef>
 
 namespace vantor::vulkan {
+namespace {
+
+constexpr std::size_t kBytesPerTexel = 4;
+
+} // namespace
 
 VkFormat formatOf(gpu::PixelFormat format) {
     switch (format) {
@@ -16,10 +22,30 @@ VkFormat formatOf(gpu::PixelFormat format) {
     return VK_FORMAT_UNDEFINED;
 }
 
-VulkanTexture::VulkanTexture(std::shared_ptr<Context> context, std::shared_ptr<Uploader> uploader,
-                             std::unique_ptr<DeviceImage> image, gpu::PixelFormat format)
-    : context_(std::move(context)), uploader_(std::move(uploader)), image_(std::move(image)),
-      format_(format) {}
+std::shared_ptr<VulkanTexture> VulkanTexture::create(const DeviceParts& parts,
+                                                     const ImageDescription& description,
+                                                     gpu::PixelFormat format) {
+    auto image = DeviceImage::create(parts.context, description);
+    return image ? std::shared_ptr<VulkanTexture>(
+                       new VulkanTexture(parts.uploader, std::move(image), format))
+                 : nullptr;
+}
+
+DeviceImage* VulkanTexture::imageFor(const DeviceParts& parts) {
+    if (image_->context() != parts.context) {
+        auto again = DeviceImage::create(parts.context, image_->description());
+        if (!again) {
+            return nullptr;
+        }
+        image_ = std::move(again);
+        uploader_ = parts.uploader;
+        if (!written_.empty() && !uploader_->upload(*image_, {.width = width(), .height = height()},
+                                                    written_, width() * kBytesPerTexel)) {
+            return nullptr;
+        }
+    }
+    return image_.get();
+}
 
 void VulkanTexture::getBytesImpl(std::span<std::uint8_t> bytes, std::size_t bytesPerRow,
                                  const gpu::Region& region) const {
@@ -30,6 +56,14 @@ void VulkanTexture::getBytesImpl(std::span<std::uint8_t> bytes, std::size_t byte
 void VulkanTexture::replaceRegionImpl(const gpu::Region& region,
                                       std::span<const std::uint8_t> bytes,
                                       std::size_t bytesPerRow) {
+    written_.resize(width() * height() * kBytesPerTexel);
+    for (std::size_t y = 0; y < region.height; ++y) {
+        std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(y * bytesPerRow),
+                    region.width * kBytesPerTexel,
+                    written_.begin() + static_cast<std::ptrdiff_t>(
+                                           ((region.y + y) * width() + region.x) * kBytesPerTexel));
+    }
+    // On a lost device they go up with the next life's image.
     static_cast<void>(uploader_->upload(*image_, region, bytes, bytesPerRow));
 }
 

@@ -3,9 +3,12 @@
 #include "platform/linux/system/linux_images.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <string_view>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vantor {
 namespace {
@@ -39,6 +42,11 @@ FileDescriptor memoryFile(std::span<const std::uint8_t> bytes) {
     return file;
 }
 
+bool asksForMemory() {
+    const char* const forced = std::getenv("VANTOR_FORCE_SHM");
+    return forced != nullptr && std::string_view(forced) == "1";
+}
+
 LayerState stateOf(LinuxLayer& layer, std::uint32_t parent) {
     LayerState state;
     std::memset(&state, 0, sizeof(state));
@@ -64,10 +72,20 @@ LayerState stateOf(LinuxLayer& layer, std::uint32_t parent) {
 
 } // namespace
 
-LayerHostLink::LayerHostLink(FileDescriptor socket) : socket_(std::move(socket)) {}
+LayerHostLink::LayerHostLink(FileDescriptor socket)
+    : socket_(std::move(socket)), isMemoryForced_(asksForMemory()) {}
 
 LayerHostLink::~LayerHostLink() {
     for (const auto& drawable : held_) {
+        drawable->removeHolder();
+    }
+    for (Shown& shown : shown_) {
+        dropCopy(shown);
+    }
+}
+
+void LayerHostLink::dropCopy(Shown& shown) {
+    if (const auto drawable = std::exchange(shown.copying, nullptr)) {
         drawable->removeHolder();
     }
 }
@@ -136,7 +154,7 @@ bool LayerHostLink::shareImage(const LinuxMetalLayer& layer, const LayerDrawable
     if (contains(sharedImages_, drawable.imageID())) {
         return true;
     }
-    const vulkan::Context& context = *layer.device()->context();
+    const vulkan::Context& context = *drawable.image().context();
     auto record = recordOf<ImageRecord>(Kind::image);
     record.layerID = layer.layerID();
     record.imageID = drawable.imageID();
@@ -153,29 +171,84 @@ bool LayerHostLink::shareImage(const LinuxMetalLayer& layer, const LayerDrawable
     return true;
 }
 
-bool LayerHostLink::sendFrame(LinuxMetalLayer& layer) {
-    const auto& latest = layer.latest();
-    if (!latest) {
+bool LayerHostLink::shareMemory(const LayerDrawable& drawable) {
+    if (contains(sharedImages_, drawable.imageID())) {
         return true;
     }
+    auto record = recordOf<MemoryRecord>(Kind::memory);
+    record.imageID = drawable.imageID();
+    record.width = drawable.image().width();
+    record.height = drawable.image().height();
+    sharedImages_.push_back(drawable.imageID());
+    return socket_.send(record, drawable.memory()->descriptor());
+}
+
+bool LayerHostLink::canImportFrom(const vulkan::Context& context) const {
+    return !isMemoryForced_ && context.canShareMemory() &&
+           device_->device == context.deviceUUID() && device_->driver == context.driverUUID();
+}
+
+bool LayerHostLink::sendFrame(LinuxMetalLayer& layer) {
     auto shown = std::find_if(shown_.begin(), shown_.end(), [&layer](const Shown& entry) {
         return entry.layerID == layer.layerID();
     });
-    if (shown == shown_.end()) {
-        shown = shown_.insert(shown_.end(), {.layerID = layer.layerID(), .sequence = 0});
+    const auto& latest = layer.latest();
+    if (!latest) {
+        if (shown == shown_.end()) {
+            return true;
+        }
+        auto record = recordOf<FrameRecord>(Kind::frame);
+        record.layerID = layer.layerID();
+        record.imageID = kNoImage;
+        dropCopy(*shown);
+        shown_.erase(shown);
+        return socket_.send(record);
     }
-    if (shown->sequence == latest->sequence()) {
+    if (!device_) {
         return true;
     }
-    if (!shareImage(layer, *latest)) {
-        return false;
+    if (shown == shown_.end()) {
+        shown = shown_.insert(shown_.end(), {.layerID = layer.layerID()});
     }
+    if (shown->copying || !canImportFrom(*latest->image().context())) {
+        return sendFrameInMemory(layer, *shown);
+    }
+    return shown->sequence == latest->sequence() ||
+           (shareImage(layer, *latest) && announce(layer, *shown, latest));
+}
+
+bool LayerHostLink::sendFrameInMemory(LinuxMetalLayer& layer, Shown& shown) {
+    while (shown.copying || shown.sequence != layer.latest()->sequence()) {
+        if (!shown.copying) {
+            const auto parts = layer.device()->parts();
+            if (!parts || !layer.latest()->copyToMemory(*parts)) {
+                // The device is lost or has no memory left: the host keeps what it shows.
+                return true;
+            }
+            shown.copying = layer.latest();
+            shown.copying->addHolder();
+        }
+        if (!shown.copying->isInMemory()) {
+            return true;
+        }
+        const std::shared_ptr<LayerDrawable> copied = shown.copying;
+        const bool sent = shareMemory(*copied) && announce(layer, shown, copied);
+        dropCopy(shown);
+        if (!sent) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool LayerHostLink::announce(const LinuxMetalLayer& layer, Shown& shown,
+                             const std::shared_ptr<LayerDrawable>& drawable) {
     auto record = recordOf<FrameRecord>(Kind::frame);
     record.layerID = layer.layerID();
-    record.imageID = latest->imageID();
-    shown->sequence = latest->sequence();
-    latest->addHolder();
-    held_.push_back(latest);
+    record.imageID = drawable->imageID();
+    shown.sequence = drawable->sequence();
+    drawable->addHolder();
+    held_.push_back(drawable);
     return socket_.send(record);
 }
 
@@ -207,9 +280,14 @@ bool LayerHostLink::forgetUnused() {
         sent = sent && (used || forget(number));
         return !used;
     });
-    std::erase_if(shown_, [this](const Shown& entry) {
-        return std::none_of(layers_.begin(), layers_.end(),
-                            [&entry](auto* layer) { return layer->layerID() == entry.layerID; });
+    std::erase_if(shown_, [this](Shown& entry) {
+        const bool gone = std::none_of(layers_.begin(), layers_.end(), [&entry](auto* layer) {
+            return layer->layerID() == entry.layerID;
+        });
+        if (gone) {
+            dropCopy(entry);
+        }
+        return gone;
     });
     return sent;
 }
@@ -221,6 +299,11 @@ bool LayerHostLink::receive() {
             return true;
         }
         const auto* received = std::get_if<Received>(&next);
+        if (received != nullptr && received->kind() == Kind::device && !device_) {
+            const auto record = received->as<DeviceRecord>();
+            device_ = {.device = record.deviceUUID, .driver = record.driverUUID};
+            continue;
+        }
         if (received == nullptr || received->kind() != Kind::release) {
             return false;
         }

@@ -8,12 +8,15 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace vantor {
 
 class LayerHostLink {
   public:
+    /// With the environment variable VANTOR_FORCE_SHM set to 1 every frame goes through shared
+    /// memory; otherwise those of a device that the host does not draw on.
     explicit LayerHostLink(FileDescriptor socket);
     /// What the host holds goes back to its layers.
     ~LayerHostLink();
@@ -29,23 +32,41 @@ class LayerHostLink {
     /// Takes what the host says. False when it is gone or broke the wire.
     [[nodiscard]] bool receive();
 
+    /// Whether the host has said which device it draws on, before which it is sent no frames.
+    bool knowsDevice() const { return device_.has_value(); }
+
   private:
     struct Shown {
-        std::uint32_t layerID;
-        std::uint64_t sequence;
+        std::uint32_t layerID = 0;
+        /// Of the frame that the host was told of last.
+        std::uint64_t sequence = 0;
+        /// On its way into memory, to be told of then.
+        std::shared_ptr<LayerDrawable> copying{};
+    };
+    struct Device {
+        vulkan::DeviceUUID device;
+        vulkan::DeviceUUID driver;
     };
 
     void collect(LinuxLayer& layer, std::uint32_t parent);
     bool sendPictures();
     bool sendTree();
     bool sendFrame(LinuxMetalLayer& layer);
+    bool sendFrameInMemory(LinuxMetalLayer& layer, Shown& shown);
+    bool announce(const LinuxMetalLayer& layer, Shown& shown,
+                  const std::shared_ptr<LayerDrawable>& drawable);
+    bool canImportFrom(const vulkan::Context& context) const;
     bool shareImage(const LinuxMetalLayer& layer, const LayerDrawable& drawable);
+    bool shareMemory(const LayerDrawable& drawable);
+    static void dropCopy(Shown& shown);
     bool forgetUnused();
 
     layerwire::RecordSocket socket_;
+    bool isMemoryForced_;
     layerwire::TreeRecord tree_{};
     layerwire::TreeRecord sentTree_{};
     bool treeSent_ = false;
+    std::optional<Device> device_;
     /// The tree's layers in its order; valid during update.
     std::vector<LinuxLayer*> layers_;
     std::vector<std::uint32_t> sharedImages_;

@@ -34,10 +34,15 @@ enum class Kind : std::uint32_t {
     picture = 3,
     /// Extension → host: an image or picture is no longer used.
     forget = 4,
-    /// Extension → host: the Metal layer shows this image from now on.
+    /// Extension → host: the Metal layer shows this image from now on; kNoImage shows nothing.
     frame = 5,
     /// Host → extension: the host has done with the image's frame.
     release = 6,
+    /// Host → extension: the device that the host draws on. Comes first.
+    device = 7,
+    /// Extension → host: memory for frames of a Metal layer, used as an image is; one descriptor,
+    /// the memory (BGRA rows without padding). Each frame record says that it was filled anew.
+    memory = 8,
 };
 
 enum class LayerKind : std::uint32_t { plain = 0, metal = 1 };
@@ -96,6 +101,20 @@ struct PictureRecord {
     std::uint32_t reserved;
 };
 
+struct MemoryRecord {
+    Header header;
+    std::uint32_t imageID;
+    std::uint32_t width;
+    std::uint32_t height;
+    std::uint32_t reserved;
+};
+
+struct DeviceRecord {
+    Header header;
+    std::array<std::uint8_t, 16> deviceUUID;
+    std::array<std::uint8_t, 16> driverUUID;
+};
+
 struct ForgetRecord {
     Header header;
     std::uint32_t imageID;
@@ -129,10 +148,16 @@ constexpr std::size_t sizeOf(Kind kind) {
         return sizeof(FrameRecord);
     case Kind::release:
         return sizeof(ReleaseRecord);
+    case Kind::device:
+        return sizeof(DeviceRecord);
+    case Kind::memory:
+        return sizeof(MemoryRecord);
     }
     return 0;
 }
 
-constexpr bool carriesDescriptor(Kind kind) { return kind == Kind::image || kind == Kind::picture; }
+constexpr bool carriesDescriptor(Kind kind) {
+    return kind == Kind::image || kind == Kind::picture || kind == Kind::memory;
+}
 
 } // namespace vantor::layerwire

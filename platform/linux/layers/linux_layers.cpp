@@ -42,6 +42,8 @@ void LinuxLayers::update(Context& context) {
 
 void LinuxLayers::framesFinished() {
     signal_->clear();
+    // A frame, or its copy for a host.
+    changes_->pending = true;
     for (auto& [contextID, context] : contexts_) {
         if (context.root) {
             takeFinished(*context.root);
@@ -83,8 +85,15 @@ void LinuxLayers::hostSpoke(std::uint32_t contextID, const Hosting* hosting) {
     if (found == contexts_.end()) {
         return;
     }
-    std::erase_if(found->second.hostings, [hosting](const std::unique_ptr<Hosting>& entry) {
-        return entry.get() == hosting && !entry->link->receive();
+    LinuxLayer* const root = found->second.root.get();
+    std::erase_if(found->second.hostings, [&](const std::unique_ptr<Hosting>& entry) {
+        if (entry.get() != hosting) {
+            return false;
+        }
+        const bool knewDevice = entry->link->knowsDevice();
+        // What waited for the host's device goes now.
+        return !entry->link->receive() ||
+               (!knewDevice && entry->link->knowsDevice() && !entry->link->update(root));
     });
 }
 

@@ -4,7 +4,9 @@
 #include "platform/linux/layers/system_class.h"
 
 #include <algorithm>
+#include <cmath>
 #include <sys/eventfd.h>
+#include <utility>
 
 namespace vantor {
 namespace {
@@ -12,6 +14,19 @@ namespace {
 /// The whole pixels of one side; 0 for what no image can have.
 std::uint32_t pixels(double side) {
     return side >= 1.0 && side <= layerwire::kMaxImageSide ? static_cast<std::uint32_t>(side) : 0;
+}
+
+/// A frame on which the GPU spends longer than this is a slow one.
+constexpr double kSlowSeconds = 2.0;
+/// What one band of a slow frame should take: others wait for it at most.
+constexpr double kBandSeconds = 1.0 / 60.0;
+constexpr double kMaxBands = 128;
+
+/// The bands for a frame after one on which the GPU spent so long.
+std::uint32_t bandsAfter(double seconds) {
+    return seconds > kSlowSeconds
+               ? static_cast<std::uint32_t>(std::min(std::ceil(seconds / kBandSeconds), kMaxBands))
+               : 1;
 }
 
 } // namespace
@@ -47,11 +62,20 @@ bool LayerDrawable::takeFinished() {
     return true;
 }
 
-void LayerDrawable::finished() {
+std::uint64_t LayerDrawable::finished(double seconds) {
+    seconds_ = seconds;
     // The main thread may let go of this drawable as soon as it sees the state.
     const std::shared_ptr<FrameSignal> signal = signal_;
     state_.store(State::finished, std::memory_order_release);
     signal->raise();
+    return 0;
+}
+
+bool LayerDrawable::copyToMemory(const vulkan::DeviceParts& parts) {
+    if (!memory_) {
+        memory_ = FrameMemory::create(image(), [signal = signal_] { signal->raise(); });
+    }
+    return memory_ && memory_->copy(parts, image(), sequence_);
 }
 
 void LayerDrawable::giveBack() { state_.store(State::idle, std::memory_order_relaxed); }
@@ -82,14 +106,25 @@ gpu::DrawableRef LinuxMetalLayer::nextDrawable() {
     if (!device_ || width == 0 || height == 0 || pixelFormat_ != gpu::PixelFormat::bgra8Unorm) {
         return nullptr;
     }
+    const std::shared_ptr<vulkan::DeviceParts> gpu = device_->parts();
+    if (!gpu) {
+        // Lost, and not only to this layer.
+        signal_->raise();
+        return nullptr;
+    }
     // A frame that is finished but was not looked at yet may free the other drawable.
     takeFinished();
+    if (isSlow() && std::any_of(drawables_.begin(), drawables_.end(), [](const auto& drawable) {
+            return drawable && drawable->isUnderWay();
+        })) {
+        return nullptr;
+    }
     for (auto& drawable : drawables_) {
         if (drawable && !drawable->isFree()) {
             continue;
         }
         if (!drawable || drawable->image().width() != width ||
-            drawable->image().height() != height) {
+            drawable->image().height() != height || drawable->image().context() != gpu->context) {
             auto image = device_->newSharedTexture(width, height);
             if (!image) {
                 return nullptr;
@@ -98,6 +133,7 @@ gpu::DrawableRef LinuxMetalLayer::nextDrawable() {
                 std::make_shared<LayerDrawable>(std::move(image), changes()->nextNumber(), signal_);
             changes()->pending = true;
         }
+        drawable->setBands(std::min(bands_, height));
         return drawable->acquire(++lastSequence_);
     }
     return nullptr;
@@ -105,10 +141,15 @@ gpu::DrawableRef LinuxMetalLayer::nextDrawable() {
 
 bool LinuxMetalLayer::takeFinished() {
     bool changed = false;
+    if (latest_ && !device_->parts()) {
+        std::exchange(latest_, nullptr)->setLatest(false);
+        changed = true;
+    }
     for (const auto& drawable : drawables_) {
         if (!drawable || !drawable->takeFinished()) {
             continue;
         }
+        bands_ = bandsAfter(drawable->seconds());
         if (latest_ && latest_->sequence() > drawable->sequence()) {
             continue;
         }

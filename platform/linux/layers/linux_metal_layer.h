@@ -3,6 +3,7 @@
 // hosting agent can read. Main thread, but for the one call that says so.
 
 #include "platform/linux/gpu/vulkan_device.h"
+#include "platform/linux/layers/frame_memory.h"
 #include "platform/linux/layers/linux_layer.h"
 
 #include <array>
@@ -49,11 +50,26 @@ class LayerDrawable final : public vulkan::VulkanDrawable {
 
     /// The layer shows it, or does not any more.
     void setLatest(bool latest) { latest_ = latest; }
+    /// Starts to copy the picture into memory of its own, unless that was done. The drawable needs
+    /// a holder until the copy has ended. False when the device is lost or the system has no
+    /// memory.
+    [[nodiscard]] bool copyToMemory(const vulkan::DeviceParts& parts);
+    /// Whether the memory holds the picture.
+    bool isInMemory() const { return memory_ && memory_->holds(sequence_); }
+    /// Null before the first copy.
+    const std::shared_ptr<FrameMemory>& memory() const { return memory_; }
+
     void addHolder() { ++holders_; }
     void removeHolder() { --holders_; }
 
+    /// Being drawn, or drawn and not taken yet.
+    bool isUnderWay() const { return state_.load(std::memory_order_acquire) != State::idle; }
+    /// What the GPU spent on the frame that was taken last.
+    double seconds() const { return seconds_; }
+    void setBands(std::uint32_t bands) { image_->setBands(bands); }
+
     /// On the completion thread.
-    void finished() override;
+    std::uint64_t finished(double seconds) override;
 
   private:
     enum class State { idle, drawing, finished };
@@ -62,8 +78,11 @@ class LayerDrawable final : public vulkan::VulkanDrawable {
     std::shared_ptr<vulkan::VulkanTexture> image_;
     std::uint32_t imageID_;
     std::shared_ptr<FrameSignal> signal_;
+    std::shared_ptr<FrameMemory> memory_;
     /// Set to finished by the completion thread; everything else is the main thread's.
     std::atomic<State> state_ = State::idle;
+    /// Written by the completion thread before it sets the state to finished.
+    double seconds_ = 0;
     std::uint64_t sequence_ = 0;
     bool latest_ = false;
     int holders_ = 0;
@@ -89,6 +108,10 @@ class LinuxMetalLayer final : public LinuxLayer, public MetalLayer {
 
     /// Takes every finished frame; true when the layer shows another one than before.
     bool takeFinished();
+    /// Whether its last frame took the GPU longer than frames may. Its next one is then drawn in
+    /// bands that leave room for the frames of others, and no other one until it is done.
+    bool isSlow() const { return bands_ > 1; }
+
     /// What the layer shows; null before the first frame.
     const std::shared_ptr<LayerDrawable>& latest() const { return latest_; }
     const std::array<std::shared_ptr<LayerDrawable>, kDrawables>& drawables() const {
@@ -117,6 +140,7 @@ class LinuxMetalLayer final : public LinuxLayer, public MetalLayer {
     std::array<std::shared_ptr<LayerDrawable>, kDrawables> drawables_;
     std::shared_ptr<LayerDrawable> latest_;
     std::uint64_t lastSequence_ = 0;
+    std::uint32_t bands_ = 1;
 };
 
 } // namespace vantor

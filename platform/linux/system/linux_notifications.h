@@ -3,8 +3,10 @@
 //
 // A notification is the signal "Posted" of the interface "com.nimbara.vantor.Notifications" at
 // "/com/nimbara/vantor", with its name as the one argument (s); distributed and Darwin-style
-// observers both hear it. The screen saver's "ActiveChanged" is heard as the system's two lock
-// notifications. Without a session bus one line is logged, nothing arrives, and posting fails.
+// observers both hear it. The system's two lock notifications come from logind's session on the
+// system bus and from the screen saver's "ActiveChanged" on the session bus: whichever speaks first
+// is heard, and the other one that says the same is not. A bus that goes away is followed when it
+// comes back. Without a session bus one line is logged, nothing arrives there, and posting fails.
 
 #include "platform/notifications.h"
 
@@ -25,9 +27,7 @@ class LinuxNotifications : public Notifications {
     bool postDarwin(std::string_view name) override;
 
   private:
-    struct State;
-    /// Connects on first use.
-    bool connected();
+    class State;
     std::unique_ptr<State> state_;
 };
 

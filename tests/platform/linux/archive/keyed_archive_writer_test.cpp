@@ -108,6 +108,15 @@ TEST(KeyedArchiveWriter, RefusesWhatAnArchiveCannotHoldAndKeepsWhatItHad) {
     EXPECT_EQ(follow(archive, root.find("A")), PropertyList("first"));
 }
 
+TEST(KeyedArchiveWriter, WritesTextThatReadsAsNothingAsAnObject) {
+    KeyedArchiveWriter writer;
+    ASSERT_TRUE(writer.encodeEncodable("$null", "Text"));
+    const PropertyList archive = opened(writer.finishObject("Carrier"));
+    const PropertyList text = follow(archive, at(archive, 1).dictionary()->find("Text"));
+    ASSERT_NE(text.dictionary(), nullptr);
+    EXPECT_EQ(*text.dictionary()->find("NS.string"), PropertyList("$null"));
+}
+
 TEST(KeyedArchiveWriter, WritesAnObjectWithoutKeys) {
     const PropertyList archive = opened(KeyedArchiveWriter().finishObject("Empty"));
     EXPECT_EQ(at(archive, 1).dictionary()->size(), 1U);

@@ -6,10 +6,17 @@
 #include "platform/linux/layers/layer_wire.h"
 #include "platform/linux/layers/linux_layers.h"
 #include "platform/linux/system/linux_images.h"
+#include "tests/support/losable_gpu.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
 #include <cstring>
+#include <semaphore>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <thread>
 #include <vector>
@@ -57,12 +64,13 @@ class LayersTest : public testing::Test {
     }
 
     /// Fills the layer's next drawable with a colour and presents it. False without a drawable.
-    static bool present(MetalLayer& layer, double red, double green, double blue) {
+    static bool present(MetalLayer& layer, double red, double green, double blue,
+                        gpu::CommandQueue& on = *queue) {
         gpu::DrawableRef drawable = layer.nextDrawable();
-        if (!drawable) {
+        gpu::CommandBuffer* const commands = drawable ? on.commandBuffer() : nullptr;
+        if (commands == nullptr) {
             return false;
         }
-        gpu::CommandBuffer* const commands = queue->commandBuffer();
         commands
             ->renderCommandEncoder(
                 {.texture = &drawable->texture(),
@@ -89,13 +97,18 @@ class LayersTest : public testing::Test {
                                    .ended = [this](const std::string& why) { ended = why; }});
     }
 
-    /// The composited picture's pixel as red, green, blue.
-    std::vector<int> pixel(const agent::HostedContext& hosted, std::size_t x, std::size_t y,
-                           double scale = 1) {
+    /// The composited picture.
+    std::vector<std::uint8_t> picture(const agent::HostedContext& hosted, double scale = 1) {
         auto compositor = agent::Compositor::create(hostGPU, kWidth, kHeight);
         EXPECT_TRUE(compositor->compose(hosted, scale));
         std::vector<std::uint8_t> bytes(std::size_t{kWidth} * kHeight * 4);
         EXPECT_TRUE(compositor->read(bytes));
+        return bytes;
+    }
+    /// Its pixel as red, green, blue.
+    std::vector<int> pixel(const agent::HostedContext& hosted, std::size_t x, std::size_t y,
+                           double scale = 1) {
+        const std::vector<std::uint8_t> bytes = picture(hosted, scale);
         const std::uint8_t* p = bytes.data() + (y * kWidth + x) * 4;
         return {p[2], p[1], p[0]};
     }
@@ -301,11 +314,317 @@ TEST_F(LayersTest, AnOpenTransactionIsNotSent) {
 
 TEST_F(LayersTest, AnInvalidatedContextEndsItsHostsAndCannotBeAttached) {
     const auto hosted = host();
+    settle();
     context->perform("invalidate", nullptr);
     settle();
     EXPECT_EQ(ended, "the other process closed the socket");
     EXPECT_EQ(layers.attach(contextID), std::nullopt);
     EXPECT_EQ(layers.attach(0), std::nullopt);
+}
+
+class MemoryLayersTest : public LayersTest {
+  protected:
+    MemoryLayersTest() {
+        auto library = device->newLibrary(
+            "#include <metal_stdlib>\nusing namespace metal;\n"
+            "struct VOut { float4 position [[position]]; };\n"
+            "vertex VOut v_main(uint vid [[vertex_id]]) {\n"
+            "    float2 p = float2((vid << 1) & 2, vid & 2);\n"
+            "    return VOut{float4(p * 2.0 - 1.0, 0.0, 1.0)};\n}\n"
+            "fragment float4 f_main(VOut in [[stage_in]], constant float& t [[buffer(0)]]) {\n"
+            "    return float4(in.position.x / 32.0, in.position.y / 16.0, t, 1.0);\n}\n");
+        EXPECT_TRUE(library) << library.error().message;
+        auto made = device->newRenderPipelineState(
+            {.vertexFunction = library.value()->newFunction("v_main"),
+             .fragmentFunction = library.value()->newFunction("f_main")});
+        EXPECT_TRUE(made) << made.error().message;
+        gradient = *std::move(made);
+    }
+
+    bool presentGradient(MetalLayer& layer, float blue, gpu::CommandQueue& on = *queue) {
+        gpu::DrawableRef drawable = layer.nextDrawable();
+        if (!drawable) {
+            return false;
+        }
+        gpu::CommandBuffer* const commands = on.commandBuffer();
+        auto* const encoder = commands->renderCommandEncoder({.texture = &drawable->texture()});
+        encoder->setRenderPipelineState(gradient);
+        std::array<std::uint8_t, sizeof(blue)> bytes{};
+        std::memcpy(bytes.data(), &blue, sizeof(blue));
+        encoder->setFragmentBytes(bytes, 0);
+        encoder->drawPrimitives(gpu::PrimitiveType::triangle, 0, 3);
+        encoder->endEncoding();
+        commands->presentDrawable(std::move(drawable));
+        commands->commit();
+        return true;
+    }
+
+    /// A host to which every frame goes through memory.
+    std::unique_ptr<agent::HostedContext> memoryHost() {
+        setenv("VANTOR_FORCE_SHM", "1", 1);
+        auto hosted = host();
+        unsetenv("VANTOR_FORCE_SHM");
+        return hosted;
+    }
+
+    std::shared_ptr<gpu::RenderPipelineState> gradient;
+};
+
+TEST_F(MemoryLayersTest, FramesThroughMemoryShowTheSamePictures) {
+    const auto metal = addMetalLayer();
+    const auto direct = host();
+    const auto memory = memoryHost();
+    settle();
+    for (int i = 1; i <= 6; ++i) {
+        ASSERT_TRUE(presentGradient(*metal, static_cast<float>(i) / 255.0F)) << i;
+        settle();
+        EXPECT_EQ(picture(*memory), picture(*direct)) << i;
+        EXPECT_EQ(pixel(*memory, 31, 0), (std::vector<int>{251, 8, i}));
+        EXPECT_EQ(pixel(*memory, 0, 15), (std::vector<int>{4, 247, i}));
+        direct->releaseReplaced();
+        memory->releaseReplaced();
+        settle(0.01);
+    }
+    EXPECT_EQ(ended, "");
+}
+
+TEST_F(MemoryLayersTest, AFrameThatWasDrawnBeforeReachesAHostThatComesLater) {
+    const auto metal = addMetalLayer();
+    ASSERT_TRUE(presentGradient(*metal, 1));
+    settle();
+    const auto memory = memoryHost();
+    settle();
+    EXPECT_EQ(pixel(*memory, 31, 0), (std::vector<int>{251, 8, 255}));
+    // A second one finds the copy that was made for the first.
+    const auto other = memoryHost();
+    settle();
+    EXPECT_EQ(picture(*other), picture(*memory));
+}
+
+TEST_F(MemoryLayersTest, AResizeWhileACopyIsUnderWayTakesEffectWithTheNextFrame) {
+    const auto metal = addMetalLayer();
+    const auto memory = memoryHost();
+    settle();
+    ASSERT_TRUE(presentGradient(*metal, 0));
+    // The frame may be drawn, copied or announced when the size changes.
+    loop.turn();
+    metal->setDrawableSize({.width = kWidth / 2, .height = kHeight / 2});
+    for (int i = 0; i < 4; ++i) {
+        ASSERT_TRUE(presentGradient(*metal, 1)) << i;
+        settle();
+        memory->releaseReplaced();
+        settle(0.01);
+    }
+    // The smaller frame is stretched over the layer.
+    EXPECT_EQ(pixel(*memory, 5, 5)[2], 255);
+    EXPECT_EQ(ended, "");
+}
+
+TEST_F(MemoryLayersTest, AHostThatDiesDuringACopyGivesEverythingBack) {
+    const auto metal = addMetalLayer();
+    for (int i = 0; i < 5; ++i) {
+        auto memory = memoryHost();
+        settle(0.01);
+        ASSERT_TRUE(presentGradient(*metal, 0)) << i;
+        loop.turn();
+        memory.reset();
+        settle(0.02);
+    }
+}
+
+/// A GPU that seems to spend on each piece of work what the test says, and that finishes nothing
+/// while the test holds it.
+class SlowGPU {
+  public:
+    SlowGPU() {
+        now = 0;
+        perPiece = 0;
+    }
+
+    static vulkan::DeviceOptions options() {
+        vulkan::DeviceOptions options;
+        options.clock = [] { return now.load(); };
+        options.calls.wait = wait;
+        return options;
+    }
+
+    void spend(double seconds) { perPiece = seconds; }
+    void hold() { gate.acquire(); }
+    void letGo() { gate.release(); }
+
+  private:
+    static inline std::atomic<double> now = 0;
+    static inline std::atomic<double> perPiece = 0;
+    static inline std::binary_semaphore gate{1};
+
+    static VkResult wait(VkDevice device, const VkSemaphoreWaitInfo* info, std::uint64_t timeout) {
+        gate.acquire();
+        gate.release();
+        now = now + perPiece;
+        return vkWaitSemaphores(device, info, timeout);
+    }
+};
+
+class SlowLayersTest : public MemoryLayersTest {
+  protected:
+    SlowLayersTest() {
+        auto made = vulkan::VulkanDevice::create(SlowGPU::options());
+        EXPECT_TRUE(made) << made.error();
+        ownDevice = *std::move(made);
+        ownQueue = ownDevice->newCommandQueue();
+        slow = std::dynamic_pointer_cast<LinuxMetalLayer>(addMetalLayer());
+        slow->setDevice(ownDevice);
+    }
+
+    std::uint64_t submissions() const { return ownDevice->parts()->context->lastPoint(); }
+
+    SlowGPU gpu;
+    std::shared_ptr<vulkan::VulkanDevice> ownDevice;
+    std::shared_ptr<gpu::CommandQueue> ownQueue;
+    std::shared_ptr<LinuxMetalLayer> slow;
+};
+
+TEST_F(SlowLayersTest, AFrameOfMoreThanTwoSecondsMarksItsLayerAsSlow) {
+    gpu.spend(2.0);
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    settle();
+    EXPECT_FALSE(slow->isSlow());
+    gpu.spend(2.5);
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    settle();
+    EXPECT_TRUE(slow->isSlow());
+}
+
+TEST_F(SlowLayersTest, ASlowLayerIsDrawnInBandsThatMakeTheSamePicture) {
+    const auto hosted = host();
+    gpu.spend(3);
+    ASSERT_TRUE(presentGradient(*slow, 0.5F, *ownQueue));
+    settle();
+    const auto whole = picture(*hosted);
+    hosted->releaseReplaced();
+    const std::uint64_t before = submissions();
+    ASSERT_TRUE(presentGradient(*slow, 0.5F, *ownQueue));
+    settle(0.2);
+    // No more bands than rows.
+    EXPECT_EQ(submissions() - before, kHeight);
+    EXPECT_EQ(frames, 2);
+    EXPECT_EQ(picture(*hosted), whole);
+    EXPECT_TRUE(slow->isSlow());
+}
+
+TEST_F(SlowLayersTest, OthersComeInBetweenTheBands) {
+    const auto other = addMetalLayer();
+    other->setDevice(ownDevice);
+    gpu.spend(3);
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    settle();
+    gpu.spend(0);
+    const std::uint64_t before = submissions();
+    gpu.hold();
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    EXPECT_EQ(slow->nextDrawable(), nullptr);
+    ASSERT_TRUE(present(*other, 0, 1, 0, *ownQueue));
+    // One band, and then already the other's frame.
+    EXPECT_EQ(submissions() - before, 2U);
+    gpu.letGo();
+    settle(0.2);
+    EXPECT_EQ(submissions() - before, kHeight + 1U);
+}
+
+TEST_F(SlowLayersTest, ALayerThatIsFastAgainIsDrawnAsAWhole) {
+    gpu.spend(3);
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    settle();
+    gpu.spend(0.001);
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    settle(0.2);
+    EXPECT_FALSE(slow->isSlow());
+    const std::uint64_t before = submissions();
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    EXPECT_EQ(submissions() - before, 1U);
+}
+
+TEST_F(SlowLayersTest, AQueueThatGoesBetweenBandsTakesTheRestWithIt) {
+    gpu.spend(3);
+    ASSERT_TRUE(present(*slow, 1, 0, 0, *ownQueue));
+    settle();
+    gpu.hold();
+    ASSERT_TRUE(present(*slow, 0, 1, 0, *ownQueue));
+    const std::uint64_t before = submissions();
+    std::thread release([this] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        gpu.letGo();
+    });
+    ownQueue.reset();
+    release.join();
+    settle();
+    EXPECT_EQ(submissions(), before);
+}
+
+class LostLayersTest : public LayersTest {
+  protected:
+    LostLayersTest() {
+        auto made = vulkan::VulkanDevice::create({.report = [](const std::string&) {},
+                                                  .recoveryInterval = std::chrono::milliseconds(0),
+                                                  .calls = LosableGPU::calls()});
+        EXPECT_TRUE(made) << made.error();
+        ownDevice = *std::move(made);
+        ownQueue = ownDevice->newCommandQueue();
+        metal = addMetalLayer();
+        metal->setDevice(ownDevice);
+    }
+
+    LosableGPU gpu;
+    std::shared_ptr<vulkan::VulkanDevice> ownDevice;
+    std::shared_ptr<gpu::CommandQueue> ownQueue;
+    std::shared_ptr<MetalLayer> metal;
+};
+
+TEST_F(LostLayersTest, ALayerGoesOnWhenItsGPUIsReplaced) {
+    const auto hosted = host();
+    ASSERT_TRUE(present(*metal, 1, 0, 0, *ownQueue));
+    settle();
+    EXPECT_EQ(pixel(*hosted, 2, 2), (std::vector<int>{255, 0, 0}));
+    gpu.lose();
+    present(*metal, 0, 1, 0, *ownQueue);
+    settle();
+    hosted->releaseReplaced();
+    settle();
+    for (int i = 1; i <= 4; ++i) {
+        ASSERT_TRUE(present(*metal, 0, 0, i / 255.0, *ownQueue)) << i;
+        settle();
+        EXPECT_EQ(pixel(*hosted, 2, 2), (std::vector<int>{0, 0, i}));
+        hosted->releaseReplaced();
+        settle();
+    }
+    EXPECT_EQ(ended, "");
+}
+
+TEST_F(LostLayersTest, EveryLayerOfAGPUThatIsNotReplacedTurnsBlack) {
+    // Paused: it asks for no frame by itself.
+    const auto paused = addMetalLayer();
+    paused->setDevice(ownDevice);
+    paused->setFrame({.origin = {}, .size = {.width = kWidth / 2, .height = kHeight}});
+    const auto hosted = host();
+    ASSERT_TRUE(present(*metal, 1, 0, 0, *ownQueue));
+    ASSERT_TRUE(present(*paused, 0, 1, 0, *ownQueue));
+    settle();
+    EXPECT_EQ(pixel(*hosted, 1, 1), (std::vector<int>{0, 255, 0}));
+    EXPECT_EQ(pixel(*hosted, kWidth - 1, 1), (std::vector<int>{255, 0, 0}));
+    gpu.setReplaceable(false);
+    gpu.lose();
+    present(*metal, 0, 0, 1, *ownQueue);
+    EXPECT_FALSE(present(*metal, 0, 0, 1, *ownQueue));
+    settle();
+    EXPECT_EQ(pixel(*hosted, 1, 1), (std::vector<int>{0, 0, 0}));
+    EXPECT_EQ(pixel(*hosted, kWidth - 1, 1), (std::vector<int>{0, 0, 0}));
+    hosted->releaseReplaced();
+    settle();
+    EXPECT_EQ(ended, "");
+    gpu.setReplaceable(true);
+    ASSERT_TRUE(present(*metal, 0, 0, 1, *ownQueue));
+    settle();
+    EXPECT_EQ(pixel(*hosted, 1, 1), (std::vector<int>{0, 0, 255}));
 }
 
 /// A host at the mercy of a test that plays the extension.
@@ -373,6 +692,7 @@ TEST_F(HostedContextTest, AnImageThatIsTooLargeEndsTheExtension) {
 
 TEST_F(HostedContextTest, AnImageOfAnotherGPUEndsTheExtensionWithAReasonForThePerson) {
     auto image = recordOf<layerwire::ImageRecord>(layerwire::Kind::image);
+    image.imageID = 1;
     image.width = 4;
     image.height = 4;
     ASSERT_TRUE(socket->send(image, STDIN_FILENO));
@@ -388,6 +708,31 @@ TEST_F(HostedContextTest, ADescriptorThatIsNoMemoryEndsTheExtension) {
     ASSERT_TRUE(socket->send(picture, STDIN_FILENO));
     settle(0.01);
     EXPECT_EQ(ended, "a picture's memory has another size than its 64 bytes");
+}
+
+TEST_F(HostedContextTest, MemoryThatIsShorterThanItsFrameEndsTheExtension) {
+    const FileDescriptor file(memfd_create("short", MFD_CLOEXEC));
+    ASSERT_EQ(ftruncate(file.get(), 63), 0);
+    auto memory = recordOf<layerwire::MemoryRecord>(layerwire::Kind::memory);
+    memory.imageID = 7;
+    memory.width = 4;
+    memory.height = 4;
+    ASSERT_TRUE(socket->send(memory, file.get()));
+    settle(0.01);
+    EXPECT_EQ(ended, "");
+    auto frame = recordOf<layerwire::FrameRecord>(layerwire::Kind::frame);
+    frame.imageID = 7;
+    ASSERT_TRUE(socket->send(frame));
+    settle(0.01);
+    EXPECT_EQ(ended, "a frame's memory cannot be read");
+}
+
+TEST_F(HostedContextTest, AHostSaysFirstWhichDeviceItDrawsOn) {
+    const auto first = socket->receive();
+    const auto* received = std::get_if<layerwire::Received>(&first);
+    ASSERT_NE(received, nullptr);
+    EXPECT_EQ(received->kind(), layerwire::Kind::device);
+    EXPECT_EQ(received->as<layerwire::DeviceRecord>().deviceUUID, hostGPU->deviceUUID());
 }
 
 TEST_F(HostedContextTest, ARecordWithoutItsDescriptorEndsTheExtension) {

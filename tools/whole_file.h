@@ -1,0 +1,44 @@
+#pragma once
+// Files that are only ever seen whole: replaced in one step, and changed by one program at a time.
+
+#include "platform/result.h"
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+
+namespace vantor {
+
+/// Keeps other programs that ask for the same lock out of a folder's files while it lives. The lock
+/// is on the folder itself: it leaves no file behind, and ends with the process that holds it.
+class FolderLock {
+  public:
+    /// Waits for whoever holds the lock, at most `patience`. The error is a sentence.
+    static Result<FolderLock, std::string>
+    take(const std::filesystem::path& folder,
+         std::chrono::milliseconds patience = std::chrono::seconds(10));
+
+    FolderLock(FolderLock&& other) noexcept;
+    FolderLock& operator=(FolderLock&&) = delete;
+    ~FolderLock();
+
+  private:
+    explicit FolderLock(int descriptor) : descriptor_(descriptor) {}
+
+    int descriptor_;
+};
+
+/// Whether a file could be put in place of `file`, for those who have long work to do before. The
+/// error is a sentence that names the file.
+Result<Done, std::string> canReplaceFile(const std::filesystem::path& file);
+
+/// Gives `file` the content `bytes` in one step: a reader sees the old content or the new one, and
+/// so does whoever looks after a power failure. The folder must exist; an old file's permissions
+/// stay, and a symbolic link stays one. The error is a sentence that names the file; the old file
+/// then stands.
+Result<Done, std::string> replaceFile(const std::filesystem::path& file,
+                                      std::span<const std::uint8_t> bytes);
+
+} // namespace vantor
