@@ -279,7 +279,9 @@ Token Lexer::number(uint8_t flags) {
     const char* begin = position_;
     while (position_ < end_) {
         const char c = *position_;
-        if ((classOf(c) & (kLetter | kDigit)) != 0 || c == '.') {
+        const bool separator =
+            c == '\'' && position_ + 1 < end_ && (classOf(position_[1]) & (kLetter | kDigit)) != 0;
+        if ((classOf(c) & (kLetter | kDigit)) != 0 || c == '.' || separator) {
             ++position_;
         } else if ((c == '+' || c == '-') && position_ > begin &&
                    (position_[-1] == 'e' || position_[-1] == 'E' || position_[-1] == 'p' ||

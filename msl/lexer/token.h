@@ -70,7 +70,8 @@ enum class TokenKind : uint8_t {
 struct Token {
     static constexpr uint8_t kStartsLine = 1;
     static constexpr uint8_t kSpaceBefore = 2;
-    static constexpr uint8_t kNoExpand = 4; // met while its macro was being expanded
+    static constexpr uint8_t kNoExpand = 4;  // met while its macro was being expanded
+    static constexpr uint8_t kNotCalled = 8; // no parenthesis follows the macro's name here
 
     TokenKind kind = TokenKind::endOfFile;
     uint8_t flags = 0;

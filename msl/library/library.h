@@ -132,7 +132,7 @@ enum class Special : uint8_t {
 //   T the generic type; S its scalar; B, I, U, F a bool, int, uint or float of its shape;
 //   R a reference to T, J to I (both written); v nothing; f, u, b one float, uint, bool;
 //   M the generic matrix; x its transposed shape; D its scalar
-//   2, 4 a float vector of that size
+//   2, 4 a float vector of that size; p, q a half vector of 2 and 4
 struct LibraryFunction {
     std::string_view name;
     std::string_view signature;

@@ -1,6 +1,7 @@
 // What crosses between the stages, and what the stages take from and give to the fixed functions.
 #include <algorithm>
 
+#include "msl/library/unsupported.h"
 #include "msl/lower/attributes.h"
 #include "msl/lower/lower.h"
 
@@ -129,6 +130,12 @@ std::optional<Lowerer::Value> Lowerer::inputValue(const Type* type,
         error(range, "reading the framebuffer through '[[color(n)]]' is not supported; bind the "
                      "picture as a texture");
         return std::nullopt;
+    }
+    for (const auto& attribute : attributes) {
+        if (const auto reason = unsupportedReason(attribute.name->text); !reason.empty()) {
+            error(attribute.range, std::string(reason));
+            return std::nullopt;
+        }
     }
     const ir::TypeId crossing = interfaceType(type);
     if (crossing == ir::kVoid) {

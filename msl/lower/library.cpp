@@ -300,10 +300,10 @@ Lowerer::Value Lowerer::integerSpecial(Special what, const Type* type,
         if (width < 32) {
             high = op(isSigned ? Op::shiftRightArithmetic : Op::shiftRightLogical,
                       op(Op::iMul, x[0], x[1]), intSplat(wanted, width));
-        } else if (width == 32) {
-            // The upper half by way of 64 bits would need a device feature; by halves it does not.
-            const Value mask = intSplat(wanted, 0xFFFF);
-            const Value sixteen = intSplat(wanted, 16);
+        } else {
+            // By halves: a type of twice the width may need a device feature, or not exist.
+            const Value mask = intSplat(wanted, (uint64_t{1} << (width / 2)) - 1);
+            const Value sixteen = intSplat(wanted, width / 2);
             const Op shift = isSigned ? Op::shiftRightArithmetic : Op::shiftRightLogical;
             const Value aLow = op(Op::bitAnd, x[0], mask);
             const Value aHigh = op(shift, x[0], sixteen);
@@ -315,8 +315,6 @@ Lowerer::Value Lowerer::integerSpecial(Special what, const Type* type,
                 op(Op::iAdd, op(Op::iMul, aLow, bHigh), op(Op::bitAnd, middle, mask));
             high = op(Op::iAdd, op(Op::iMul, aHigh, bHigh),
                       op(Op::iAdd, op(shift, middle, sixteen), op(shift, other, sixteen)));
-        } else {
-            return builder_.undefined(wanted);
         }
         return what == Special::mulhi ? high : wrapped(op(Op::iAdd, high, x[2]));
     }

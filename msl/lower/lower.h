@@ -100,6 +100,7 @@ class Lowerer {
     Place place(const tree::Expr* expr);
     Place placeAtDepth(const tree::Expr* expr);
     Place pointerTarget(const tree::Expr* expr);
+    Place swizzledComponent(Place base, Value index, const Type* type);
     Place castTarget(const tree::Expr* expr);
     Place variablePlace(const tree::Expr* expr);
     Place valuePlace(const Type* type, Value value);

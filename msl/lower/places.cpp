@@ -102,11 +102,10 @@ Lowerer::Place Lowerer::placeAtDepth(const tree::Expr* expr) {
             return base;
         }
         Place base = place(expr->a);
-        if (base.swizzleCount > 0) {
-            // v.zyx[i]: the picked vector is a value of its own.
-            base = valuePlace(expr->a->type, load(base));
-        }
         const Value index = value(expr->b);
+        if (base.swizzleCount > 0) {
+            return swizzledComponent(std::move(base), index, expr->type);
+        }
         if (const auto bits = builder_.scalarBits(index)) {
             const uint32_t length = base.type->isArray() ? base.type->length : base.type->count;
             const auto at = static_cast<uint32_t>(*bits);
@@ -148,6 +147,25 @@ Lowerer::Place Lowerer::placeAtDepth(const tree::Expr* expr) {
     default:
         return valuePlace(expr->type, value(expr));
     }
+}
+
+// v.zyx[i]: the component of v that the index picks.
+Lowerer::Place Lowerer::swizzledComponent(Place base, Value index, const Type* type) {
+    const uint8_t count = base.swizzleCount;
+    base.swizzleCount = 0;
+    if (const auto bits = builder_.scalarBits(index)) {
+        const uint32_t last = count - 1U;
+        addStep(base, {false, base.swizzle[std::min(static_cast<uint32_t>(*bits), last)]}, type);
+        return base;
+    }
+    Value component = builder_.intConstant(base.swizzle[0]);
+    for (uint32_t i = 1; i < count; ++i) {
+        const Value here = builder_.binary(Op::iEqual, ir::kBool, index, builder_.intConstant(i));
+        component =
+            builder_.select(ir::kInt, here, builder_.intConstant(base.swizzle[i]), component);
+    }
+    addStep(base, {true, component}, type);
+    return base;
 }
 
 // What a pointer points to. A pointer is a place, known when lowering.

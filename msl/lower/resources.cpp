@@ -2,6 +2,7 @@
 // are bound one by one.
 #include <algorithm>
 
+#include "msl/library/unsupported.h"
 #include "msl/lower/attributes.h"
 #include "msl/lower/lower.h"
 
@@ -307,6 +308,10 @@ bool Lowerer::entryParameter(const tree::Variable& parameter, Binding& binding, 
         if (name == "color") {
             error(attribute.range, "reading the framebuffer through '[[color(n)]]' is not "
                                    "supported; bind the picture as a texture");
+            return false;
+        }
+        if (const auto reason = unsupportedReason(name); !reason.empty()) {
+            error(attribute.range, std::string(reason));
             return false;
         }
         const bool known = isStageInput(name);

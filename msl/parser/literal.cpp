@@ -12,6 +12,11 @@ bool parseNumber(std::string_view text, ast::Expr& literal, std::string& problem
         problem = "'" + std::string(whole.substr(0, 60)) + "' is not a number";
         return false;
     };
+    if (text.find('\'') != std::string_view::npos) {
+        joined = text;
+        std::erase(joined, '\'');
+        text = joined;
+    }
     int base = 10;
     if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
         base = 16;

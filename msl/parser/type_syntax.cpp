@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "msl/library/unsupported.h"
 #include "msl/parser/nesting.h"
 #include "msl/parser/parser.h"
 
@@ -106,7 +107,8 @@ bool Parser::startsType() const {
     }
     const auto text = token.name->text;
     return (text.starts_with("texture") || text.starts_with("depth") || text == "vec" ||
-            text == "array" || text == "matrix" || text == "atomic") &&
+            text == "array" || text == "matrix" || text == "atomic" ||
+            !unsupportedReason(text).empty()) &&
            peek(skipQualifiers(0) + 1).is(TokenKind::less);
 }
 
@@ -344,7 +346,11 @@ bool Parser::specifiers(Specifiers& result) {
     }
     if (result.type == nullptr) {
         if (!diagnostics_.exhausted()) {
-            if (atIdentifier()) {
+            if (const auto reason =
+                    atIdentifier() ? unsupportedReason(peek().name->text) : std::string_view();
+                !reason.empty()) {
+                error(peek(), std::string(reason));
+            } else if (atIdentifier()) {
                 error(peek(), "there is no type named '" + std::string(peek().name->text) + "'");
                 for (const auto name : names_.all()) {
                     if ((name->parserKind == ParserKind::type || builtinTypeOf(name) != nullptr) &&

@@ -128,7 +128,7 @@ bool Preprocessor::count(size_t tokens, const Token& at) {
 // True where the token was replaced: its replacement is read next.
 bool Preprocessor::expandIdentifier(const Token& token) {
     Macro* macro = macroOf(token.name);
-    if (macro == nullptr || (token.flags & Token::kNoExpand) != 0) {
+    if (macro == nullptr || (token.flags & (Token::kNoExpand | Token::kNotCalled)) != 0) {
         return false;
     }
     if (macro->disabled) {
@@ -155,15 +155,15 @@ bool Preprocessor::expandIdentifier(const Token& token) {
             // Not a call: the name stands for itself. What was read is read again.
             if (!open.is(TokenKind::endOfFile)) {
                 Frame rest;
-                Token painted = token;
-                painted.flags |= Token::kNoExpand;
-                rest.tokens = {painted, open};
+                Token seen = token;
+                seen.flags |= Token::kNotCalled;
+                rest.tokens = {seen, open};
                 frames_.push_back(std::move(rest));
                 return true;
             }
-            Token painted = token;
-            painted.flags |= Token::kNoExpand;
-            pending_ = painted;
+            Token seen = token;
+            seen.flags |= Token::kNotCalled;
+            pending_ = seen;
             return true;
         }
         Arguments arguments;
@@ -390,6 +390,8 @@ std::vector<Token> Preprocessor::expandAll(std::vector<Token> tokens) {
             break;
         }
         output.push_back(token);
+        // As an argument the name may come to stand before a parenthesis yet.
+        output.back().flags &= static_cast<uint8_t>(~Token::kNotCalled);
     }
     for (auto& left : frames_) {
         if (left.macro != nullptr) {

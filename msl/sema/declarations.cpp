@@ -150,9 +150,14 @@ void Sema::enumDeclaration(const ast::Decl* decl) {
             return;
         }
     }
-    Type* type = types_.makeEnum(decl->name, underlying, decl->scoped);
+    const Symbol* earlier = decl->name != nullptr ? lookup(decl->name) : nullptr;
+    const bool declared = earlier != nullptr && earlier->kind == SymbolKind::type &&
+                          sameScope(*earlier) && earlier->type->isEnum() &&
+                          earlier->type->element == underlying;
+    const Type* type =
+        declared ? earlier->type : types_.makeEnum(decl->name, underlying, decl->scoped);
     declaredTypes_.emplace(decl, type);
-    if (decl->name != nullptr) {
+    if (decl->name != nullptr && !declared) {
         declare(SymbolKind::type, decl->name, decl->range)->type = type;
     }
     Space* outer = space_;

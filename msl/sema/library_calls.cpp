@@ -43,6 +43,10 @@ const Type* Sema::parameterType(char letter, const Type* generic) const {
         return vectorType(TypeKind::floatType, 2);
     case '4':
         return vectorType(TypeKind::floatType, 4);
+    case 'p':
+        return vectorType(TypeKind::halfType, 2);
+    case 'q':
+        return vectorType(TypeKind::halfType, 4);
     default:
         return voidType();
     }

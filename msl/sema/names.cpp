@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "msl/library/unsupported.h"
 #include "msl/sema/sema.h"
 
 namespace msl {
@@ -178,6 +179,10 @@ bool Sema::sameScope(const Symbol& symbol) const {
 
 void Sema::reportUnknown(const ast::QualifiedName& name, std::string_view what) {
     const auto text = name.name->text;
+    if (const auto reason = unsupportedReason(text); !reason.empty()) {
+        error(name.range, std::string(reason));
+        return;
+    }
     const uint32_t before = diagnostics_.errorCount();
     error(name.range, "there is no " + std::string(what) + " named '" + std::string(text) + "'");
     if (diagnostics_.errorCount() == before || diagnostics_.exhausted()) {

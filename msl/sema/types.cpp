@@ -1,3 +1,4 @@
+#include "msl/library/unsupported.h"
 #include "msl/sema/depth.h"
 #include "msl/sema/sema.h"
 
@@ -73,6 +74,12 @@ const Type* Sema::resolve(const ast::TypeSyntax* syntax) {
             return made == declaredTypes_.end() ? nullptr : made->second;
         }
         const Symbol* symbol = lookup(syntax->declared->name);
+        if (symbol == nullptr && syntax->declared->kind == ast::DeclKind::enumeration &&
+            syntax->declared->type != nullptr) {
+            // enum Name : type; declares what is defined later.
+            declaration(syntax->declared);
+            symbol = lookup(syntax->declared->name);
+        }
         if (symbol == nullptr || symbol->kind != SymbolKind::type) {
             error(syntax->declared->range,
                   "there is no type named '" + std::string(syntax->declared->name->text) + "'");
@@ -254,7 +261,9 @@ const Type* Sema::resolveTexture(const ast::QualifiedName& name) {
         }
         return types_.texture(texture.shape, texture.depth, component, access);
     }
-    error(name.range, "the type '" + std::string(text) + "<>' is not supported");
+    const auto reason = unsupportedReason(text);
+    error(name.range, !reason.empty() ? std::string(reason)
+                                      : "the type '" + std::string(text) + "<>' is not supported");
     return nullptr;
 }
 

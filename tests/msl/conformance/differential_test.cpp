@@ -3,12 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 
 #include <glslang/Public/ShaderLang.h>
 
 #include "tests/msl/compile_helper.h"
 #include "tests/msl/conformance/case_file.h"
+#include "tests/msl/conformance/random_glsl.h"
 #include "tests/support/foreign_compiler.h"
 #include "tests/support/vulkan_runner.h"
 
@@ -42,15 +44,19 @@ std::vector<std::byte> values() {
     return bytes;
 }
 
-class TwoRoads : public testing::TestWithParam<ConformanceCase> {
-  protected:
-    static void SetUpTestSuite() { glslang::InitializeProcess(); }
-    static void TearDownTestSuite() { glslang::FinalizeProcess(); }
+class TwoRoads : public testing::TestWithParam<ConformanceCase> {};
+
+class Glslang : public testing::Environment {
+  public:
+    void SetUp() override { glslang::InitializeProcess(); }
+    void TearDown() override { glslang::FinalizeProcess(); }
 };
 
-TEST_P(TwoRoads, DrawTheSame) {
-    const auto theirs = vantor::foreign::compileGLSL(glslOf(GetParam()));
-    ASSERT_FALSE(theirs.empty()) << glslOf(GetParam());
+const auto* const kGlslang = testing::AddGlobalTestEnvironment(new Glslang);
+
+void expectTheSame(const ConformanceCase& item) {
+    const auto theirs = vantor::foreign::compileGLSL(glslOf(item));
+    ASSERT_FALSE(theirs.empty()) << glslOf(item);
     const std::string metal = vantor::foreign::toMetal(theirs);
     ASSERT_FALSE(metal.empty());
     const auto ours = compileAndValidate(metal);
@@ -79,6 +85,25 @@ TEST_P(TwoRoads, DrawTheSame) {
                 << "pixel " << i << " component " << j << ": ours " << a << ", theirs " << b << "\n"
                 << metal;
         }
+    }
+}
+
+TEST_P(TwoRoads, DrawTheSame) { expectTheSame(GetParam()); }
+
+// MSL_RANDOM_PROGRAMS sets how many there are, and MSL_RANDOM_FIRST the first seed.
+TEST(RandomPrograms, DrawTheSame) {
+    const auto setting = [](const char* name, uint32_t otherwise) {
+        const char* text = std::getenv(name);
+        return text != nullptr ? static_cast<uint32_t>(std::strtoul(text, nullptr, 10)) : otherwise;
+    };
+    const uint32_t first = setting("MSL_RANDOM_FIRST", 1);
+    for (uint32_t seed = first; seed < first + setting("MSL_RANDOM_PROGRAMS", 40); ++seed) {
+        const auto program = randomGlsl(seed);
+        ConformanceCase item;
+        item.declarations = program.functions;
+        item.body = program.body;
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        expectTheSame(item);
     }
 }
 
