@@ -165,7 +165,7 @@ inline constexpr uint32_t kFunctionConstantDefined = 65536;
 struct Module {
     std::vector<uint32_t> words;
     std::vector<EntryPoint> entryPoints; // in the order of the source
-    std::vector<FunctionConstant> constants;
+    std::vector<FunctionConstant> constants{};
     bool usesInt64 = false; // needs the device feature shaderInt64
 };
 
