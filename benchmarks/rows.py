@@ -17,6 +17,12 @@ class Row:
     aim: str = ""
 
 
+WALLPAPERS = [
+    "builtin.elec-pcb", "builtin.elec-oscilloscope", "builtin.smoke", "builtin.nebula-orion",
+    "builtin.nebula-milky-way", "builtin.planet-jupiter", "builtin.topo-contours",
+    "builtin.topo-contours-dark", "builtin.topo-isometric", "aurora", "plasma",
+]
+
 ROWS = [
     Row("compile the circuit board, warm", "msl/compile_pcb/ours_warm",
         against="msl/compile_pcb/glslang_warm", aim="ratio <= 1.0"),
@@ -26,6 +32,22 @@ ROWS = [
         against="frame/trivial/bare", aim="value <= 60 us"),
     Row("own heap allocations per steady frame", "frame/trivial/ours", counter="allocations",
         unit="count", aim="value <= 0"),
+    *[Row(f"frame of {name}, 1280x720", f"wallpaper/{name}/ours",
+          against=f"wallpaper/{name}/glslang", aim="ratio <= 1.0") for name in WALLPAPERS],
+    Row("frame through the whole road, 1920x1080", "road/whole", against="road/offscreen",
+        aim="ratio <= 1.15"),
+    Row("compositing a hosted frame, 1920x1080", "composite/ours", against="composite/copy",
+        aim="ratio <= 1.3"),
+    *[Row(f"a frame of each of {count} surfaces, one's share", f"surfaces/{count}",
+          against="surfaces/1", aim="ratio <= 1.1") for count in (4, 16, 64)],
+    Row("first frame of a surface, pipeline warmed", "first/warmed", against="first/steady",
+        aim="ratio <= 1.15"),
+    Row("wake-ups of a paused surface in 2 s", "paused", counter="wakeups", unit="count",
+        aim="value <= 0"),
+    Row("CPU of a paused surface in 2 s", "paused", counter="cpu_us"),
+    Row("GPU start-up of a process", "startup/ours", against="startup/bare",
+        aim="ratio <= 1.05"),
+    Row("first picture of a process, warm caches", "picture/warm", against="picture/cold"),
     Row("encode the picker's view models", "bridge/encode_picker/ours",
         against="bridge/encode_picker/libplist", aim="ratio <= 0.25"),
     Row("encode the picker's view models", "bridge/encode_picker/ours",

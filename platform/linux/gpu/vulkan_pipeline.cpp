@@ -135,7 +135,11 @@ Result<std::shared_ptr<gpu::Library>> VulkanLibrary::compile(std::string_view so
     if (!result.module) {
         return failure(textOf(result.diagnostics));
     }
-    return std::shared_ptr<gpu::Library>(new VulkanLibrary(*std::move(result.module)));
+    return std::shared_ptr<gpu::Library>(of(*std::move(result.module)));
+}
+
+std::shared_ptr<VulkanLibrary> VulkanLibrary::of(msl::Module module) {
+    return std::shared_ptr<VulkanLibrary>(new VulkanLibrary(std::move(module)));
 }
 
 std::shared_ptr<gpu::Function> VulkanLibrary::newFunction(std::string_view name) {

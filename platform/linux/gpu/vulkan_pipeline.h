@@ -18,6 +18,8 @@ inline constexpr const char* kErrorDomain = "VantorGPU";
 class VulkanLibrary : public gpu::Library, public std::enable_shared_from_this<VulkanLibrary> {
   public:
     static Result<std::shared_ptr<gpu::Library>> compile(std::string_view source);
+    /// What a compiler made.
+    static std::shared_ptr<VulkanLibrary> of(msl::Module module);
 
     std::shared_ptr<gpu::Function> newFunction(std::string_view name) override;
     const std::vector<std::uint32_t>& words() const { return module_.words; }

@@ -212,6 +212,37 @@ TEST_F(LayersTest, TwoHostsSeeTheSameFrame) {
     EXPECT_EQ(pixel(*other, 5, 5), (std::vector<int>{0, 0, 255}));
 }
 
+TEST_F(LayersTest, HostsComeAndGoWithoutTheOthersNoticing) {
+    const auto metal = addMetalLayer();
+    const auto staying = host();
+    settle(0.01);
+    for (int i = 1; i <= 8; ++i) {
+        auto passing = host();
+        ASSERT_TRUE(present(*metal, 0, i / 255.0, 0)) << i;
+        settle();
+        EXPECT_EQ(pixel(*passing, 4, 4), (std::vector<int>{0, i, 0}));
+        EXPECT_EQ(pixel(*staying, 4, 4), (std::vector<int>{0, i, 0}));
+        staying->releaseReplaced();
+        // Gone with the frame in its hands.
+        passing.reset();
+        settle(0.01);
+    }
+    EXPECT_EQ(ended, "");
+}
+
+TEST_F(LayersTest, AContextThatIsReleasedWhileHostedLeavesItsLastPicture) {
+    const auto metal = addMetalLayer();
+    const auto hosted = host();
+    ASSERT_TRUE(present(*metal, 1, 0.5, 0));
+    settle();
+    context.reset();
+    settle();
+    EXPECT_EQ(ended, "the other process closed the socket");
+    EXPECT_EQ(pixel(*hosted, 1, 1), (std::vector<int>{255, 128, 0}));
+    // What the host held is free again.
+    EXPECT_TRUE(present(*metal, 0, 0, 1));
+}
+
 TEST_F(LayersTest, AResizeWhileFramesAreOutTakesEffectWithTheNextDrawable) {
     const auto metal = addMetalLayer();
     const auto hosted = host();
