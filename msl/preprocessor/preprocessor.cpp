@@ -183,6 +183,9 @@ bool Preprocessor::expandIdentifier(const Token& token) {
             (body.front().flags & ~(Token::kSpaceBefore | Token::kStartsLine)) |
             (token.flags & Token::kSpaceBefore));
     }
+    if (macro->place.begin.offset != 0) {
+        diagnostics_.noteExpansion(token.location, macro->place);
+    }
     macro->disabled = true;
     Frame frame;
     frame.tokens = std::move(body);

@@ -71,6 +71,12 @@ void Diagnostics::error(Range range, std::string message) {
     lastDropped_ = false;
     add(Severity::error, range, std::move(message));
     ++errorCount_;
+    for (const auto& expansion : expansions_) {
+        if (expansion.at == range.begin) {
+            add(Severity::note, expansion.macro, "it stands in this macro");
+            break;
+        }
+    }
     if (exhausted()) {
         add(Severity::note, Range{}, "no further errors are reported");
     }

@@ -63,6 +63,9 @@ class Diagnostics {
     void warning(Range range, std::string message);
     void note(Range range, std::string message);
 
+    // The tokens at the place came from the macro that is defined at the other one.
+    void noteExpansion(Location at, Range macro) { expansions_.push_back({at, macro}); }
+
     // Takes what is reported while it lives as a test only: errors are counted, not kept.
     class Muted {
       public:
@@ -93,6 +96,11 @@ class Diagnostics {
 
     const SourceManager& sources_;
     std::vector<Diagnostic> list_;
+    struct Expansion {
+        Location at;
+        Range macro;
+    };
+    std::vector<Expansion> expansions_;
     std::vector<uint32_t> errorOffsets_;
     uint32_t errorCount_ = 0;
     uint32_t muted_ = 0;

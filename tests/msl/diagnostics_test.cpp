@@ -44,6 +44,15 @@ TEST(DiagnosticsTest, AWrongDeclarationDoesNotMakeItsUsesWrong) {
     EXPECT_EQ(compiled.result.diagnostics.size(), 1U) << compiled.text;
 }
 
+TEST(DiagnosticsTest, AnErrorInAMacroNamesTheMacro) {
+    const auto compiled = compileAndValidate(
+        fragmentSource("return float4(TWICE(v.one));", "#define TWICE(x) ((x) + missing)"));
+    ASSERT_EQ(compiled.result.diagnostics.size(), 2U) << compiled.text;
+    EXPECT_EQ(compiled.result.diagnostics[1].severity, Severity::note);
+    EXPECT_EQ(compiled.result.diagnostics[1].message, "it stands in this macro");
+    EXPECT_EQ(compiled.result.diagnostics[1].line, 3U);
+}
+
 struct Wrong {
     const char* name;
     const char* source;
