@@ -147,11 +147,13 @@ TEST_F(SurfaceSoakTest, SurfacesThatComeAndGoLeaveNothingBehind) {
             settled = Holdings::now();
         }
     }
+    // The completion thread may still be giving up the last surface, or writing a file.
+    eventually([&] { return Holdings::now().descriptors <= settled.descriptors; });
     const Holdings held = Holdings::now();
     std::printf("descriptors %ld -> %ld, mappings %ld -> %ld, resident pages %ld -> %ld\n",
                 settled.descriptors, held.descriptors, settled.mappings, held.mappings,
                 settled.residentPages, held.residentPages);
-    EXPECT_EQ(held.descriptors, settled.descriptors);
+    EXPECT_LE(held.descriptors, settled.descriptors);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) && !defined(__clang__)
     // The sanitizers keep memory of their own. Allocators move by a few mappings and pages.
     EXPECT_LE(held.mappings, settled.mappings + 8);
