@@ -179,10 +179,11 @@ static int writeArchive(NSString *className, NSData *input) {
 }
 
 static int timeArchiving(BOOL reading, NSString *className, NSData *input) {
-    const int rounds = 50;
+    const NSTimeInterval enough = 0.3;
+    int rounds = 0;
     StandIn *root = reading ? nil : rootOfList(input);
     NSDate *begin = [NSDate date];
-    for (int i = 0; i < rounds; ++i) {
+    for (; -[begin timeIntervalSinceNow] < enough; ++rounds) {
         NSAutoreleasePool *pool = [NSAutoreleasePool new];
         id result = reading ? (id)unarchived(className, input) : (id)archived(className, root);
         if (result == nil) {
