@@ -213,9 +213,7 @@ void transition(const Context& context, VkCommandBuffer commands, DeviceImage& i
     image.setLayout(layout);
 }
 
-void copyOut(VkCommandBuffer commands, const DeviceImage& image, const Buffer& buffer) {
-    const VkBufferImageCopy copy = wholeCopy(image);
-    vkCmdCopyImageToBuffer(commands, image.handle(), image.layout(), buffer.handle(), 1, &copy);
+void makeVisibleToHost(VkCommandBuffer commands) {
     VkMemoryBarrier2 toHost{};
     toHost.sType = VK_STRUCTURE_TYPE_MEMORY_BARRIER_2;
     toHost.srcStageMask = VK_PIPELINE_STAGE_2_COPY_BIT;
@@ -227,6 +225,12 @@ void copyOut(VkCommandBuffer commands, const DeviceImage& image, const Buffer& b
     dependency.memoryBarrierCount = 1;
     dependency.pMemoryBarriers = &toHost;
     vkCmdPipelineBarrier2(commands, &dependency);
+}
+
+void copyOut(VkCommandBuffer commands, const DeviceImage& image, const Buffer& buffer) {
+    const VkBufferImageCopy copy = wholeCopy(image);
+    vkCmdCopyImageToBuffer(commands, image.handle(), image.layout(), buffer.handle(), 1, &copy);
+    makeVisibleToHost(commands);
 }
 
 void copyIn(VkCommandBuffer commands, const Buffer& buffer, const DeviceImage& image) {

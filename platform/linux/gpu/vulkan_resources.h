@@ -102,6 +102,9 @@ void transition(const Context& context, VkCommandBuffer commands, DeviceImage& i
                 VkImageLayout layout, Contents contents = Contents::kept,
                 Ownership ownership = Ownership::kept);
 
+/// Records that the host may read what copies before have written.
+void makeVisibleToHost(VkCommandBuffer commands);
+
 /// Records a copy of the whole image, rows without padding, which the CPU finds in the mapped
 /// buffer once the device has done it. The image is in a layout that can be copied from.
 void copyOut(VkCommandBuffer commands, const DeviceImage& image, const Buffer& buffer);

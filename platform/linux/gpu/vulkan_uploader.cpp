@@ -117,17 +117,7 @@ bool Uploader::download(DeviceImage& image, const gpu::Region& region,
     info.regionCount = 1;
     info.pRegions = &copy;
     vkCmdCopyImageToBuffer2(commands, &info);
-    VkMemoryBarrier2 toHost{};
-    toHost.sType = VK_STRUCTURE_TYPE_MEMORY_BARRIER_2;
-    toHost.srcStageMask = VK_PIPELINE_STAGE_2_COPY_BIT;
-    toHost.srcAccessMask = VK_ACCESS_2_TRANSFER_WRITE_BIT;
-    toHost.dstStageMask = VK_PIPELINE_STAGE_2_HOST_BIT;
-    toHost.dstAccessMask = VK_ACCESS_2_HOST_READ_BIT;
-    VkDependencyInfo dependency{};
-    dependency.sType = VK_STRUCTURE_TYPE_DEPENDENCY_INFO;
-    dependency.memoryBarrierCount = 1;
-    dependency.pMemoryBarriers = &toHost;
-    vkCmdPipelineBarrier2(commands, &dependency);
+    makeVisibleToHost(commands);
     vkEndCommandBuffer(commands);
     const std::uint64_t point = context_->submit(commands);
     const bool done = point != 0 && context_->wait(point);
