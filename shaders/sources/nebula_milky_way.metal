@@ -93,12 +93,12 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float t = u.time * u.speed;
 
     // x runs along the band and y across it. The sky turns, but so little that it seems to sway.
-    float turn = 0.06 * sin(kTwoPi * fract(t * 0.0032));
+    float turn = 0.06 * sin(kTwoPi * fract(t * 0.0047));
     float angle = -0.56 + kTwoPi * u.params.w + turn;
     float c = cos(angle);
     float s = sin(angle);
     float2 b = float2(c * p.x + s * p.y, c * p.y - s * p.x);
-    float2 sway = 0.10 * float2(sin(kTwoPi * fract(t * 0.0041)), cos(kTwoPi * fract(t * 0.0037)));
+    float2 sway = 0.16 * float2(sin(kTwoPi * fract(t * 0.0083)), cos(kTwoPi * fract(t * 0.0071)));
 
     float width = max(u.params.x, 0.1);
     float bend = 0.10 * (cloud(b * 1.2 + 5.0) - 0.5) + 0.03 * sin(b.x * 2.1);

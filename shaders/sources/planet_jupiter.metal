@@ -123,7 +123,7 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         float3 n = float3(d.x, d.y, z);
         float latitude = asin(clamp(-n.y, -1.0, 1.0));
         float longitude = atan2(n.x, max(n.z, 0.0001)) / kTwoPi;
-        float spin = fract(t * 0.0052);
+        float spin = fract(t * 0.0083);
         float unrest = 1.0 + u.params.w;
 
         // The great oval turns in its own place and carries the clouds around it.
@@ -149,8 +149,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         float lower = floor(row);
         float blend = smoothstep(0.30, 0.70, row - lower);
         float driftA =
-            fract(t * 0.0016 * (hash(float2(lower, 3.0)) - 0.35) + hash(float2(lower, 5.0)));
-        float driftB = fract(t * 0.0016 * (hash(float2(lower + 1.0, 3.0)) - 0.35) +
+            fract(t * 0.0042 * (hash(float2(lower, 3.0)) - 0.35) + hash(float2(lower, 5.0)));
+        float driftB = fract(t * 0.0042 * (hash(float2(lower + 1.0, 3.0)) - 0.35) +
                              hash(float2(lower + 1.0, 5.0)));
         float2 swirl =
             float2(0.0, 0.55 * sin(lx * 5.0 + y * 30.0) + 0.35 * sin(lx * 11.0 - y * 47.0)) *
