@@ -37,7 +37,7 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 //
 // slot        what it does                                   useful range   default
 // color1      colour of the curtains' upper reaches          any            violet
-// color2      colour that the lower hems can take            any            cyan
+// color2      replaces the green of the hems, by params.y     any            cyan
 // color3      tints the night sky above the horizon          any            blue
 // background  colour of the sky overhead and of the land     dark           near black
 // params.x    height of the curtains                         0.4 .. 2       1
