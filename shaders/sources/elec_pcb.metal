@@ -491,6 +491,22 @@ float pourOutline(float2 p, float2 tile) {
     return max(max(q.x, q.y), (q.x + q.y + chamfer) * 0.70710678);
 }
 
+Layers bareLaminate() {
+    Layers l;
+    l.copper = 100.0;
+    l.masked = 100.0;
+    l.aside = float2(0.0);
+    l.pour = 100.0;
+    l.gold = 100.0;
+    l.hole = 100.0;
+    l.silk = 0.0;
+    l.shade = 1.0;
+    l.light = float3(0.0);
+    l.part = float3(0.0);
+    l.cover = 0.0;
+    return l;
+}
+
 // What stands at a point of the board; `pixel` is a pixel's size in board units.
 Layers survey(float2 board, float pixel, float t, constant Uniforms& u) {
     float2 tile = floor(board / kTile);
@@ -505,21 +521,10 @@ Layers survey(float2 board, float pixel, float t, constant Uniforms& u) {
     bool live = isLive(tile, band, horizontal);
     bool poured = hasPour(tile);
 
-    Layers l;
-    l.copper = 100.0;
-    l.masked = 100.0;
-    l.aside = float2(0.0);
-    l.pour = 100.0;
-    l.gold = 100.0;
-    l.hole = 100.0;
-    l.silk = 0.0;
-    l.shade = 1.0;
-    l.light = float3(0.0);
-    l.part = float3(0.0);
-    l.cover = 0.0;
-
+    Layers l = bareLaminate();
+    float2 inBand = float2(p.x, p.y - (band + 0.5) * kBand);
     if (live) {
-        addBus(float2(p.x, p.y - (band + 0.5) * kBand), tile, row, band, horizontal, t, u, l);
+        addBus(inBand, tile, row, band, horizontal, t, u, l);
     }
     float keepOut = 100.0;
     float chipSize = busSize(3.0 * (horizontal ? tile.y : tile.x) + 1.0);
@@ -531,9 +536,9 @@ Layers survey(float2 board, float pixel, float t, constant Uniforms& u) {
     }
 
     // The free bands are laid out on a grid of 4 by 2.33.
+    float2 cell = floor(p / kCell);
+    float2 inCell = p - (cell + 0.5) * kCell;
     if (!live) {
-        float2 cell = floor(p / kCell);
-        float2 inCell = p - (cell + 0.5) * kCell;
         float chance = cellChance(cell, tile);
         if (holdsPassive(cell, tile, chip, chipSize)) {
             addPassive(inCell, floor(chance * 997.0), toShadow, pixel, l);
@@ -548,20 +553,27 @@ Layers survey(float2 board, float pixel, float t, constant Uniforms& u) {
                 l.hole = min(l.hole, d - kDrill);
             }
         }
-        // A passive's vias nearly fill its cell, so the pour must clear those of the next cells
-        // too.
-        if (poured) {
-            float2 toward = float2(inCell.x < 0.0 ? -1.0 : 1.0, inCell.y < 0.0 ? -1.0 : 1.0);
-            for (int j = 1; j < 4; ++j) {
-                float2 next = toward * float2(float(j & 1), float(j >> 1));
-                bool sameBand = floor((cell.y + next.y) * 0.25) == band;
-                if (sameBand && holdsPassive(cell + next, tile, chip, chipSize)) {
-                    l.copper = min(l.copper, passiveCopper(inCell - next * kCell));
-                }
-            }
-        }
     }
     if (poured) {
+        // A passive's vias nearly fill its cell, so the pour must clear those of the next cells
+        // too, and a wide bus nearly fills its band.
+        float2 toward = float2(inCell.x < 0.0 ? -1.0 : 1.0, inCell.y < 0.0 ? -1.0 : 1.0);
+        for (int j = 1; j < 4; ++j) {
+            float2 next = cell + toward * float2(float(j & 1), float(j >> 1));
+            float itsBand = floor(next.y * 0.25);
+            if (itsBand >= 0.0 && itsBand <= 2.0 && !isLive(tile, itsBand, horizontal) &&
+                holdsPassive(next, tile, chip, chipSize)) {
+                l.copper = min(l.copper, passiveCopper(p - (next + 0.5) * kCell));
+            }
+        }
+        float side = inBand.y < 0.0 ? -1.0 : 1.0;
+        if (abs(inBand.y) > 0.5 * kBand - kClear && abs(band + side - 1.0) < 1.5 &&
+            isLive(tile, band + side, horizontal)) {
+            Layers beside = bareLaminate();
+            addBus(inBand - float2(0.0, side * kBand), tile, row + side, band + side, horizontal,
+                   t, u, beside);
+            l.copper = min(l.copper, beside.copper);
+        }
         l.pour = max(max(pourOutline(p, tile), kClear - l.copper), -keepOut);
     }
     if (!horizontal) {

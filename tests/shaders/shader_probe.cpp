@@ -80,9 +80,9 @@ ShaderProbe ShaderProbe::ofPicture(std::string_view source) {
             gpu::PixelFormat::bgra8Unorm};
 }
 
-ShaderProbe ShaderProbe::ofNumbers(std::string_view source, std::string_view body) {
-    return {withPictureFunction(source) + "\nfloat probe(VOut in, constant Uniforms& u) {\n" +
-                std::string(body) + "\n}\n" + samplingEntry("float4(probe(in, u))"),
+ShaderProbe ShaderProbe::ofNumbers(std::string_view source, std::string_view functions) {
+    return {withPictureFunction(source) + std::string(functions) +
+                samplingEntry("float4(probe(in, u))"),
             gpu::PixelFormat::r32Float};
 }
 

@@ -34,10 +34,10 @@ class ShaderProbe {
   public:
     /// Draws what f_main returns.
     static ShaderProbe ofPicture(std::string_view source);
-    /// Draws the numbers that `body` returns: statements of a function
-    /// `float probe(VOut in, constant Uniforms& u)` that may call `picture(in, u)`, which is the
-    /// source's f_main, and all other functions of the source.
-    static ShaderProbe ofNumbers(std::string_view source, std::string_view body);
+    /// Draws what the last of `functions`, `float probe(VOut in, constant Uniforms& u)`, returns.
+    /// They stand after the source and may call all of its functions, and its f_main under the name
+    /// `picture(in, u)`.
+    static ShaderProbe ofNumbers(std::string_view source, std::string_view functions);
 
     /// Rows of RGBA bytes, as an 8-bit display shows them.
     std::vector<std::uint8_t> pixels(const ProbeView& view) const;

@@ -251,8 +251,11 @@ TEST_P(WallpaperPicture, IsOpaqueAndWithinItsToneAtEverySizeAndTime) {
 }
 
 TEST_P(WallpaperPicture, EveryColourIsANumberAtEverySizeTimeAndLook) {
-    const ShaderProbe sums = ShaderProbe::ofNumbers(
-        unclamped(GetParam().source), "float4 c = picture(in, u); return c.r + c.g + c.b + c.a;");
+    const ShaderProbe sums = ShaderProbe::ofNumbers(unclamped(GetParam().source), R"(
+        float probe(VOut in, constant Uniforms& u) {
+            float4 c = picture(in, u);
+            return c.r + c.g + c.b + c.a;
+        })");
     const auto check = [&](const ProbeView& view, const std::string& what) {
         const std::vector<float> numbers = sums.numbers(view);
         EXPECT_TRUE(std::all_of(numbers.begin(), numbers.end(), [](float number) {
