@@ -200,7 +200,9 @@ class BusConnection : public XPCConnection, public std::enable_shared_from_this<
     void run() {
         threadsConnection = this;
         sd_bus_add_filter(bus_.get(), nullptr, filtered, this);
-        if (sd_bus_start(bus_.get()) >= 0) {
+        if (const int status = sd_bus_start(bus_.get()); status < 0) {
+            noteBrokenProtocol(status);
+        } else {
             while (serveReady()) {
                 waitForMore();
             }
@@ -236,8 +238,7 @@ class BusConnection : public XPCConnection, public std::enable_shared_from_this<
                 return false;
             }
             if (status < 0) {
-                note(kConnection,
-                     std::string("closed, for it broke the protocol: ") + std::strerror(-status));
+                noteBrokenProtocol(status);
                 return false;
             }
             if (!keepsUp()) {
@@ -249,6 +250,11 @@ class BusConnection : public XPCConnection, public std::enable_shared_from_this<
                 return true;
             }
         }
+    }
+
+    void noteBrokenProtocol(int status) {
+        note(kConnection,
+             std::string("closed, for it broke the protocol: ") + std::strerror(-status));
     }
 
     bool keepsUp() const {
