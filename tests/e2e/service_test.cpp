@@ -10,6 +10,9 @@
 #include <csignal>
 #include <fcntl.h>
 #include <linux/landlock.h>
+#include <set>
+#include <sstream>
+#include <sys/mount.h>
 #include <sys/syscall.h>
 
 namespace vantor::e2e {
@@ -120,6 +123,64 @@ TEST_F(ServiceTest, AHomeThatCannotBeMadeIsSaidBeforeAnythingStarts) {
                                              {.attached = {}, .ended = {}});
     ASSERT_FALSE(started);
     EXPECT_TRUE(started.error().starts_with("the extension's home ")) << started.error();
+}
+
+TEST_F(ServiceTest, AnEntryWithoutTheRuntimeSaysSoAndFails) {
+    auto variables = environment();
+    variables["HOME"] = extensionHome().string();
+    const Outcome outcome = run({VANTOR_WITHOUT_RUNTIME}, variables);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_TRUE(log().ends_with("Z NSExtensionMain unavailable — cannot serve\n")) << log();
+}
+
+TEST_F(ServiceTest, AnExtensionThatIsStartedByHandSaysWhoStartsIt) {
+    const Outcome outcome = run({bundle() / "VantorLockScreen"}, environment());
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.errors.find("is started by the wallpaper agent"), std::string::npos)
+        << outcome.errors;
+}
+
+/// A file system of its own over a folder; only root may have one.
+class SmallDisk {
+  public:
+    explicit SmallDisk(const std::filesystem::path& folder) : folder_(folder) {
+        std::filesystem::create_directories(folder);
+        mounted_ = mount("none", folder.c_str(), "tmpfs", 0, "size=64k") == 0;
+    }
+    ~SmallDisk() {
+        if (mounted_) {
+            umount2(folder_.c_str(), MNT_DETACH);
+        }
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+    explicit operator bool() const { return mounted_; }
+    /// Leaves no byte free.
+    void fill() const {
+        std::ofstream file(folder_ / "filler", std::ios::binary);
+        for (const std::string page(4096, 'x'); file.write(page.data(), 4096) && file.flush();) {
+        }
+    }
+
+  private:
+    std::filesystem::path folder_;
+    bool mounted_;
+};
+
+TEST_F(ServiceTest, AFullDiskCostsTheFilesOnlyAndTheLogGoesOnWhenThereIsRoom) {
+    const SmallDisk disk(extensionHome());
+    if (!disk) {
+        GTEST_SKIP() << "no file system can be mounted";
+    }
+    disk.fill();
+    start();
+    const auto agent = client();
+    EXPECT_EQ(acquire(*agent).error, std::nullopt);
+    EXPECT_TRUE(eventually([this] { return drawableCount() > 0; }));
+    EXPECT_EQ(log().find("ACQUIRE"), std::string::npos);
+    std::filesystem::remove(extensionHome() / "filler");
+    EXPECT_EQ(acquire(*agent).error, std::nullopt);
+    EXPECT_TRUE(eventually([this] { return log().find("ACQUIRE") != std::string::npos; })) << log();
 }
 
 /// A small program that is launched as the extension is, and tries what the test names.
@@ -243,6 +304,25 @@ TEST_F(FaultTest, AnExtensionThatStandsStillForAWhileMovesAgain) {
     const Outcome outcome = agent.wait(seconds(60));
     EXPECT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_GT(pictureDifference(), 0.1);
+}
+
+TEST_F(FaultTest, AWallClockThatJumpsADayForthAndBackMovesNothing) {
+#ifdef VANTOR_JUMPING_CLOCK
+    auto variables = environment();
+    variables["LD_PRELOAD"] = VANTOR_JUMPING_CLOCK;
+    const Outcome outcome = run(agentCommand("3"), variables);
+    ASSERT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_GT(pictureDifference(), 0.1);
+    // The log's moments are the wall clock's, so that the jumps did happen.
+    std::set<std::string> days;
+    std::istringstream lines(log());
+    for (std::string line; std::getline(lines, line);) {
+        days.insert(line.substr(0, line.find('T')));
+    }
+    EXPECT_GT(days.size(), 1U) << log();
+#else
+    GTEST_SKIP() << "nothing can be preloaded under a sanitizer";
+#endif
 }
 
 TEST_F(FaultTest, AnExtensionThatNeverMovesAgainIsEndedWithItsAgent) {
