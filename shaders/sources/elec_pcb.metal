@@ -58,7 +58,9 @@ constant float kDrill = 0.19;     // radius of a via's hole
 constant float kClear = 0.42;     // clearance that the pour keeps
 constant float kMargin = 1.3;     // least from a tile's edge to the first via of a bus that ends
 constant float kStagger = 1.3;    // between the two rows of a staggered row of vias
+constant float kHalo = 2.1;       // how far a signal's light reaches
 constant float kPin = 1.1;        // length of a chip's pin
+constant float2 kReach = float2(0.42, 0.23); // of a passive's clearance over the edge of its cell
 constant float2 kFanOut = float2(1.58, -0.55); // from a passive's middle to one of its vias
 
 constant float3 kLaminate = float3(0.035, 0.165, 0.078);
@@ -350,17 +352,19 @@ void addBus(float2 p, float2 tile, float row, float band, bool horizontal, float
             addPad(box(toPin, float2(0.55, 0.28)), l);
         }
 
+        // Past this the halo is below half a step of an 8-bit display. Of two neighbours each lights
+        // the space between them; past the outermost one the clamp gives the same trace twice,
+        // which counts once.
+        if (d > kHalo || (j > 0 && (first < 0.0 || first + 1.0 >= size))) {
+            continue;
+        }
         float glow = signalAt(here * kTile + p.x, row + (horizontal ? 0.0 : 500.0), trace, t,
                               0.72 + u.params.w);
         float pick = hash(float2(trace + 16.0 * row, 89.0));
         float3 hue = pick < 0.25 ? u.color1.rgb : (pick < 0.75 ? u.color2.rgb : u.color3.rgb);
         float core = exp(-max(d + 0.10, 0.0) * 16.0);
         float halo = exp(-max(d, 0.0) * 2.3) * soften;
-        // Each of two neighbours lights the space between them; past the outermost one the clamp
-        // gives the same trace twice, which counts once.
-        if (j == 0 || trace > first) {
-            l.light += glow * (hue * (0.75 * core + 0.20 * halo) + float3(0.35) * glow * core);
-        }
+        l.light += glow * (hue * (0.75 * core + 0.20 * halo) + float3(0.35) * glow * core);
     }
 }
 
@@ -561,7 +565,9 @@ Layers survey(float2 board, float pixel, float t, constant Uniforms& u) {
         for (int j = 1; j < 4; ++j) {
             float2 next = cell + toward * float2(float(j & 1), float(j >> 1));
             float itsBand = floor(next.y * 0.25);
-            if (itsBand >= 0.0 && itsBand <= 2.0 && !isLive(tile, itsBand, horizontal) &&
+            bool near = ((j & 1) == 0 || abs(inCell.x) > 0.5 * kCell.x - kReach.x) &&
+                        ((j & 2) == 0 || abs(inCell.y) > 0.5 * kCell.y - kReach.y);
+            if (near && itsBand >= 0.0 && itsBand <= 2.0 && !isLive(tile, itsBand, horizontal) &&
                 holdsPassive(next, tile, chip, chipSize)) {
                 l.copper = min(l.copper, passiveCopper(p - (next + 0.5) * kCell));
             }
