@@ -45,6 +45,11 @@ class BoardMap {
     bool has(int x, int y, int what) const { return (at(x, y) & what) != 0; }
     /// Copper of a net: neither pour nor what stands in it.
     bool isNet(int x, int y) const { return has(x, y, kTrace | kGold) && !has(x, y, kStitching); }
+    /// Copper of a net with something else beside it.
+    bool isRim(int x, int y) const {
+        return isNet(x, y) &&
+               !(isNet(x - 1, y) && isNet(x + 1, y) && isNet(x, y - 1) && isNet(x, y + 1));
+    }
 
   private:
     BoardMap() {
@@ -195,7 +200,7 @@ TEST(ElecPCB, EveryNetJoinsAtMostTwoPadsOrViasAndKeepsClearOfOthers) {
     const auto disc = discOf(0.25 * kSamplesPerUnit);
     forEachSample(kSamplesPerUnit, [&](int x, int y) {
         const int net = nets[index(x, y)];
-        if (net != 0 && std::any_of(disc.begin(), disc.end(), [&](const auto& offset) {
+        if (map.isRim(x, y) && std::any_of(disc.begin(), disc.end(), [&](const auto& offset) {
                 const int other = nets[index(x + offset.first, y + offset.second)];
                 return other != 0 && other != net;
             })) {
@@ -210,7 +215,7 @@ TEST(ElecPCB, ThePourKeepsClearOfEveryTraceViaAndPad) {
     const auto disc = discOf(0.36 * kSamplesPerUnit);
     std::vector<std::pair<int, int>> close;
     forEachSample(kSamplesPerUnit, [&](int x, int y) {
-        if (map.isNet(x, y) && std::any_of(disc.begin(), disc.end(), [&](const auto& offset) {
+        if (map.isRim(x, y) && std::any_of(disc.begin(), disc.end(), [&](const auto& offset) {
                 return map.has(x + offset.first, y + offset.second, kPour);
             })) {
             close.emplace_back(x, y);
