@@ -27,6 +27,12 @@ find_program(VANTOR_CCACHE ccache)
 if(VANTOR_CCACHE)
     set(CMAKE_C_COMPILER_LAUNCHER ${VANTOR_CCACHE})
     set(CMAKE_CXX_COMPILER_LAUNCHER ${VANTOR_CCACHE})
+    set(CMAKE_OBJCXX_COMPILER_LAUNCHER ${VANTOR_CCACHE})
+endif()
+
+find_package(Threads REQUIRED)
+if(APPLE)
+    return()
 endif()
 
 find_program(VANTOR_LLD ld.lld)
@@ -34,5 +40,4 @@ if(VANTOR_LLD)
     add_link_options(-fuse-ld=lld)
 endif()
 
-find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
