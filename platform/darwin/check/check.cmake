@@ -28,11 +28,11 @@ target_link_options(vantor_platform_darwin PUBLIC ${exports}/libobjc.tbd)
 # vantor_check_link(TARGET)
 # macOS has the C++ library as a shared one. Its exports are taken to be what the program asks of
 # it; every other symbol must be in the lists.
-set(VANTOR_STUB_MAKER ${stub_maker} CACHE INTERNAL "")
+set(VANTOR_STUB_MAKER ${Python3_EXECUTABLE} ${stub_maker} CACHE INTERNAL "")
 function(vantor_check_link TARGET)
     set(library ${CMAKE_BINARY_DIR}/exports/${TARGET}/libc++.1.tbd)
     add_custom_command(TARGET ${TARGET} PRE_LINK
-        COMMAND Python3::Interpreter ${VANTOR_STUB_MAKER} --cxx ${CMAKE_BINARY_DIR} ${library}
+        COMMAND ${VANTOR_STUB_MAKER} --cxx ${CMAKE_BINARY_DIR} ${library}
         VERBATIM)
     # Not as a library, which would have to be there before the link step writes it.
     target_link_options(${TARGET} PRIVATE ${library})

@@ -44,7 +44,7 @@ typedef struct {
 @interface NSObject (NSKeyValueCoding)
 - (id)valueForKey:(NSString *)key;
 @end
-@interface NSException : NSObject
+__attribute__((objc_exception)) @interface NSException : NSObject
 @end
 
 // Pages: "NSString", "NSUTF8StringEncoding"
