@@ -47,3 +47,10 @@ foreach(architecture arm64 x86_64)
         USES_TERMINAL_CONFIGURE ON
         USES_TERMINAL_BUILD ON)
 endforeach()
+
+# CTest of the outer build runs what can be told of programs that do not run here.
+foreach(architecture arm64 x86_64)
+    add_test(NAME DarwinCheck.${architecture}
+        COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/tests/platform/darwin/darwin_check_test.py
+            ${PROJECT_SOURCE_DIR} ${CMAKE_BINARY_DIR}/${architecture} ${architecture})
+endforeach()

@@ -60,33 +60,26 @@ private final class Reflected {
 func mirrorCreate(_ object: UnsafeRawPointer) -> UnsafeRawPointer {
     Reflected(Unmanaged<AnyObject>.fromOpaque(object).takeUnretainedValue()).retained()
 }
-
 @_cdecl("VantorMirrorRelease")
 func mirrorRelease(_ mirror: UnsafeRawPointer) {
     Unmanaged<Reflected>.fromOpaque(mirror).release()
 }
-
 @_cdecl("VantorMirrorChildCount")
 func mirrorChildCount(_ mirror: UnsafeRawPointer) -> Int { Reflected.of(mirror).children.count }
-
 @_cdecl("VantorMirrorCreateChild")
 func mirrorCreateChild(_ mirror: UnsafeRawPointer, _ index: Int) -> UnsafeRawPointer {
     Reflected(Reflected.of(mirror).children[index].value).retained()
 }
-
 @_cdecl("VantorMirrorCopyChildLabel")
 func mirrorCopyChildLabel(_ mirror: UnsafeRawPointer, _ index: Int) -> UnsafeMutablePointer<CChar>? {
     Reflected.of(mirror).children[index].label.flatMap { strdup($0) }
 }
-
 @_cdecl("VantorMirrorIsEnumeration")
 func mirrorIsEnumeration(_ mirror: UnsafeRawPointer) -> Bool { Reflected.of(mirror).style == .enum }
-
 @_cdecl("VantorMirrorCopyDescription")
 func mirrorCopyDescription(_ mirror: UnsafeRawPointer) -> UnsafeMutablePointer<CChar>? {
     strdup(String(describing: Reflected.of(mirror).value))
 }
-
 @_cdecl("VantorMirrorCopyBytes")
 func mirrorCopyBytes(_ mirror: UnsafeRawPointer, _ count: UnsafeMutablePointer<Int>)
     -> UnsafeMutablePointer<UInt8>? {
@@ -97,46 +90,39 @@ func mirrorCopyBytes(_ mirror: UnsafeRawPointer, _ count: UnsafeMutablePointer<I
     count.pointee = data.count
     return bytes
 }
-
 @_cdecl("VantorMirrorGetUUID")
 func mirrorGetUUID(_ mirror: UnsafeRawPointer, _ bytes: UnsafeMutablePointer<UInt8>) -> Bool {
     guard let identifier = Reflected.of(mirror).value as? UUID else { return false }
-    withUnsafeBytes(of: identifier.uuid) { bytes.update(from: $0.bindMemory(to: UInt8.self).baseAddress!, count: 16) }
+    withUnsafeBytes(of: identifier.uuid) { UnsafeMutableRawPointer(bytes).copyMemory(from: $0.baseAddress!, byteCount: 16) }
     return true
 }
 
+private func give<T>(_ value: T?, _ out: UnsafeMutablePointer<T>) -> Bool {
+    guard let value else { return false }
+    out.pointee = value
+    return true
+}
 @_cdecl("VantorMirrorGetSize")
 func mirrorGetSize(_ mirror: UnsafeRawPointer, _ width: UnsafeMutablePointer<Double>,
                    _ height: UnsafeMutablePointer<Double>) -> Bool {
-    guard let size = Reflected.of(mirror).exactly(CGSize.self) else { return false }
-    width.pointee = size.width
-    height.pointee = size.height
-    return true
+    let size = Reflected.of(mirror).exactly(CGSize.self)
+    return give((size?.width).map(Double.init), width) && give((size?.height).map(Double.init), height)
 }
 
+/// The system's CGFloat is a double under another name.
 @_cdecl("VantorMirrorGetDouble")
 func mirrorGetDouble(_ mirror: UnsafeRawPointer, _ value: UnsafeMutablePointer<Double>) -> Bool {
     let reflected = Reflected.of(mirror)
-    guard let number = reflected.exactly(Double.self)
-        ?? reflected.exactly(CGFloat.self).map(Double.init) else { return false }
-    value.pointee = number
-    return true
+    return give(reflected.exactly(Double.self) ?? reflected.exactly(CGFloat.self).map(Double.init), value)
 }
-
 @_cdecl("VantorMirrorGetUInt32")
 func mirrorGetUInt32(_ mirror: UnsafeRawPointer, _ value: UnsafeMutablePointer<UInt32>) -> Bool {
-    guard let number = Reflected.of(mirror).exactly(UInt32.self) else { return false }
-    value.pointee = number
-    return true
+    give(Reflected.of(mirror).exactly(UInt32.self), value)
 }
-
 @_cdecl("VantorMirrorGetBoolean")
 func mirrorGetBoolean(_ mirror: UnsafeRawPointer, _ value: UnsafeMutablePointer<Bool>) -> Bool {
-    guard let flag = Reflected.of(mirror).exactly(Bool.self) else { return false }
-    value.pointee = flag
-    return true
+    give(Reflected.of(mirror).exactly(Bool.self), value)
 }
-
 @_cdecl("VantorMirrorCopyFileURL")
 func mirrorCopyFileURL(_ mirror: UnsafeRawPointer) -> UnsafeMutablePointer<CChar>? {
     guard let url = Reflected.of(mirror).value as? URL, url.isFileURL else { return nil }

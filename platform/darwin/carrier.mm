@@ -1,4 +1,4 @@
-#include "platform/darwin/carrier.h"
+#include "platform/darwin/darwin_object_runtime.h"
 
 #import <Foundation/Foundation.h>
 

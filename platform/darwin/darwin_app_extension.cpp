@@ -1,4 +1,4 @@
-#include "platform/darwin/darwin_app_extension.h"
+#include "platform/darwin/darwin_system.h"
 
 #include "platform/darwin/darwin_xpc_connection.h"
 #include "platform/darwin/swift_interface.h"

@@ -1,4 +1,4 @@
-#include "platform/darwin/darwin_code_identity.h"
+#include "platform/darwin/darwin_system.h"
 
 #include "platform/darwin/foundation.h"
 

@@ -1,5 +1,5 @@
-#include "platform/darwin/darwin_keyed_archiving.h"
 #include "platform/darwin/darwin_object_runtime.h"
+#include "platform/darwin/darwin_system.h"
 #include "platform/darwin/foundation.h"
 
 namespace vantor::darwin {

@@ -37,7 +37,6 @@ void DarwinLayer::setFrame(const Rect& frame) {
 }
 
 double DarwinLayer::contentsScale() const { return caLayer(layer_).contentsScale; }
-
 void DarwinLayer::setContentsScale(double scale) { caLayer(layer_).contentsScale = scale; }
 
 std::optional<Color> DarwinLayer::backgroundColor() const {
@@ -76,7 +75,6 @@ void DarwinLayer::addSublayer(const LayerRef& layer) {
 }
 
 void DarwinLayer::removeFromSuperlayer() { [caLayer(layer_) removeFromSuperlayer]; }
-
 void DarwinTransactions::begin() { [CATransaction begin]; }
 
 void DarwinTransactions::setDisableActions(bool disable) {
@@ -84,7 +82,6 @@ void DarwinTransactions::setDisableActions(bool disable) {
 }
 
 void DarwinTransactions::commit() { [CATransaction commit]; }
-
 void DarwinTransactions::flush() { [CATransaction flush]; }
 
 LayerRef DarwinLayers::makeLayer() {

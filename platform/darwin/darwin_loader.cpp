@@ -1,4 +1,4 @@
-#include "platform/darwin/darwin_loader.h"
+#include "platform/darwin/darwin_system.h"
 
 #include <dlfcn.h>
 

@@ -1,4 +1,4 @@
-#include "platform/darwin/darwin_main_queue.h"
+#include "platform/darwin/darwin_system.h"
 
 #import <Foundation/Foundation.h>
 #include <dispatch/dispatch.h>

@@ -1,4 +1,4 @@
-#include "platform/darwin/darwin_media_clock.h"
+#include "platform/darwin/darwin_system.h"
 
 #import <QuartzCore/QuartzCore.h>
 

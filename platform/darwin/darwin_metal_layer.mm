@@ -1,6 +1,6 @@
 #include "platform/darwin/darwin_layers.h"
 #include "platform/darwin/foundation.h"
-#include "platform/darwin/metal_commands.h"
+#include "platform/darwin/metal_device.h"
 
 #import <QuartzCore/QuartzCore.h>
 

@@ -1,4 +1,4 @@
-#include "platform/darwin/darwin_notifications.h"
+#include "platform/darwin/darwin_system.h"
 
 #include "platform/darwin/foundation.h"
 

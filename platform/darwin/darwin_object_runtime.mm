@@ -1,11 +1,11 @@
 #include "platform/darwin/darwin_object_runtime.h"
 
-#include "platform/darwin/darwin_reflection.h"
 #include "platform/darwin/foundation.h"
 #include "platform/keyed_archive.h"
 
 #include <map>
 #include <mutex>
+#include <objc/runtime.h>
 
 namespace vantor::darwin {
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/darwin/darwin_property_lists.h"
+#include "platform/darwin/darwin_system.h"
 
 #include "platform/darwin/foundation.h"
 

@@ -1,4 +1,4 @@
-#include "platform/darwin/darwin_reflection.h"
+#include "platform/darwin/darwin_object_runtime.h"
 
 #include "platform/darwin/swift_interface.h"
 
@@ -15,6 +15,13 @@ std::optional<std::string> taken(char* text) {
     std::string copy = text;
     std::free(text);
     return copy;
+}
+
+/// A view that its function gives through a pointer, where the value is of that kind.
+template <typename T>
+std::optional<T> given(bool (*get)(VantorMirror, T*), VantorMirror mirror) {
+    T value{};
+    return get(mirror, &value) ? std::optional(value) : std::nullopt;
 }
 
 class MirroredValue : public ReflectedValue {
@@ -56,16 +63,13 @@ class MirroredValue : public ReflectedValue {
                                                                          : std::nullopt;
     }
     std::optional<double> asDouble() const override {
-        double value = 0;
-        return VantorMirrorGetDouble(mirror_, &value) ? std::optional(value) : std::nullopt;
+        return given(VantorMirrorGetDouble, mirror_);
     }
     std::optional<std::uint32_t> asUInt32() const override {
-        std::uint32_t value = 0;
-        return VantorMirrorGetUInt32(mirror_, &value) ? std::optional(value) : std::nullopt;
+        return given(VantorMirrorGetUInt32, mirror_);
     }
     std::optional<bool> asBoolean() const override {
-        bool value = false;
-        return VantorMirrorGetBoolean(mirror_, &value) ? std::optional(value) : std::nullopt;
+        return given(VantorMirrorGetBoolean, mirror_);
     }
     std::optional<std::string> asFileURL() const override {
         return taken(VantorMirrorCopyFileURL(mirror_));

@@ -1,4 +1,4 @@
-#include "platform/darwin/darwin_unified_log.h"
+#include "platform/darwin/darwin_system.h"
 
 #include <os/log.h>
 #include <string>

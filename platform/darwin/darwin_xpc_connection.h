@@ -7,6 +7,10 @@
 
 namespace vantor::darwin {
 
+/// An object of the Objective-C runtime that conforms to the exported protocol, and passes each of
+/// its operations to `object`, which it keeps.
+NativeRef makeExportedHandler(std::shared_ptr<ExportedObject> object);
+
 /// Over an NSXPCConnection.
 std::shared_ptr<XPCConnection> makeXPCConnection(NativeRef connection);
 

@@ -2,7 +2,6 @@
 
 #include "platform/darwin/agent_protocols.h"
 #include "platform/darwin/darwin_object_runtime.h"
-#include "platform/darwin/exported_handler.h"
 #include "platform/darwin/foundation.h"
 
 #include <cstdio>

@@ -1,83 +1,57 @@
-#include "platform/darwin/exported_handler.h"
+#include "platform/darwin/darwin_xpc_connection.h"
 
 #include "platform/darwin/agent_protocols.h"
 #include "platform/darwin/darwin_object_runtime.h"
 #include "platform/darwin/foundation.h"
-
-#include <cstdlib>
 
 namespace vantor::darwin {
 namespace {
 
 NSError* optionalError(const std::optional<Error>& error) { return error ? nsError(*error) : nil; }
 
-/// Refuses the shapes that its operation does not have; a Reply never sends one.
+/// Calls the one block that its operation's shape has; a Reply sends nothing else.
 class BlockSink : public ReplySink {
   public:
-    void error(const std::optional<Error>&) override { std::abort(); }
-    void object(const ObjectRef&, const std::optional<Error>&) override { std::abort(); }
-    void boolean(bool, const std::optional<Error>&) override { std::abort(); }
-};
+    explicit BlockSink(VantorErrorReply reply) : error_(reply) {}
+    explicit BlockSink(VantorObjectReply reply) : object_(reply) {}
+    explicit BlockSink(VantorBooleanReply reply) : boolean_(reply) {}
 
-class ErrorSink : public BlockSink {
-  public:
-    explicit ErrorSink(VantorErrorReply reply) : reply_([reply copy]) {}
-    void error(const std::optional<Error>& error) override { reply_(optionalError(error)); }
-
-  private:
-    VantorErrorReply reply_;
-};
-
-class ObjectSink : public BlockSink {
-  public:
-    explicit ObjectSink(VantorObjectReply reply) : reply_([reply copy]) {}
+    void error(const std::optional<Error>& error) override { error_(optionalError(error)); }
     void object(const ObjectRef& object, const std::optional<Error>& error) override {
-        reply_(native<id>(unwrap(object)), optionalError(error));
+        object_(native<id>(unwrap(object)), optionalError(error));
     }
-
-  private:
-    VantorObjectReply reply_;
-};
-
-class BooleanSink : public BlockSink {
-  public:
-    explicit BooleanSink(VantorBooleanReply reply) : reply_([reply copy]) {}
     void boolean(bool value, const std::optional<Error>& error) override {
-        reply_(value ? YES : NO, optionalError(error));
+        boolean_(value ? YES : NO, optionalError(error));
     }
 
   private:
-    VantorBooleanReply reply_;
+    VantorErrorReply error_ = nil;
+    VantorObjectReply object_ = nil;
+    VantorBooleanReply boolean_ = nil;
 };
 
-Reply replyTo(VantorErrorReply block) {
-    return {ReplyShape::error, std::make_unique<ErrorSink>(block)};
-}
-Reply replyTo(VantorObjectReply block) {
-    return {ReplyShape::objectAndError, std::make_unique<ObjectSink>(block)};
-}
-Reply replyTo(VantorBooleanReply block) {
-    return {ReplyShape::booleanAndError, std::make_unique<BooleanSink>(block)};
+template <typename Block, typename... Arguments>
+void forward(ExportedObject& object, WallpaperOperation operation, Block reply,
+             Arguments... arguments) {
+    object.invoke(operation, {wrap(nativeRef(arguments))...},
+                  Reply(info(operation).reply, std::make_unique<BlockSink>(reply)));
 }
 
 } // namespace
 } // namespace vantor::darwin
 
-using vantor::ExportedObject;
-using vantor::WallpaperOperation;
-using vantor::darwin::nativeRef;
-using vantor::darwin::replyTo;
-using vantor::darwin::wrap;
+using vantor::darwin::forward;
+using Operation = vantor::WallpaperOperation;
 
 @interface VantorExportedHandler : NSObject <WallpaperExtensionXPCProtocol> {
-    std::shared_ptr<ExportedObject> _object;
+    std::shared_ptr<vantor::ExportedObject> _object;
 }
-- (instancetype)initWithObject:(std::shared_ptr<ExportedObject>)object;
+- (instancetype)initWithObject:(std::shared_ptr<vantor::ExportedObject>)object;
 @end
 
 @implementation VantorExportedHandler
 
-- (instancetype)initWithObject:(std::shared_ptr<ExportedObject>)object {
+- (instancetype)initWithObject:(std::shared_ptr<vantor::ExportedObject>)object {
     if ((self = [super init])) {
         _object = std::move(object);
     }
@@ -85,109 +59,72 @@ using vantor::darwin::wrap;
 }
 
 - (void)acquireWithId:(id)identifier request:(id)request reply:(VantorObjectReply)reply {
-    _object->invoke(WallpaperOperation::acquire,
-                    {wrap(nativeRef(identifier)), wrap(nativeRef(request))}, replyTo(reply));
+    forward(*_object, Operation::acquire, reply, identifier, request);
 }
-
 - (void)updateWithId:(id)identifier request:(id)request reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::update,
-                    {wrap(nativeRef(identifier)), wrap(nativeRef(request))}, replyTo(reply));
+    forward(*_object, Operation::update, reply, identifier, request);
 }
-
 - (void)invalidateWithId:(id)identifier reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::invalidate, {wrap(nativeRef(identifier))}, replyTo(reply));
+    forward(*_object, Operation::invalidate, reply, identifier);
 }
-
 - (void)snapshotWithId:(id)identifier reply:(VantorObjectReply)reply {
-    _object->invoke(WallpaperOperation::snapshot, {wrap(nativeRef(identifier))}, replyTo(reply));
+    forward(*_object, Operation::snapshot, reply, identifier);
 }
-
 - (void)provideSettingsViewModelsWithContentTypes:(id)contentTypes reply:(VantorObjectReply)reply {
-    _object->invoke(WallpaperOperation::provideSettingsViewModels, {wrap(nativeRef(contentTypes))},
-                    replyTo(reply));
+    forward(*_object, Operation::provideSettingsViewModels, reply, contentTypes);
 }
-
 - (void)addChoiceRequestWithChoiceRequest:(id)choiceRequest
                         onBehalfOfProcess:(id)process
                                     reply:(VantorObjectReply)reply {
-    _object->invoke(WallpaperOperation::addChoiceRequest,
-                    {wrap(nativeRef(choiceRequest)), wrap(nativeRef(process))}, replyTo(reply));
+    forward(*_object, Operation::addChoiceRequest, reply, choiceRequest, process);
 }
-
 - (void)removeChoiceRequestWithChoiceRequest:(id)choiceRequest reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::removeChoiceRequest, {wrap(nativeRef(choiceRequest))},
-                    replyTo(reply));
+    forward(*_object, Operation::removeChoiceRequest, reply, choiceRequest);
 }
-
 - (void)selectedChoicesDidChangeFor:(id)choices reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::selectedChoicesDidChange, {wrap(nativeRef(choices))},
-                    replyTo(reply));
+    forward(*_object, Operation::selectedChoicesDidChange, reply, choices);
 }
-
 - (void)invokeContextMenuActionWithMenuItemID:(id)menuItemID
                                   groupItemID:(id)groupItemID
                                         reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::invokeContextMenuAction,
-                    {wrap(nativeRef(menuItemID)), wrap(nativeRef(groupItemID))}, replyTo(reply));
+    forward(*_object, Operation::invokeContextMenuAction, reply, menuItemID, groupItemID);
 }
-
 - (void)isChoiceDownloadedWith:(id)choiceID reply:(VantorBooleanReply)reply {
-    _object->invoke(WallpaperOperation::isChoiceDownloaded, {wrap(nativeRef(choiceID))},
-                    replyTo(reply));
+    forward(*_object, Operation::isChoiceDownloaded, reply, choiceID);
 }
-
 - (NSProgress*)downloadWithChoiceID:(id)choiceID reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::download, {wrap(nativeRef(choiceID))}, replyTo(reply));
+    forward(*_object, Operation::download, reply, choiceID);
     return nil;
 }
-
 - (void)pauseDownloadFor:(id)choiceID reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::pauseDownload, {wrap(nativeRef(choiceID))}, replyTo(reply));
+    forward(*_object, Operation::pauseDownload, reply, choiceID);
 }
-
 - (void)cancelDownloadFor:(id)choiceID reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::cancelDownload, {wrap(nativeRef(choiceID))},
-                    replyTo(reply));
+    forward(*_object, Operation::cancelDownload, reply, choiceID);
 }
-
 - (void)resumeDownloadFor:(id)choiceID reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::resumeDownload, {wrap(nativeRef(choiceID))},
-                    replyTo(reply));
+    forward(*_object, Operation::resumeDownload, reply, choiceID);
 }
-
 - (void)removeDownloadFor:(id)choiceID reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::removeDownload, {wrap(nativeRef(choiceID))},
-                    replyTo(reply));
+    forward(*_object, Operation::removeDownload, reply, choiceID);
 }
-
 - (void)migrateSelectedChoiceFor:(id)choice reply:(VantorObjectReply)reply {
-    _object->invoke(WallpaperOperation::migrateSelectedChoice, {wrap(nativeRef(choice))},
-                    replyTo(reply));
+    forward(*_object, Operation::migrateSelectedChoice, reply, choice);
 }
-
 - (void)migrateFrom:(id)from to:(id)to reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::migrate, {wrap(nativeRef(from)), wrap(nativeRef(to))},
-                    replyTo(reply));
+    forward(*_object, Operation::migrate, reply, from, to);
 }
-
 - (void)skipShuffledContentWithId:(id)identifier reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::skipShuffledContent, {wrap(nativeRef(identifier))},
-                    replyTo(reply));
+    forward(*_object, Operation::skipShuffledContent, reply, identifier);
 }
-
 - (void)canSkipShuffledContentWithId:(id)identifier reply:(VantorBooleanReply)reply {
-    _object->invoke(WallpaperOperation::canSkipShuffledContent, {wrap(nativeRef(identifier))},
-                    replyTo(reply));
+    forward(*_object, Operation::canSkipShuffledContent, reply, identifier);
 }
-
 - (void)handleDebugRequestFor:(id)request reply:(VantorObjectReply)reply {
-    _object->invoke(WallpaperOperation::handleDebugRequest, {wrap(nativeRef(request))},
-                    replyTo(reply));
+    forward(*_object, Operation::handleDebugRequest, reply, request);
 }
-
 - (void)handleNotificationWithNamed:(id)name reply:(VantorErrorReply)reply {
-    _object->invoke(WallpaperOperation::handleNotification, {wrap(nativeRef(name))},
-                    replyTo(reply));
+    forward(*_object, Operation::handleNotification, reply, name);
 }
 
 @end

@@ -1,20 +1,8 @@
 // The one file that knows which platform this is.
 
-#include "platform/darwin/darwin_app_extension.h"
-#include "platform/darwin/darwin_bundle.h"
-#include "platform/darwin/darwin_code_identity.h"
-#include "platform/darwin/darwin_images.h"
-#include "platform/darwin/darwin_keyed_archiving.h"
 #include "platform/darwin/darwin_layers.h"
-#include "platform/darwin/darwin_loader.h"
-#include "platform/darwin/darwin_main_queue.h"
-#include "platform/darwin/darwin_media_clock.h"
-#include "platform/darwin/darwin_notifications.h"
 #include "platform/darwin/darwin_object_runtime.h"
-#include "platform/darwin/darwin_property_lists.h"
-#include "platform/darwin/darwin_screens.h"
-#include "platform/darwin/darwin_unified_log.h"
-#include "platform/darwin/darwin_workspace.h"
+#include "platform/darwin/darwin_system.h"
 #include "platform/darwin/metal_device.h"
 #include "platform/platform.h"
 

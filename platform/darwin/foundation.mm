@@ -1,6 +1,6 @@
 #include "platform/darwin/foundation.h"
 
-#include <limits>
+#include <objc/runtime.h>
 #include <optional>
 #include <utility>
 
@@ -85,7 +85,7 @@ class GraphReader {
             }
             std::string name = stdString(key);
             take(name.size());
-            dictionary.append(std::move(name), read(values[key], depth + 1));
+            dictionary.append(std::move(name), read([values objectForKey:key], depth + 1));
         }
         return dictionary;
     }
@@ -133,7 +133,7 @@ id graphOf(const PropertyListDictionary& dictionary) {
         if (key == nil || element == nil) {
             return nil;
         }
-        graph[key] = element;
+        [graph setObject:element forKey:key];
     }
     return graph;
 }

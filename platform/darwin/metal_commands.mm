@@ -1,4 +1,4 @@
-#include "platform/darwin/metal_commands.h"
+#include "platform/darwin/metal_device.h"
 
 #include "platform/darwin/foundation.h"
 
@@ -8,17 +8,6 @@
 
 namespace vantor::darwin {
 namespace {
-
-// The seam's numbers are Metal's.
-static_assert(MTLLoadActionDontCare == 0 && MTLLoadActionLoad == 1 && MTLLoadActionClear == 2);
-static_assert(static_cast<NSUInteger>(gpu::LoadAction::dontCare) == MTLLoadActionDontCare &&
-              static_cast<NSUInteger>(gpu::LoadAction::load) == MTLLoadActionLoad &&
-              static_cast<NSUInteger>(gpu::LoadAction::clear) == MTLLoadActionClear);
-static_assert(MTLStoreActionDontCare == 0 && MTLStoreActionStore == 1);
-static_assert(static_cast<NSUInteger>(gpu::StoreAction::dontCare) == MTLStoreActionDontCare &&
-              static_cast<NSUInteger>(gpu::StoreAction::store) == MTLStoreActionStore);
-static_assert(MTLPrimitiveTypeTriangle == 3 &&
-              static_cast<NSUInteger>(gpu::PrimitiveType::triangle) == MTLPrimitiveTypeTriangle);
 
 class MetalEncoder : public gpu::RenderCommandEncoder {
   public:

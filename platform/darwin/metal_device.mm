@@ -1,24 +1,31 @@
 #include "platform/darwin/metal_device.h"
 
 #include "platform/darwin/foundation.h"
-#include "platform/darwin/metal_commands.h"
 
 #import <Metal/Metal.h>
 
 namespace vantor::darwin {
 namespace {
 
-// The seam's numbers are Metal's.
-static_assert(MTLPixelFormatInvalid == 0 && MTLPixelFormatR32Float == 55 &&
-              MTLPixelFormatBGRA8Unorm == 80);
-static_assert(static_cast<NSUInteger>(gpu::PixelFormat::r32Float) == MTLPixelFormatR32Float &&
-              static_cast<NSUInteger>(gpu::PixelFormat::bgra8Unorm) == MTLPixelFormatBGRA8Unorm);
-static_assert(MTLTextureUsageShaderRead == 1 && MTLTextureUsageRenderTarget == 4);
-static_assert(static_cast<NSUInteger>(gpu::TextureUsage::shaderRead) == MTLTextureUsageShaderRead &&
-              static_cast<NSUInteger>(gpu::TextureUsage::renderTarget) ==
-                  MTLTextureUsageRenderTarget);
-static_assert(MTLStorageModeShared == 0 &&
-              static_cast<NSUInteger>(gpu::StorageMode::shared) == MTLStorageModeShared);
+/// The seam's numbers are Metal's.
+template <typename Seam, typename Metal>
+constexpr bool agree(Seam seam, Metal metal, NSUInteger number) {
+    return static_cast<NSUInteger>(seam) == number && static_cast<NSUInteger>(metal) == number;
+}
+static_assert(agree(gpu::PixelFormat::r32Float, MTLPixelFormatR32Float, 55));
+static_assert(agree(gpu::PixelFormat::bgra8Unorm, MTLPixelFormatBGRA8Unorm, 80));
+static_assert(agree(gpu::TextureUsage::shaderRead, MTLTextureUsageShaderRead, 1));
+static_assert(agree(gpu::TextureUsage::renderTarget, MTLTextureUsageRenderTarget, 4));
+static_assert(agree(gpu::StorageMode::shared, MTLStorageModeShared, 0));
+static_assert(agree(gpu::LoadAction::dontCare, MTLLoadActionDontCare, 0));
+static_assert(agree(gpu::LoadAction::load, MTLLoadActionLoad, 1));
+static_assert(agree(gpu::LoadAction::clear, MTLLoadActionClear, 2));
+static_assert(agree(gpu::StoreAction::dontCare, MTLStoreActionDontCare, 0));
+static_assert(agree(gpu::StoreAction::store, MTLStoreActionStore, 1));
+static_assert(agree(gpu::PrimitiveType::triangle, MTLPrimitiveTypeTriangle, 3));
+
+/// The largest side of a 2-D texture on every GPU of a Mac (Metal Feature Set Tables).
+constexpr std::uint64_t kMaxTextureSide = 16384;
 
 class MetalLibrary : public gpu::Library {
   public:
@@ -93,6 +100,13 @@ Result<std::shared_ptr<gpu::Library>> MetalDevice::newLibrary(std::string_view s
 
 Result<std::shared_ptr<gpu::RenderPipelineState>>
 MetalDevice::newRenderPipelineState(const gpu::RenderPipelineDescriptor& descriptor) {
+    // Metal takes a descriptor without a fragment function for a pass that draws no colour.
+    if (!descriptor.vertexFunction || !descriptor.fragmentFunction) {
+        return Failure{Error{.domain = "MTLLibraryErrorDomain",
+                             .code = MTLLibraryErrorFunctionNotFound,
+                             .message = descriptor.vertexFunction ? "no fragment function is set"
+                                                                  : "no vertex function is set"}};
+    }
     MTLRenderPipelineDescriptor* wanted = [[MTLRenderPipelineDescriptor alloc] init];
     wanted.vertexFunction = metalFunction(descriptor.vertexFunction);
     wanted.fragmentFunction = metalFunction(descriptor.fragmentFunction);
@@ -110,6 +124,11 @@ MetalDevice::newRenderPipelineState(const gpu::RenderPipelineDescriptor& descrip
 }
 
 std::shared_ptr<gpu::Texture> MetalDevice::newTexture(const gpu::TextureDescriptor& descriptor) {
+    // Metal stops a process that asks for such a texture.
+    if (descriptor.width == 0 || descriptor.height == 0 || descriptor.width > kMaxTextureSide ||
+        descriptor.height > kMaxTextureSide) {
+        return nullptr;
+    }
     MTLTextureDescriptor* wanted = [MTLTextureDescriptor
         texture2DDescriptorWithPixelFormat:static_cast<MTLPixelFormat>(descriptor.pixelFormat)
                                      width:descriptor.width

@@ -3,7 +3,6 @@
 // group names the documentation page that its facts are from.
 
 #include <MacTypes.h>
-#include <objc/NSObject.h>
 #include <stdbool.h>
 #include <stdint.h>
 
@@ -41,6 +40,11 @@ void CFNotificationCenterAddObserver(CFNotificationCenterRef center, const void 
 void CFNotificationCenterPostNotification(CFNotificationCenterRef center, CFStringRef name,
                                           const void *object, CFDictionaryRef userInfo,
                                           Boolean deliverImmediately);
+
+// Page: "CFRunLoopRunInMode(_:_:_:)"; for tests.
+typedef CFStringRef CFRunLoopMode;
+extern const CFRunLoopMode kCFRunLoopDefaultMode;
+int32_t CFRunLoopRunInMode(CFRunLoopMode mode, double seconds, Boolean returnAfterSourceHandled);
 
 #ifdef __cplusplus
 }

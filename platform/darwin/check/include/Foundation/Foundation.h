@@ -4,7 +4,6 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <objc/NSObject.h>
-#include <objc/runtime.h>
 #include <stdint.h>
 
 // Pages: "Grouping Related Objective-C Constants", "Designating Nullability in Objective-C APIs"
@@ -108,11 +107,12 @@ typedef double NSTimeInterval;
                               forKeys:(const id<NSCopying>[])keys
                                 count:(NSUInteger)count;
 @property(readonly) NSUInteger count;
+- (ObjectType)objectForKey:(KeyType)key;
 - (ObjectType)objectForKeyedSubscript:(KeyType)key;
 @end
 @interface NSMutableDictionary<KeyType, ObjectType> : NSDictionary<KeyType, ObjectType>
 + (instancetype)dictionaryWithCapacity:(NSUInteger)count;
-- (void)setObject:(ObjectType)object forKeyedSubscript:(id<NSCopying>)key;
+- (void)setObject:(ObjectType)object forKey:(id<NSCopying>)key;
 @end
 
 // Pages: "NSSet", "NSMutableSet"

@@ -81,7 +81,8 @@ static inline MTLRegion MTLRegionMake2D(NSUInteger x, NSUInteger y, NSUInteger w
 @protocol MTLDrawable <NSObject>
 @end
 
-// Pages: "MTLFunction", "MTLLibrary", "MTLCompileOptions"
+// Pages: "MTLFunction", "MTLLibrary", "MTLCompileOptions", "MTLLibraryError.Code"
+typedef NS_ENUM(NSUInteger, MTLLibraryError) { MTLLibraryErrorFunctionNotFound = 5 };
 @protocol MTLFunction <NSObject>
 @end
 @protocol MTLLibrary <NSObject>
