@@ -1,8 +1,10 @@
 # Warnings, sanitizers and the compiler cache, for every target of the project.
 
-add_compile_options(
+set(warnings
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
     -Woverloaded-virtual -Wimplicit-fallthrough -Werror -fno-math-errno)
+# Swift's compiler has other words for them.
+add_compile_options("$<$<NOT:$<COMPILE_LANGUAGE:Swift>>:${warnings}>")
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # GCC 12 reports these two falsely inside its own standard library when it inlines deeply.
     add_compile_options(-Wno-restrict -Wno-maybe-uninitialized)

@@ -5,11 +5,11 @@
 #include <QuartzCore/QuartzCore.h>
 
 // Pages: "NSScreen", "deviceDescription", "displayLink(target:selector:)"
-typedef NSString *NSDeviceDescriptionKey;
+typedef NSString* NSDeviceDescriptionKey;
 @interface NSScreen : NSObject
-@property(class, readonly) NSArray<NSScreen *> *screens;
-@property(readonly) NSDictionary<NSDeviceDescriptionKey, id> *deviceDescription;
-- (CADisplayLink *)displayLinkWithTarget:(id)target selector:(SEL)selector;
+@property(class, readonly) NSArray<NSScreen*>* screens;
+@property(readonly) NSDictionary<NSDeviceDescriptionKey, id>* deviceDescription;
+- (CADisplayLink*)displayLinkWithTarget:(id)target selector:(SEL)selector;
 @end
 
 // Pages: "NSWorkspace", "urlForApplication(withBundleIdentifier:)",
@@ -20,9 +20,9 @@ typedef NSString *NSDeviceDescriptionKey;
 + (instancetype)configuration;
 @end
 @interface NSWorkspace : NSObject
-@property(class, readonly) NSWorkspace *sharedWorkspace;
-- (NSURL *)URLForApplicationWithBundleIdentifier:(NSString *)bundleIdentifier;
-- (void)openApplicationAtURL:(NSURL *)applicationURL
-               configuration:(NSWorkspaceOpenConfiguration *)configuration
-           completionHandler:(void (^)(NSRunningApplication *app, NSError *error))completionHandler;
+@property(class, readonly) NSWorkspace* sharedWorkspace;
+- (NSURL*)URLForApplicationWithBundleIdentifier:(NSString*)bundleIdentifier;
+- (void)openApplicationAtURL:(NSURL*)applicationURL
+               configuration:(NSWorkspaceOpenConfiguration*)configuration
+           completionHandler:(void (^)(NSRunningApplication* app, NSError* error))completionHandler;
 @end

@@ -11,11 +11,11 @@ extern "C" {
 #endif
 
 // Pages: "CFTypeRef", "CFString", "CFData", "CFDictionary", "CFURL"
-typedef const void *CFTypeRef;
-typedef const struct __attribute__((objc_bridge(NSString))) __CFString *CFStringRef;
-typedef const struct __attribute__((objc_bridge(NSData))) __CFData *CFDataRef;
-typedef const struct __attribute__((objc_bridge(NSDictionary))) __CFDictionary *CFDictionaryRef;
-typedef const struct __attribute__((objc_bridge(NSURL))) __CFURL *CFURLRef;
+typedef const void* CFTypeRef;
+typedef const struct __attribute__((objc_bridge(NSString))) __CFString* CFStringRef;
+typedef const struct __attribute__((objc_bridge(NSData))) __CFData* CFDataRef;
+typedef const struct __attribute__((objc_bridge(NSDictionary))) __CFDictionary* CFDictionaryRef;
+typedef const struct __attribute__((objc_bridge(NSURL))) __CFURL* CFURLRef;
 
 // Pages: "CFRetain", "CFRelease"
 CFTypeRef CFRetain(CFTypeRef cf);
@@ -23,22 +23,22 @@ void CFRelease(CFTypeRef cf);
 
 // Pages: "CFNotificationCenterAddObserver", "CFNotificationCenterGetDarwinNotifyCenter",
 // "CFNotificationCenterPostNotification", "CFNotificationSuspensionBehavior"
-typedef struct __CFNotificationCenter *CFNotificationCenterRef;
+typedef struct __CFNotificationCenter* CFNotificationCenterRef;
 typedef long CFIndex;
 typedef CFIndex CFNotificationSuspensionBehavior;
 enum : CFNotificationSuspensionBehavior {
     CFNotificationSuspensionBehaviorDeliverImmediately = 4,
 };
-typedef void (*CFNotificationCallback)(CFNotificationCenterRef center, void *observer,
-                                       CFStringRef name, const void *object,
+typedef void (*CFNotificationCallback)(CFNotificationCenterRef center, void* observer,
+                                       CFStringRef name, const void* object,
                                        CFDictionaryRef userInfo);
 CFNotificationCenterRef CFNotificationCenterGetDarwinNotifyCenter(void);
-void CFNotificationCenterAddObserver(CFNotificationCenterRef center, const void *observer,
+void CFNotificationCenterAddObserver(CFNotificationCenterRef center, const void* observer,
                                      CFNotificationCallback callBack, CFStringRef name,
-                                     const void *object,
+                                     const void* object,
                                      CFNotificationSuspensionBehavior suspensionBehavior);
 void CFNotificationCenterPostNotification(CFNotificationCenterRef center, CFStringRef name,
-                                          const void *object, CFDictionaryRef userInfo,
+                                          const void* object, CFDictionaryRef userInfo,
                                           Boolean deliverImmediately);
 
 // Page: "CFRunLoopRunInMode(_:_:_:)"; for tests.

@@ -37,26 +37,26 @@ static inline CGSize CGSizeMake(CGFloat width, CGFloat height) {
 
 // Pages: "CGColor", "CGColorCreateGenericGray", "CGColorCreateGenericRGB",
 // "CGColorGetNumberOfComponents", "CGColorGetComponents", "CGColorRelease"
-typedef struct CGColor *CGColorRef;
+typedef struct CGColor* CGColorRef;
 CGColorRef CGColorCreateGenericGray(CGFloat gray, CGFloat alpha);
 CGColorRef CGColorCreateGenericRGB(CGFloat red, CGFloat green, CGFloat blue, CGFloat alpha);
 size_t CGColorGetNumberOfComponents(CGColorRef color);
-const CGFloat *CGColorGetComponents(CGColorRef color);
+const CGFloat* CGColorGetComponents(CGColorRef color);
 void CGColorRelease(CGColorRef color);
 
 // Pages: "CGColorSpace", "CGColorSpaceCreateDeviceRGB", "CGColorSpaceRelease"
-typedef struct CGColorSpace *CGColorSpaceRef;
+typedef struct CGColorSpace* CGColorSpaceRef;
 CGColorSpaceRef CGColorSpaceCreateDeviceRGB(void);
 void CGColorSpaceRelease(CGColorSpaceRef space);
 
 // Pages: "CGDataProvider", "CGDataProviderCreateWithCFData", "CGDataProviderRelease"
-typedef struct CGDataProvider *CGDataProviderRef;
+typedef struct CGDataProvider* CGDataProviderRef;
 CGDataProviderRef CGDataProviderCreateWithCFData(CFDataRef data);
 void CGDataProviderRelease(CGDataProviderRef provider);
 
 // Pages: "CGImage", "CGImageAlphaInfo", "CGBitmapInfo", "CGImageByteOrderInfo",
 // "CGColorRenderingIntent", "CGImageCreate"
-typedef struct CGImage *CGImageRef;
+typedef struct CGImage* CGImageRef;
 typedef enum CGImageAlphaInfo : uint32_t {
     kCGImageAlphaNoneSkipFirst = 6,
 } CGImageAlphaInfo;
@@ -68,8 +68,8 @@ typedef enum CGColorRenderingIntent : int32_t {
 } CGColorRenderingIntent;
 CGImageRef CGImageCreate(size_t width, size_t height, size_t bitsPerComponent, size_t bitsPerPixel,
                          size_t bytesPerRow, CGColorSpaceRef space, CGBitmapInfo bitmapInfo,
-                         CGDataProviderRef provider, const CGFloat *decode,
-                         bool shouldInterpolate, CGColorRenderingIntent intent);
+                         CGDataProviderRef provider, const CGFloat* decode, bool shouldInterpolate,
+                         CGColorRenderingIntent intent);
 void CGImageRelease(CGImageRef image);
 size_t CGImageGetWidth(CGImageRef image);
 size_t CGImageGetHeight(CGImageRef image);

@@ -10,7 +10,7 @@ extern "C" {
 
 // Pages: "CGImageDestinationCreateWithURL", "CGImageDestinationAddImage",
 // "CGImageDestinationFinalize"
-typedef struct CGImageDestination *CGImageDestinationRef;
+typedef struct CGImageDestination* CGImageDestinationRef;
 CGImageDestinationRef CGImageDestinationCreateWithURL(CFURLRef url, CFStringRef type, size_t count,
                                                       CFDictionaryRef options);
 void CGImageDestinationAddImage(CGImageDestinationRef destination, CGImageRef image,
@@ -18,7 +18,7 @@ void CGImageDestinationAddImage(CGImageDestinationRef destination, CGImageRef im
 bool CGImageDestinationFinalize(CGImageDestinationRef destination);
 
 // Pages: "CGImageSourceCreateWithURL", "CGImageSourceCreateImageAtIndex"
-typedef struct CGImageSource *CGImageSourceRef;
+typedef struct CGImageSource* CGImageSourceRef;
 CGImageSourceRef CGImageSourceCreateWithURL(CFURLRef url, CFDictionaryRef options);
 CGImageRef CGImageSourceCreateImageAtIndex(CGImageSourceRef source, size_t index,
                                            CFDictionaryRef options);

@@ -54,10 +54,10 @@ static inline MTLRegion MTLRegionMake2D(NSUInteger x, NSUInteger y, NSUInteger w
 
 // Page: "MTLTextureDescriptor"
 @interface MTLTextureDescriptor : NSObject
-+ (MTLTextureDescriptor *)texture2DDescriptorWithPixelFormat:(MTLPixelFormat)pixelFormat
-                                                       width:(NSUInteger)width
-                                                      height:(NSUInteger)height
-                                                   mipmapped:(BOOL)mipmapped;
++ (MTLTextureDescriptor*)texture2DDescriptorWithPixelFormat:(MTLPixelFormat)pixelFormat
+                                                      width:(NSUInteger)width
+                                                     height:(NSUInteger)height
+                                                  mipmapped:(BOOL)mipmapped;
 @property(nonatomic) MTLTextureUsage usage;
 @property(nonatomic) MTLStorageMode storageMode;
 @end
@@ -67,13 +67,13 @@ static inline MTLRegion MTLRegionMake2D(NSUInteger x, NSUInteger y, NSUInteger w
 @property(readonly) NSUInteger width;
 @property(readonly) NSUInteger height;
 @property(readonly) MTLPixelFormat pixelFormat;
-- (void)getBytes:(void *)pixelBytes
+- (void)getBytes:(void*)pixelBytes
      bytesPerRow:(NSUInteger)bytesPerRow
       fromRegion:(MTLRegion)region
      mipmapLevel:(NSUInteger)level;
 - (void)replaceRegion:(MTLRegion)region
           mipmapLevel:(NSUInteger)level
-            withBytes:(const void *)pixelBytes
+            withBytes:(const void*)pixelBytes
           bytesPerRow:(NSUInteger)bytesPerRow;
 @end
 
@@ -86,7 +86,7 @@ typedef NS_ENUM(NSUInteger, MTLLibraryError) { MTLLibraryErrorFunctionNotFound =
 @protocol MTLFunction <NSObject>
 @end
 @protocol MTLLibrary <NSObject>
-- (id<MTLFunction>)newFunctionWithName:(NSString *)functionName;
+- (id<MTLFunction>)newFunctionWithName:(NSString*)functionName;
 @end
 @class MTLCompileOptions;
 
@@ -96,12 +96,12 @@ typedef NS_ENUM(NSUInteger, MTLLibraryError) { MTLLibraryErrorFunctionNotFound =
 @property(nonatomic) MTLPixelFormat pixelFormat;
 @end
 @interface MTLRenderPipelineColorAttachmentDescriptorArray : NSObject
-- (MTLRenderPipelineColorAttachmentDescriptor *)objectAtIndexedSubscript:(NSUInteger)index;
+- (MTLRenderPipelineColorAttachmentDescriptor*)objectAtIndexedSubscript:(NSUInteger)index;
 @end
 @interface MTLRenderPipelineDescriptor : NSObject
 @property(nonatomic, strong) id<MTLFunction> vertexFunction;
 @property(nonatomic, strong) id<MTLFunction> fragmentFunction;
-@property(readonly) MTLRenderPipelineColorAttachmentDescriptorArray *colorAttachments;
+@property(readonly) MTLRenderPipelineColorAttachmentDescriptorArray* colorAttachments;
 @end
 @protocol MTLRenderPipelineState <NSObject>
 @end
@@ -114,11 +114,11 @@ typedef NS_ENUM(NSUInteger, MTLLibraryError) { MTLLibraryErrorFunctionNotFound =
 @property(nonatomic) MTLClearColor clearColor;
 @end
 @interface MTLRenderPassColorAttachmentDescriptorArray : NSObject
-- (MTLRenderPassColorAttachmentDescriptor *)objectAtIndexedSubscript:(NSUInteger)index;
+- (MTLRenderPassColorAttachmentDescriptor*)objectAtIndexedSubscript:(NSUInteger)index;
 @end
 @interface MTLRenderPassDescriptor : NSObject
-+ (MTLRenderPassDescriptor *)renderPassDescriptor;
-@property(readonly) MTLRenderPassColorAttachmentDescriptorArray *colorAttachments;
++ (MTLRenderPassDescriptor*)renderPassDescriptor;
+@property(readonly) MTLRenderPassColorAttachmentDescriptorArray* colorAttachments;
 @end
 
 // Pages: "MTLCommandEncoder", "MTLRenderCommandEncoder"
@@ -127,7 +127,7 @@ typedef NS_ENUM(NSUInteger, MTLLibraryError) { MTLLibraryErrorFunctionNotFound =
 @end
 @protocol MTLRenderCommandEncoder <MTLCommandEncoder>
 - (void)setRenderPipelineState:(id<MTLRenderPipelineState>)pipelineState;
-- (void)setFragmentBytes:(const void *)bytes length:(NSUInteger)length atIndex:(NSUInteger)index;
+- (void)setFragmentBytes:(const void*)bytes length:(NSUInteger)length atIndex:(NSUInteger)index;
 - (void)setFragmentTexture:(id<MTLTexture>)texture atIndex:(NSUInteger)index;
 - (void)drawPrimitives:(MTLPrimitiveType)primitiveType
            vertexStart:(NSUInteger)vertexStart
@@ -138,7 +138,7 @@ typedef NS_ENUM(NSUInteger, MTLLibraryError) { MTLLibraryErrorFunctionNotFound =
 @protocol MTLCommandBuffer <NSObject>
 @property(readonly) MTLCommandBufferStatus status;
 - (id<MTLRenderCommandEncoder>)renderCommandEncoderWithDescriptor:
-    (MTLRenderPassDescriptor *)renderPassDescriptor;
+    (MTLRenderPassDescriptor*)renderPassDescriptor;
 - (void)presentDrawable:(id<MTLDrawable>)drawable;
 - (void)commit;
 - (void)waitUntilCompleted;
@@ -151,12 +151,12 @@ typedef NS_ENUM(NSUInteger, MTLLibraryError) { MTLLibraryErrorFunctionNotFound =
 @protocol MTLDevice <NSObject>
 @property(readonly) uint64_t registryID;
 - (id<MTLCommandQueue>)newCommandQueue;
-- (id<MTLLibrary>)newLibraryWithSource:(NSString *)source
-                               options:(MTLCompileOptions *)options
-                                 error:(NSError **)error;
-- (id<MTLRenderPipelineState>)
-    newRenderPipelineStateWithDescriptor:(MTLRenderPipelineDescriptor *)descriptor
-                                   error:(NSError **)error;
-- (id<MTLTexture>)newTextureWithDescriptor:(MTLTextureDescriptor *)descriptor;
+- (id<MTLLibrary>)newLibraryWithSource:(NSString*)source
+                               options:(MTLCompileOptions*)options
+                                 error:(NSError**)error;
+- (id<MTLRenderPipelineState>)newRenderPipelineStateWithDescriptor:
+                                  (MTLRenderPipelineDescriptor*)descriptor
+                                                             error:(NSError**)error;
+- (id<MTLTexture>)newTextureWithDescriptor:(MTLTextureDescriptor*)descriptor;
 @end
 extern "C" id<MTLDevice> MTLCreateSystemDefaultDevice(void) NS_RETURNS_RETAINED;

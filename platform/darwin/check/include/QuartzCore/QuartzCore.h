@@ -8,7 +8,7 @@
 
 // Pages: "CACurrentMediaTime()", "CALayerContentsGravity"
 extern "C" double CACurrentMediaTime(void);
-typedef NSString *CALayerContentsGravity;
+typedef NSString* CALayerContentsGravity;
 extern "C" CALayerContentsGravity const kCAGravityResize;
 extern "C" CALayerContentsGravity const kCAGravityResizeAspectFill;
 
@@ -22,7 +22,7 @@ extern "C" CALayerContentsGravity const kCAGravityResizeAspectFill;
 @property(copy) CALayerContentsGravity contentsGravity;
 @property BOOL masksToBounds;
 @property(getter=isOpaque) BOOL opaque;
-- (void)addSublayer:(CALayer *)layer;
+- (void)addSublayer:(CALayer*)layer;
 - (void)removeFromSuperlayer;
 @end
 
@@ -57,6 +57,6 @@ extern "C" CAFrameRateRange CAFrameRateRangeMake(float minimum, float maximum, f
 @interface CADisplayLink : NSObject
 @property(getter=isPaused, nonatomic) BOOL paused;
 @property(nonatomic) CAFrameRateRange preferredFrameRateRange;
-- (void)addToRunLoop:(NSRunLoop *)runloop forMode:(NSRunLoopMode)mode;
+- (void)addToRunLoop:(NSRunLoop*)runloop forMode:(NSRunLoopMode)mode;
 - (void)invalidate;
 @end

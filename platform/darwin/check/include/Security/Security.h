@@ -15,12 +15,12 @@ enum : OSStatus { errSecSuccess = 0 };
 extern const CFStringRef kSecGuestAttributePid;
 
 // Pages: "SecCodeCopyGuestWithAttributes", "SecRequirementCreateWithString", "SecCodeCheckValidity"
-typedef struct __SecCode *SecCodeRef;
-typedef struct __SecRequirement *SecRequirementRef;
+typedef struct __SecCode* SecCodeRef;
+typedef struct __SecRequirement* SecRequirementRef;
 OSStatus SecCodeCopyGuestWithAttributes(SecCodeRef host, CFDictionaryRef attributes,
-                                        SecCSFlags flags, SecCodeRef *guest);
+                                        SecCSFlags flags, SecCodeRef* guest);
 OSStatus SecRequirementCreateWithString(CFStringRef text, SecCSFlags flags,
-                                        SecRequirementRef *requirement);
+                                        SecRequirementRef* requirement);
 OSStatus SecCodeCheckValidity(SecCodeRef code, SecCSFlags flags, SecRequirementRef requirement);
 
 #ifdef __cplusplus

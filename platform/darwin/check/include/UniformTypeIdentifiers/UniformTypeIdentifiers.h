@@ -4,6 +4,6 @@
 #include <Foundation/Foundation.h>
 
 @interface UTType : NSObject
-@property(readonly) NSString *identifier;
+@property(readonly) NSString* identifier;
 @end
-extern "C" UTType *const UTTypePNG;
+extern "C" UTType* const UTTypePNG;
