@@ -27,9 +27,11 @@ endif()
 
 find_program(VANTOR_CCACHE ccache)
 if(VANTOR_CCACHE)
-    set(CMAKE_C_COMPILER_LAUNCHER ${VANTOR_CCACHE})
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${VANTOR_CCACHE})
-    set(CMAKE_OBJCXX_COMPILER_LAUNCHER ${VANTOR_CCACHE})
+    # What precompiled headers ask for (the cache's manual, "Precompiled headers").
+    set(cached ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${VANTOR_CCACHE})
+    set(CMAKE_C_COMPILER_LAUNCHER ${cached})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${cached})
+    set(CMAKE_OBJCXX_COMPILER_LAUNCHER ${cached})
 endif()
 
 find_package(Threads REQUIRED)
