@@ -35,7 +35,7 @@ set(standard <algorithm> <array> <cstdint> <cstring> <filesystem> <functional> <
 if(VANTOR_PRECOMPILED)
     vantor_precompiled_headers(vantor_module_headers HEADERS ${standard})
 endif()
-if(VANTOR_TESTS)
+if(VANTOR_TESTS AND NOT APPLE)
     find_package(GTest REQUIRED)
     vantor_precompiled_headers(vantor_test_headers
         OPTIONS -O0 -fPIE
