@@ -1,6 +1,5 @@
 #include "platform/darwin/darwin_system.h"
 
-#include "platform/darwin/darwin_xpc_connection.h"
 #include "platform/darwin/swift_interface.h"
 
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "platform/darwin/darwin_layers.h"
+#include "platform/darwin/darwin_system.h"
 #include "platform/darwin/foundation.h"
 #include "platform/darwin/metal_device.h"
 

@@ -7,6 +7,7 @@
 #include "platform/darwin/native_ref.h"
 #include "platform/images.h"
 #include "platform/keyed_archive.h"
+#include "platform/layers.h"
 #include "platform/loader.h"
 #include "platform/main_queue.h"
 #include "platform/media_clock.h"
@@ -58,6 +59,48 @@ class DarwinKeyedArchiving : public KeyedArchiving {
                                     const std::function<void(KeyedEncoder&)>& encode) override;
     Result<std::unique_ptr<KeyedUnarchiver>>
     unarchiver(std::span<const std::uint8_t> archive) override;
+};
+
+/// CALayer.
+class DarwinLayer : public virtual Layer, public NativeHolder {
+  public:
+    explicit DarwinLayer(NativeRef layer) : layer_(std::move(layer)) {}
+
+    const NativeRef& native() const override { return layer_; }
+    const ObjectClass& objectClass() const override;
+    Rect frame() const override;
+    void setFrame(const Rect& frame) override;
+    double contentsScale() const override;
+    void setContentsScale(double scale) override;
+    std::optional<Color> backgroundColor() const override;
+    void setBackgroundColor(std::optional<Color> color) override;
+    void setContents(std::shared_ptr<const Image> image) override;
+    void setContentsGravity(ContentsGravity gravity) override;
+    void setMasksToBounds(bool masks) override;
+    void addSublayer(const LayerRef& layer) override;
+    void removeFromSuperlayer() override;
+
+  private:
+    NativeRef layer_;
+};
+
+/// CATransaction.
+class DarwinTransactions : public LayerTransactions {
+  public:
+    void begin() override;
+    void setDisableActions(bool disable) override;
+    void commit() override;
+    void flush() override;
+};
+
+class DarwinLayers : public Layers {
+  public:
+    LayerRef makeLayer() override;
+    std::shared_ptr<MetalLayer> makeMetalLayer() override;
+    LayerTransactions& transactions() override { return transactions_; }
+
+  private:
+    DarwinTransactions transactions_;
 };
 
 /// dlsym and dlopen.
@@ -124,5 +167,12 @@ class DarwinWorkspace : public Workspace {
     applicationLocation(std::string_view bundleIdentifier) override;
     void openApplication(const std::filesystem::path& location) override;
 };
+
+/// An object of the Objective-C runtime that conforms to the exported protocol, and passes each of
+/// its operations to `object`, which it keeps.
+NativeRef makeExportedHandler(std::shared_ptr<ExportedObject> object);
+
+/// Over an NSXPCConnection.
+std::shared_ptr<XPCConnection> makeXPCConnection(NativeRef connection);
 
 } // namespace vantor::darwin

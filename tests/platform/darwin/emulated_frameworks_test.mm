@@ -4,7 +4,6 @@
 #include "platform/darwin/agent_protocols.h"
 #include "platform/darwin/darwin_object_runtime.h"
 #include "platform/darwin/darwin_system.h"
-#include "platform/darwin/darwin_xpc_connection.h"
 #include "platform/darwin/foundation.h"
 #include "platform/linux/archive/archive_keyed_archiving.h"
 #include "platform/wallpaper_protocol.h"

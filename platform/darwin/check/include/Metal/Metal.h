@@ -15,12 +15,8 @@ typedef NS_OPTIONS(NSUInteger, MTLTextureUsage) {
     MTLTextureUsageRenderTarget = 0x0004,
 };
 typedef NS_ENUM(NSUInteger, MTLStorageMode) { MTLStorageModeShared = 0 };
-typedef NS_ENUM(NSUInteger, MTLLoadAction) {
-    MTLLoadActionDontCare = 0,
-    MTLLoadActionLoad = 1,
-    MTLLoadActionClear = 2,
-};
-typedef NS_ENUM(NSUInteger, MTLStoreAction) { MTLStoreActionDontCare = 0, MTLStoreActionStore = 1 };
+typedef NS_ENUM(NSUInteger, MTLLoadAction) { MTLLoadActionClear = 2 };
+typedef NS_ENUM(NSUInteger, MTLStoreAction) { MTLStoreActionStore = 1 };
 typedef NS_ENUM(NSUInteger, MTLPrimitiveType) { MTLPrimitiveTypeTriangle = 3 };
 typedef NS_ENUM(NSUInteger, MTLCommandBufferStatus) {
     MTLCommandBufferStatusCompleted = 4,

@@ -1,6 +1,6 @@
 #include "platform/darwin/darwin_system.h"
 
-#import <Foundation/Foundation.h>
+#import <QuartzCore/QuartzCore.h>
 #include <dispatch/dispatch.h>
 
 namespace vantor::darwin {
@@ -56,5 +56,7 @@ std::unique_ptr<RepeatingTimer> DarwinMainQueue::repeatingTimer(double interval,
 }
 
 bool DarwinMainQueue::isMainThread() const { return NSThread.isMainThread; }
+
+double DarwinMediaClock::now() const { return CACurrentMediaTime(); }
 
 } // namespace vantor::darwin
