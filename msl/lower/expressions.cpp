@@ -27,6 +27,11 @@ Lowerer::Value Lowerer::zeroOf(const Type* type) {
 }
 
 Lowerer::Value Lowerer::value(const tree::Expr* expr) {
+    if (!held_.empty()) {
+        if (const auto known = held_.find(expr); known != held_.end()) {
+            return known->second;
+        }
+    }
     const Depth depth(*this);
     if (!spend(expr->range)) {
         return expr->type->isVoid() || expr->type->holdsResources()
@@ -110,6 +115,8 @@ Lowerer::Value Lowerer::valueAtDepth(const tree::Expr* expr) {
     case ExprKind::comma:
         value(expr->a);
         return value(expr->b);
+    case ExprKind::list:
+        break; // exists only until its call is resolved
     case ExprKind::functionConstant:
         return wrapSmall(builder_.specialised(irType(expr->type), expr->index), expr->type);
     }
@@ -201,6 +208,9 @@ Lowerer::Value Lowerer::convert(Value from, const Type* source, const Type* targ
 
 Lowerer::Value Lowerer::construct(const tree::Expr* expr) {
     const Type* type = expr->type;
+    if (isUnion(type)) {
+        return unionOf(type, expr->index, value(expr->items[0]));
+    }
     std::vector<Value> parts;
     for (const auto* item : expr->items) {
         parts.push_back(value(item));

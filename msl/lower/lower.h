@@ -3,6 +3,8 @@
 // become single-assignment values; control flow becomes structured blocks.
 #pragma once
 
+#include <deque>
+#include <memory>
 #include <optional>
 #include <unordered_map>
 #include <vector>
@@ -31,7 +33,8 @@ class Lowerer {
     // Something stored, or a part of it.
     struct Place {
         // `words`: a buffer seen as 32-bit words, whose steps are summed up in an address
-        enum class Root : uint8_t { none, ssa, memory, buffer, words, value };
+        // `shared`: the same among the words of the union that `whole` leads to
+        enum class Root : uint8_t { none, ssa, memory, buffer, words, shared, value };
         Root root = Root::none;
         uint8_t swizzleCount = 0; // components picked from the vector that the steps lead to
         uint8_t swizzle[4] = {};
@@ -42,17 +45,21 @@ class Lowerer {
         std::vector<Step> steps;
         uint32_t offset = 0;          // of a place among words: bytes,
         Value address = ir::kNoValue; // and more bytes, known at run time
+        std::shared_ptr<const Place> whole{};
+
+        bool hasAddress() const { return root == Root::words || root == Root::shared; }
     };
     // What a variable, or a part of one that holds resources, stands for.
     struct Binding {
-        enum class Kind : uint8_t { none, ssa, place, texture, sampler, parts, alias };
+        enum class Kind : uint8_t { none, ssa, place, texture, sampler, parts, alias, choice };
         Kind kind = Kind::none;
         uint32_t ssa = 0;
         Value resource = ir::kNoValue;
         uint32_t samplerIndex = UINT32_MAX; // of a constexpr sampler
         Place place;
-        std::vector<Binding> parts{}; // of a struct or array that holds resources
-        Binding* target = nullptr;    // of an alias, which is a reference to such a struct
+        std::vector<Binding> parts{};  // of a struct or array that holds resources
+        Value selector = ir::kNoValue; // of a choice: which of its parts is meant
+        Binding* target = nullptr;     // of an alias, which is a reference to such a struct
     };
     struct Change {
         uint32_t variable = 0;
@@ -175,6 +182,15 @@ class Lowerer {
     void assignParts(const Type* type, Binding& target, const Binding& source, Range range);
     bool sameResource(const Binding& a, const Binding& b) const;
 
+    // choices.cpp
+    Binding* choice(std::vector<Binding> candidates, Value selector);
+    Binding* chosenElement(const Binding& array, Value index);
+    Binding* chosenPart(const Binding& whole, uint64_t index);
+    Binding* chosenBranch(const tree::Expr* expr);
+    Value chosenValue(const Type* type, const Binding& chosen);
+    const Binding* openChoice(const tree::Expr* operand, const Binding* settled);
+    Value onEachCandidate(const tree::Expr* expr, const Binding& chosen, const Binding*& settled);
+
     // atomics.cpp
     Value atomic(const tree::Expr* expr);
 
@@ -193,6 +209,18 @@ class Lowerer {
     void storeWords(const Place& place, const Type* type, Value value);
     Value atomicOperation(ir::Op op, ir::TypeId type, Value pointer, Value operand);
     void storeScalar(const Place& place, const Type* type, uint32_t offset, Value value);
+    void putWord(const Place& place, uint32_t offset, Value word);
+
+    // unions.cpp
+    static bool isUnion(const Type* type);
+    static const Type* unionChunk(const Type* type);
+    void enterUnion(Place& place);
+    Value loadUnion(const Place& place, const Type* type);
+    void storeUnion(const Place& place, const Type* type, Value value);
+    Value unionOf(const Type* type, uint32_t field, Value value);
+    Value isWord(Value wanted, uint32_t index);
+    Value sharedWord(const Place& place, uint32_t offset);
+    void setSharedWord(const Place& place, uint32_t offset, Value word);
 
     // library.cpp
     Value special(const tree::Expr* expr, const std::vector<Value>& x);
@@ -210,6 +238,8 @@ class Lowerer {
     uint32_t samplerIndex(const tree::Expr* expr);
     ir::TypeId texelType(const Type& type, ir::TypeId image);
     Value readTexel(const tree::Expr* expr, Value variable);
+    Value readCubeTexel(const tree::Expr* expr, Value variable);
+    Value cubeDirection(const tree::Expr* expr, Value image, Value level);
     void writeTexel(const tree::Expr* expr, Value variable);
     Value queryTexture(const tree::Expr* expr, Value variable);
     Value sampledImage(const tree::Expr* expr, Value variable);
@@ -238,7 +268,10 @@ class Lowerer {
     std::optional<Value> inputValue(const Type* type, std::span<const ast::Attribute> attributes,
                                     Name name, Range range);
     std::optional<Value> stageIn(const tree::Variable& parameter);
+    std::optional<Value> stageInput(const Type* type, Range range);
+    std::optional<Value> clipDistances(const Type* type, Range range);
     bool storeResult(const tree::Function& function);
+    bool storeMembers(const Type* type, Range range, Value result);
     bool outputValue(const Type* type, std::span<const ast::Attribute> attributes, Name name,
                      Range range, Value value);
     Value interfaceVariable(ir::TypeId type, ir::Global global);
@@ -269,6 +302,13 @@ class Lowerer {
     uint32_t stamp_ = 0;
     std::vector<Binding> globals_;
     std::vector<HoistedLoad> hoisted_;
+    std::deque<Binding> choices_;
+    // While a texture's operation is lowered for each candidate of a choice: its operands, the
+    // derivatives of its coordinate, and the candidates at hand.
+    std::unordered_map<const tree::Expr*, Value> held_;
+    std::optional<std::pair<Value, Value>> gradients_;
+    const Binding* settledTexture_ = nullptr;
+    const Binding* settledSampler_ = nullptr;
     std::unordered_map<const Type*, ir::TypeId> types_;
     std::unordered_map<const Type*, ir::TypeId> layouts_;
     std::vector<Name> varyings_;

@@ -34,7 +34,10 @@ Lowerer::Place Lowerer::spilled(const Place& source) {
 }
 
 void Lowerer::addStep(Place& target, Step step, const Type* type) {
-    if (target.root != Place::Root::words) {
+    if (isUnion(target.type) && !target.hasAddress()) {
+        enterUnion(target);
+    }
+    if (!target.hasAddress()) {
         target.steps.push_back(step);
     } else if (target.type->isStruct()) {
         target.offset += target.type->structure->fields[step.index].offset;
@@ -202,7 +205,7 @@ Lowerer::Place Lowerer::pointerTarget(const tree::Expr* expr) {
 Lowerer::Place Lowerer::castTarget(const tree::Expr* expr) {
     Place target = pointerTarget(expr->a);
     const Type* type = expr->type->element;
-    if (target.root == Place::Root::words) {
+    if (target.hasAddress()) {
         target.type = target.rootType = type;
     } else if (target.type->isVector() && type == target.type->element) {
         addStep(target, {false, 0}, type);
@@ -219,7 +222,7 @@ void Lowerer::addIndex(Place& target, const tree::Expr* index, const Type* type)
     if (builder_.isSplatOf(offset, 0)) {
         return;
     }
-    if (target.root == Place::Root::words) {
+    if (target.hasAddress()) {
         const auto known = builder_.scalarBits(offset);
         moveWords(target, known ? Step{false, static_cast<uint32_t>(*known)} : Step{true, offset},
                   type->size);
@@ -363,6 +366,7 @@ Lowerer::Value Lowerer::loadWhole(const Place& source) {
     case Place::Root::buffer:
         return loadParts(source, source.type, {});
     case Place::Root::words:
+    case Place::Root::shared:
         return loadWords(source, source.type);
     case Place::Root::none:
         break;
@@ -445,6 +449,7 @@ void Lowerer::store(const Place& target, Value stored) {
     }
     case Place::Root::memory:
     case Place::Root::words:
+    case Place::Root::shared:
     case Place::Root::buffer: {
         if (target.swizzleCount == 1) {
             Place component = target;
@@ -463,7 +468,7 @@ void Lowerer::store(const Place& target, Value stored) {
             store(whole, vector);
             return;
         }
-        if (target.root == Place::Root::words) {
+        if (target.hasAddress()) {
             storeWords(target, target.type, stored);
         } else if (target.root == Place::Root::buffer) {
             storeParts(target, target.type, stored);

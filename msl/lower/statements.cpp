@@ -316,8 +316,11 @@ std::vector<uint32_t> Lowerer::loopVariables(const tree::Stmt* stmt) {
             add(binding.ssa);
             break;
         case Binding::Kind::place:
-            if (binding.place.root == Place::Root::ssa) {
-                add(binding.place.base);
+            for (const Place* place = &binding.place; place != nullptr;
+                 place = place->whole.get()) {
+                if (place->root == Place::Root::ssa) {
+                    add(place->base);
+                }
             }
             break;
         case Binding::Kind::alias:

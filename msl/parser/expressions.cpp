@@ -178,6 +178,16 @@ Expr* Parser::unaryAtDepth() {
                 makeExpr(token.is(Keyword::sizeofWord) ? ExprKind::sizeOf : ExprKind::alignOf,
                          token.range());
             advance();
+            if (accept(TokenKind::ellipsis)) {
+                expr->kind = ExprKind::sizeOfPack;
+                if (!expect(TokenKind::leftParen, "after 'sizeof...'")) {
+                    return nullptr;
+                }
+                expr->name = qualifiedName(false);
+                return expr->name != nullptr && expect(TokenKind::rightParen, "after the pack")
+                           ? expr
+                           : nullptr;
+            }
             if (at(TokenKind::leftParen)) {
                 const size_t before = position_;
                 advance();
@@ -210,7 +220,7 @@ bool Parser::arguments(TokenKind close, std::vector<Expr*>& list) {
             if (at(close)) {
                 break; // a trailing comma in braces
             }
-            Expr* argument = initializer();
+            Expr* argument = expanded(initializer());
             if (argument == nullptr) {
                 good = false;
                 break;
@@ -220,6 +230,17 @@ bool Parser::arguments(TokenKind close, std::vector<Expr*>& list) {
     }
     angleDepth_ = outerAngle;
     return good && expect(close, "after the arguments");
+}
+
+// The pattern, or its expansion where "..." follows.
+Expr* Parser::expanded(Expr* pattern) {
+    if (pattern == nullptr || !at(TokenKind::ellipsis)) {
+        return pattern;
+    }
+    Expr* expansion = makeExpr(ExprKind::packExpansion, pattern->range);
+    advance();
+    expansion->a = pattern;
+    return finish(expansion) ? expansion : nullptr;
 }
 
 Expr* Parser::initList() {
@@ -245,7 +266,7 @@ Expr* Parser::initList() {
             }
             designated = true;
         }
-        Expr* item = initializer();
+        Expr* item = expanded(initializer());
         if (item == nullptr) {
             return nullptr;
         }
@@ -366,6 +387,10 @@ Expr* Parser::primary() {
     }
     case TokenKind::string:
         error(token, "string literals have no use in a shader");
+        return nullptr;
+    case TokenKind::leftBracket:
+        error(token, "the language has no lambda expressions; write a function, or a struct with "
+                     "'operator()'");
         return nullptr;
     case TokenKind::identifier:
     case TokenKind::colonColon:

@@ -49,6 +49,9 @@ void Sema::declaration(const ast::Decl* decl) {
         }
         break;
     }
+    case ast::DeclKind::instantiation:
+        Sema::instantiation(decl);
+        break;
     case ast::DeclKind::space:
         spaceDeclaration(decl);
         break;

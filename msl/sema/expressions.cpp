@@ -233,6 +233,13 @@ tree::Expr* Sema::expressionAtDepth(const ast::Expr* expr) {
         return constantExpr(scalarType(TypeKind::ulongType),
                             expr->kind == sizeOf ? type->size : type->alignment, expr->range);
     }
+    case ast::ExprKind::packElement:
+        return Sema::packElement(expr);
+    case ast::ExprKind::sizeOfPack:
+        return Sema::sizeOfPack(expr);
+    case packExpansion:
+        error(expr->range, "a parameter pack is expanded among arguments or in braces");
+        return nullptr;
     case thisObject: {
         if (state_ == nullptr || state_->function->self == nullptr) {
             error(expr->range, "'this' has no meaning outside a member function");
@@ -266,11 +273,9 @@ tree::Expr* Sema::nameExpression(const ast::Expr* expr) {
     const bool local = symbol != nullptr && symbol->space == nullptr;
     if (!local && name.spaces.empty() && name.owner == nullptr && state_ != nullptr &&
         state_->function->self != nullptr) {
-        const Type* self = state_->function->self->type;
-        for (uint32_t i = 0; i < self->structure->fields.size(); ++i) {
-            if (self->structure->fields[i].name == name.name) {
-                return memberOf(variableExpr(state_->function->self, expr->range), i, expr->range);
-            }
+        if (tree::Expr* member = findField(variableExpr(state_->function->self, expr->range),
+                                           name.name, expr->range)) {
+            return member;
         }
     }
     if (symbol == nullptr) {
@@ -284,6 +289,11 @@ tree::Expr* Sema::nameExpression(const ast::Expr* expr) {
             return nullptr;
         }
         reportUnknown(name, "variable");
+        return nullptr;
+    }
+    if (symbol->isPack) {
+        error(expr->range, "'" + std::string(name.name->text) +
+                               "' is a parameter pack; '...' behind it expands it");
         return nullptr;
     }
     switch (symbol->kind) {
@@ -321,17 +331,14 @@ tree::Expr* Sema::memberExpression(const ast::Expr* expr) {
         return swizzle(base, expr);
     }
     if (base->type->isStruct()) {
-        const auto& fields = base->type->structure->fields;
-        for (uint32_t i = 0; i < fields.size(); ++i) {
-            if (fields[i].name == name) {
-                return memberOf(base, i, expr->range);
-            }
+        if (tree::Expr* member = findField(base, name, expr->range)) {
+            return member;
         }
         const uint32_t before = diagnostics_.errorCount();
         error(expr->range,
               "'" + toText(base->type) + "' has no member '" + std::string(name->text) + "'");
-        for (const auto& field : fields) {
-            if (diagnostics_.errorCount() > before &&
+        for (const auto& field : base->type->structure->fields) {
+            if (diagnostics_.errorCount() > before && field.name != nullptr &&
                 editDistance(field.name->text, name->text, 2) <= 2) {
                 diagnostics_.note(expr->range,
                                   "did you mean '" + std::string(field.name->text) + "'?");

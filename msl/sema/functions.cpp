@@ -15,6 +15,42 @@ bool Sema::sameParameters(const tree::Function& a, const tree::Function& b) cons
                       });
 }
 
+// A parameter of a function, and what it is where none is given.
+tree::Variable* Sema::makeParameter(tree::Function& function, const ast::Variable& syntax,
+                                    tree::Expr*& init) {
+    const bool reference = syntax.type->kind == ast::TypeSyntaxKind::reference;
+    const auto* named = reference ? syntax.type->element : syntax.type;
+    const Type* type = resolve(named);
+    if (type == nullptr || !attributeNumbers(syntax.attributes)) {
+        return nullptr;
+    }
+    if (type->isVoid() || (type->isStruct() && !type->structure->complete && !reference &&
+                           function.syntax->body != nullptr)) {
+        error(syntax.range, "a parameter cannot have the type '" + toText(type) + "'");
+        return nullptr;
+    }
+    if (!reference && type->isArray() && named->kind == ast::TypeSyntaxKind::array &&
+        !type->element->isResource()) {
+        type = types_.pointer(
+            type->element, named->space == AddressSpace::none ? AddressSpace::thread : named->space,
+            named->isConst || named->space == AddressSpace::constant);
+    }
+    auto* variable = makeVariable(syntax, type, tree::VariableKind::parameter);
+    variable->function = &function;
+    variable->isReference = reference;
+    if (reference) {
+        variable->space = named->space == AddressSpace::none ? AddressSpace::thread : named->space;
+        variable->isConst = named->isConst || variable->space == AddressSpace::constant;
+    } else if (type->isResource()) {
+        variable->isConst = true;
+    }
+    if (syntax.init != nullptr) {
+        init = initialise(type, syntax.init, ast::InitKind::equal);
+        return init != nullptr ? variable : nullptr;
+    }
+    return variable;
+}
+
 // The function without its body. `self` is the struct that it belongs to.
 tree::Function* Sema::makeFunction(const ast::Function& syntax, const Type* self) {
     auto* function = arena_.make<tree::Function>();
@@ -26,72 +62,30 @@ tree::Function* Sema::makeFunction(const ast::Function& syntax, const Type* self
     function->constructor = syntax.isConstructor;
     function->isExplicit = syntax.isExplicit;
     function->selfSpace = syntax.selfSpace;
-    bool good = true;
-    if (syntax.isConstructor) {
-        function->result = self;
-    } else if (syntax.result->kind == ast::TypeSyntaxKind::automatic) {
-        error(syntax.range, "a function's result type must be written");
-        return nullptr;
-    } else {
-        function->result = resolve(syntax.result);
-        good = function->result != nullptr;
-    }
-    if (good && function->result->isReference()) {
-        function->returnsReference = true;
-        function->resultConst = function->result->constPointee;
-        function->resultSpace = function->result->space;
-        function->result = function->result->element;
-    }
-    if (good && !function->returnsReference && function->result->isArray() &&
-        syntax.result->kind == ast::TypeSyntaxKind::array) {
-        error(syntax.range, "a function cannot return '" + toText(function->result) + "'");
-        return nullptr;
-    }
+    bool good = syntax.trailingResult || functionResult(*function, self);
     good = attributeNumbers(syntax.attributes) && good;
     uint32_t slot = 0;
     std::vector<tree::Variable*> parameters;
     std::vector<tree::Expr*> defaults;
     for (const auto* parameter : syntax.parameters) {
-        const bool reference = parameter->type->kind == ast::TypeSyntaxKind::reference;
-        const auto* named = reference ? parameter->type->element : parameter->type;
-        const Type* type = resolve(named);
-        if (type == nullptr) {
-            good = false;
-            continue;
+        const auto outerIndex = packIndex_;
+        const size_t count = parameter->isPack ? parameterPackLength(*parameter).value_or(0) : 1;
+        for (size_t i = 0; i < count; ++i) {
+            packIndex_ = parameter->isPack ? std::optional(i) : outerIndex;
+            tree::Expr* init = nullptr;
+            auto* variable = makeParameter(*function, *parameter, init);
+            packIndex_ = outerIndex;
+            if (variable == nullptr) {
+                good = false;
+                continue;
+            }
+            variable->slot = slot++;
+            if (init == nullptr) {
+                function->requiredParameters = static_cast<uint32_t>(parameters.size() + 1);
+            }
+            parameters.push_back(variable);
+            defaults.push_back(init);
         }
-        good = attributeNumbers(parameter->attributes) && good;
-        if (type->isVoid() || (type->isStruct() && !type->structure->complete && !reference &&
-                               syntax.body != nullptr)) {
-            error(parameter->range, "a parameter cannot have the type '" + toText(type) + "'");
-            good = false;
-            continue;
-        }
-        if (!reference && type->isArray() && named->kind == ast::TypeSyntaxKind::array) {
-            type = types_.pointer(type->element,
-                                  named->space == AddressSpace::none ? AddressSpace::thread
-                                                                     : named->space,
-                                  named->isConst || named->space == AddressSpace::constant);
-        }
-        auto* variable = makeVariable(*parameter, type, tree::VariableKind::parameter);
-        variable->function = function;
-        variable->slot = slot++;
-        variable->isReference = reference;
-        if (reference) {
-            variable->space =
-                named->space == AddressSpace::none ? AddressSpace::thread : named->space;
-            variable->isConst = named->isConst || variable->space == AddressSpace::constant;
-        } else if (type->isResource()) {
-            variable->isConst = true;
-        }
-        tree::Expr* init = nullptr;
-        if (parameter->init != nullptr) {
-            init = initialise(type, parameter->init, ast::InitKind::equal);
-            good = good && init != nullptr;
-        } else {
-            function->requiredParameters = static_cast<uint32_t>(parameters.size() + 1);
-        }
-        parameters.push_back(variable);
-        defaults.push_back(init);
     }
     if (self != nullptr) {
         auto* object = arena_.make<tree::Variable>();
@@ -109,7 +103,78 @@ tree::Function* Sema::makeFunction(const ast::Function& syntax, const Type* self
     function->variableCount = slot;
     function->parameters = arena_.copy(parameters);
     function->defaults = arena_.copy(defaults);
+    if (good && syntax.trailingResult) {
+        good = trailingResult(*function, self);
+    }
     return good ? function : nullptr;
+}
+
+// The type that the function returns. One that is written 'auto' is known when the body has been
+// analysed, and nothing until then.
+bool Sema::functionResult(tree::Function& function, const Type* self) {
+    const auto& syntax = *function.syntax;
+    if (syntax.isConstructor) {
+        function.result = self;
+        return true;
+    }
+    if (syntax.result->kind == ast::TypeSyntaxKind::automatic) {
+        return true;
+    }
+    function.result = resolve(syntax.result);
+    if (function.result == nullptr) {
+        return false;
+    }
+    if (function.result->isReference()) {
+        function.returnsReference = true;
+        function.resultConst = function.result->constPointee;
+        function.resultSpace = function.result->space;
+        function.result = function.result->element;
+    } else if (function.result->isArray() && syntax.result->kind == ast::TypeSyntaxKind::array) {
+        error(syntax.range, "a function cannot return '" + toText(function.result) + "'");
+        return false;
+    }
+    return true;
+}
+
+// A result's type behind the parameters, which it may name.
+bool Sema::trailingResult(tree::Function& function, const Type* self) {
+    FunctionState* const outerState = state_;
+    FunctionState state;
+    state.function = &function;
+    state_ = &state;
+    const size_t mark = scope_.size();
+    declareParameters(function);
+    const bool good = functionResult(function, self);
+    closeScope(mark);
+    state_ = outerState;
+    return good;
+}
+
+void Sema::declareParameters(tree::Function& function) {
+    const auto& written = function.syntax->parameters;
+    const size_t plain = written.empty() || !written.back()->isPack ? function.parameters.size()
+                                                                    : written.size() - 1;
+    for (size_t i = 0; i < function.parameters.size(); ++i) {
+        auto* parameter = function.parameters[i];
+        parameter->function = &function;
+        if (parameter->name == nullptr || i >= plain) {
+            continue;
+        }
+        Symbol* previous = lookup(parameter->name);
+        if (previous != nullptr && previous->space == nullptr && sameScope(*previous)) {
+            error(parameter->range,
+                  "the parameter '" + std::string(parameter->name->text) + "' is declared twice");
+        }
+        declare(SymbolKind::variable, parameter->name, parameter->range)->variable = parameter;
+    }
+    if (!written.empty() && written.back()->isPack && written.back()->name != nullptr) {
+        const auto elements = function.parameters.subspan(plain);
+        const Symbol* pack = declarePack(SymbolKind::variable, written.back()->name,
+                                         written.back()->range, elements.size());
+        for (size_t i = 0; i < elements.size(); ++i) {
+            pack->pack[i]->variable = elements[i];
+        }
+    }
 }
 
 void Sema::functionDeclaration(const ast::Decl* decl) {
@@ -289,6 +354,7 @@ void Sema::analyseBody(tree::Function& function, StructRecord* record) {
     FunctionState state;
     state.function = &function;
     state.result = syntax.isConstructor ? voidType() : function.result;
+    state.deducedResult = state.result == nullptr;
     function.pending = false;
     state.record = record;
     state.slots = function.variableCount;
@@ -296,60 +362,16 @@ void Sema::analyseBody(tree::Function& function, StructRecord* record) {
     const size_t mark = scope_.size();
     const size_t outerStart = scopeStart_;
     scopeStart_ = mark;
-    for (auto* parameter : function.parameters) {
-        parameter->function = &function;
-        if (parameter->name == nullptr) {
-            continue;
-        }
-        Symbol* previous = lookup(parameter->name);
-        if (previous != nullptr && previous->space == nullptr && sameScope(*previous)) {
-            error(parameter->range,
-                  "the parameter '" + std::string(parameter->name->text) + "' is declared twice");
-        }
-        declare(SymbolKind::variable, parameter->name, parameter->range)->variable = parameter;
-    }
+    declareParameters(function);
     std::vector<tree::Stmt*> items;
-    bool good = true;
-    if (syntax.isConstructor) {
-        tree::Stmt* object = makeStmt(tree::StmtKind::declare, syntax.range);
-        object->variable = function.self;
-        object->expr = memberDefaults(function.self->type, syntax.range);
-        good = object->expr != nullptr;
-        items.push_back(object);
-        for (const auto* init : syntax.memberInits) {
-            const auto& fields = function.self->type->structure->fields;
-            const auto field = std::find_if(fields.begin(), fields.end(), [&](const Field& item) {
-                return item.name == init->name;
-            });
-            if (field == fields.end()) {
-                error(init->range, "there is no member '" + std::string(init->name->text) + "'");
-                good = false;
-                continue;
-            }
-            const auto& given = init->init->items;
-            tree::Expr* source = field->isReference && given.size() == 1
-                                     ? referenceTo(field->type, value(given[0]))
-                                     : fromList(field->type, given, {}, init->range,
-                                                init->initKind == ast::InitKind::brace);
-            if (source == nullptr) {
-                good = false;
-                continue;
-            }
-            tree::Expr* target =
-                fieldExpr(variableExpr(function.self, init->range),
-                          static_cast<uint32_t>(field - fields.begin()), init->range);
-            tree::Expr* assignExpr = makeExpr(tree::ExprKind::assign, field->type, init->range);
-            assignExpr->a = target;
-            assignExpr->b = source;
-            tree::Stmt* stmt = makeStmt(tree::StmtKind::expression, init->range);
-            stmt->expr = finish(assignExpr);
-            items.push_back(stmt);
-        }
-    }
+    const bool good = !syntax.isConstructor || constructorStart(function, items);
     tree::Stmt* body = compound(syntax.body);
     if (body != nullptr && good) {
         items.push_back(body);
         function.body = items.size() == 1 ? body : block(items, syntax.range);
+        if (state.deducedResult && state.result == nullptr) {
+            state.result = function.result = voidType();
+        }
         if (!state.result->isVoid() && !body->mayReturn) {
             error(syntax.range, "the function '" + std::string(syntax.name->text) + "' returns '" +
                                     toText(state.result) + "' but has no 'return'");

@@ -29,6 +29,20 @@ bool Sema::tooDeep(Range range) {
     return true;
 }
 
+// Whether the namespace is the other one, or that of a struct derived from the other one's.
+static bool holdsNamesOf(const Space* space, const Space* other) {
+    return space == other ||
+           std::any_of(space->bases.begin(), space->bases.end(),
+                       [&](const Space* base) { return holdsNamesOf(base, other); });
+}
+
+// What a pack's name means while a pattern is expanded: one of its elements.
+Symbol* Sema::elementOf(Symbol* symbol) const {
+    return symbol != nullptr && symbol->isPack && packIndex_ && *packIndex_ < symbol->pack.size()
+               ? symbol->pack[*packIndex_]
+               : symbol;
+}
+
 Symbol* Sema::lookup(Name name) const {
     const void* function = state_ != nullptr ? state_->function : nullptr;
     Symbol* best = nullptr;
@@ -36,13 +50,13 @@ Symbol* Sema::lookup(Name name) const {
     for (Symbol* symbol = name->symbol; symbol != nullptr; symbol = symbol->outer) {
         if (symbol->space == nullptr) {
             if (symbol->owner == function) {
-                return symbol;
+                return elementOf(symbol);
             }
             continue;
         }
         uint32_t distance = 0;
         const Space* space = space_;
-        while (space != nullptr && symbol->space != space) {
+        while (space != nullptr && !holdsNamesOf(space, symbol->space)) {
             space = space->parent;
             ++distance;
         }
@@ -53,13 +67,18 @@ Symbol* Sema::lookup(Name name) const {
             bestDistance = distance;
         }
     }
-    return best;
+    return elementOf(best);
 }
 
 Symbol* Sema::lookupIn(Name name, const Space* space) const {
     for (Symbol* symbol = name->symbol; symbol != nullptr; symbol = symbol->outer) {
         if (symbol->space == space) {
             return symbol;
+        }
+    }
+    for (const Space* base : space != nullptr ? space->bases : std::span<Space*>()) {
+        if (Symbol* found = lookupIn(name, base)) {
+            return found;
         }
     }
     return nullptr;

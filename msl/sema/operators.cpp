@@ -153,11 +153,16 @@ tree::Expr* Sema::operatorCall(std::string_view name, std::vector<tree::Expr*> o
     const Name interned = names_.intern(name);
     found = false;
     const Type* self = operands[0]->type;
+    std::vector<tree::Expr*> rest(operands.begin() + 1, operands.end());
+    const Member* method = nullptr;
     if (self->isStruct()) {
-        if (const auto* method = methodOf(self, interned)) {
-            std::vector<tree::Expr*> rest(operands.begin() + 1, operands.end());
+        const Type* owner = nullptr;
+        if ((method = findMethod(self, interned, owner)) != nullptr) {
             found = true;
-            return callOverloads(method->overloads, operands[0], rest, nullptr, range, false);
+            if (tree::Expr* result = callOverloads(method->overloads, asBase(operands[0], owner),
+                                                   rest, nullptr, range, true)) {
+                return result;
+            }
         }
     }
     // A free operator, visible here or beside one of the operands' structs.
@@ -188,6 +193,8 @@ tree::Expr* Sema::operatorCall(std::string_view name, std::vector<tree::Expr*> o
     }
     if (last != nullptr) {
         reportNoOverload(last->overloads, operands, range, false);
+    } else if (method != nullptr) {
+        reportNoOverload(method->overloads, rest, range, false);
     }
     return nullptr;
 }
@@ -409,7 +416,7 @@ tree::Expr* Sema::conditional(const ast::Expr* expr) {
         result->c = convertTo(b, type);
         return finish(result);
     }
-    if (type->isPointer() || type->isResource()) {
+    if (type->isPointer()) {
         error(expr->range, "a condition cannot choose between values of '" + toText(type) + "'");
         return nullptr;
     }

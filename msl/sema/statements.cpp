@@ -318,11 +318,25 @@ tree::Stmt* Sema::returnStatement(const ast::Stmt* stmt) {
     tree::Stmt* result = makeStmt(StmtKind::leave, stmt->range);
     result->mayReturn = result->alwaysReturns = true;
     if (stmt->expr == nullptr) {
+        if (state_->result == nullptr) {
+            state_->result = voidType();
+        }
         if (!state_->result->isVoid()) {
             error(stmt->range, "this function returns '" + toText(state_->result) + "'");
             return nullptr;
         }
         return result;
+    }
+    if (state_->result == nullptr) {
+        // The first 'return' says what 'auto' stands for.
+        tree::Expr* expr =
+            stmt->expr->kind != ast::ExprKind::list ? expression(stmt->expr) : nullptr;
+        if (expr == nullptr) {
+            return nullptr;
+        }
+        state_->result = unpacked(expr->type);
+        const_cast<tree::Function*>(state_->function)->result = state_->result;
+        pending_.emplace(stmt->expr, expr);
     }
     if (state_->result->isVoid()) {
         if (stmt->expr->kind != ast::ExprKind::list) {
@@ -431,7 +445,7 @@ tree::Stmt* Sema::localVariable(const ast::Variable* syntax) {
     }
     tree::Variable* variable = makeVariable(*syntax, type, tree::VariableKind::local);
     symbol->variable = variable;
-    if (type->isSampler() && !reference) {
+    if (type->isSampler() && !reference && writesSampler(syntax->init)) {
         if (!samplerVariable(syntax, variable)) {
             symbol->variable = nullptr;
             return nullptr;
@@ -473,6 +487,7 @@ tree::Stmt* Sema::localVariable(const ast::Variable* syntax) {
             symbol->variable = nullptr;
             return nullptr;
         }
+        init = init->lvalue ? asBase(init, type) : init;
         if (init->type != type || !init->lvalue) {
             init = convertTo(init, type);
             variable->isReference = false;

@@ -57,6 +57,7 @@ enum class ExprKind : uint8_t {
     library,
     comma,
     functionConstant, // index
+    list,             // braces as an argument, until the parameter gives them a type
 };
 
 struct Expr {
@@ -81,6 +82,7 @@ struct Expr {
     Variable* variable = nullptr;
     const Function* function = nullptr;
     const LibraryFunction* library = nullptr;
+    const ast::Expr* list = nullptr;
 };
 
 // The places of the items of a texture's member function. `index` of the call says what `level` and
@@ -96,10 +98,11 @@ enum : size_t {
     gradientX,
     gradientY,
     offset,
-    lodClamp
+    lodClamp,
+    face // of a cube, where a single texel is meant
 };
 } // namespace TextureItem
-inline constexpr size_t kTextureItems = TextureItem::lodClamp + 1;
+inline constexpr size_t kTextureItems = TextureItem::face + 1;
 
 enum class StmtKind : uint8_t {
     expression,

@@ -59,6 +59,8 @@ struct Wrong {
     const char* first;
 };
 
+void PrintTo(const Wrong& item, std::ostream* stream) { *stream << item.name; }
+
 const Wrong kWrong[] = {
     {"MissingSemicolon", "float f() {\n    float a = 1\n    return a; }",
      "2:16: error: expected ';' after the declaration"},
@@ -104,7 +106,9 @@ const Wrong kWrong[] = {
     {"Double", "void f() { double d = 1; }",
      "1:12: error: the language has no 'double'; 'float' is its widest floating-point type"},
     {"Goto", "void f() { goto end; }", "1:12: error: the language has no 'goto'"},
-    {"Union", "union U { int a; };", "1:1: error: unions are not supported"},
+    {"Lambda", "void f() { auto g = [](float x) { return x; }; }",
+     "1:21: error: the language has no lambda expressions; write a function, or a struct with "
+     "'operator()'"},
     {"ParameterWithoutAttribute", "fragment float4 m(float x) { return x; }",
      "1:25: error: this parameter of an entry point has no attribute that says where its value "
      "comes from"},
@@ -138,6 +142,8 @@ struct Hostile {
     std::string source;
     const char* part; // of the diagnostic
 };
+
+void PrintTo(const Hostile& item, std::ostream* stream) { *stream << item.name; }
 
 std::vector<Hostile> hostileSources() {
     std::string bomb = "#define G 1 + 1 +\n";

@@ -66,11 +66,6 @@ fragment float4 f_main(float x [[thread_index_in_quadgroup]]) { return x; }
 //! body
 return v.v12.xyz.xxxx;
 //! refused 'float2' has no component 'xyz'
-//! case ParameterPacks
-template <typename... Ts> float f(Ts... x) { return 0; }
-//! body
-return f(1);
-//! refused parameter packs are not supported
 //! case ErrorDirectives
 #ifndef NOTHING
 #error "write the shader"
@@ -91,8 +86,3 @@ int2 a = int2(1) + 0.5; return 0;
 //! body
 thread float* p; return *p;
 //! refused this pointer's target is not known when compiling
-//! case TexturesInConditions
-//! parameters , texture2d<float> a, texture2d<float> b
-//! body
-texture2d<float> t = v.one > 0 ? a : b; return t.read(uint2(0));
-//! refused a condition cannot choose between values of 'texture2d<float>'
