@@ -126,6 +126,14 @@ enum class Special : uint8_t {
     clampedLod,
     unclampedLod,
     fence,
+    // Across a SIMD group: the codes are SPIR-V's instructions.
+    groupReduce,
+    groupInclusive,
+    groupExclusive,
+    groupPlain,
+    quadReduce,  // the codes are ir::Op; without them the smaller, or (signedCode) the greater
+    quadShuffle, // by the thread's number
+    quadMove,    // floatCode is the ir::Op that makes the number from the thread's own
 };
 
 // A signature is the result's letter followed by the parameters':

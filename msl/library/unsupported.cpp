@@ -10,9 +10,10 @@ struct Refusal {
 
 constexpr Refusal kRefusals[] = {
     {"bfloat", "'bfloat' is not supported; use 'half' or 'float'"},
-    {"simd_", "functions across a SIMD group are not supported; the result would depend on how the "
-              "device groups fragments"},
-    {"quad_", "functions across a quad are not supported; 'dfdx' and 'dfdy' give differences"},
+    {"simd_", "this function across a SIMD group is not supported; sums, extremes, prefix sums, "
+              "shuffles, broadcasts, 'simd_all' and 'simd_any' are"},
+    {"quad_", "this function across a quad is not supported; sums, extremes, shuffles, broadcasts, "
+              "'quad_all' and 'quad_any' are"},
     {"simdgroup_", "SIMD-group matrices and barriers are for kernels, which are not compiled"},
     {"threadgroup_", "threadgroup functions are for kernels, which are not compiled"},
     {"imageblock", "imageblocks are not supported; bind the picture as a texture"},

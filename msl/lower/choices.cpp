@@ -60,6 +60,49 @@ Lowerer::Binding* Lowerer::chosenBranch(const tree::Expr* expr) {
         builder_.select(ir::kInt, condition, builder_.intConstant(0), builder_.intConstant(1)));
 }
 
+// Does the work for the option that the selector names; gives what it gave, where it gives
+// anything.
+Lowerer::Value Lowerer::onEachOption(Value selector, size_t count, bool gives,
+                                     const std::function<Value(size_t)>& work) {
+    const ir::BlockId after = builder_.makeBlock();
+    std::vector<ir::BlockId> blocks;
+    std::vector<ir::Case> cases;
+    for (uint32_t i = 0; i < count; ++i) {
+        blocks.push_back(builder_.makeBlock());
+        if (i > 0) {
+            cases.push_back({i, blocks[i]});
+        }
+    }
+    const size_t mark = log_.size();
+    const uint32_t result = newVariable(ir::kNoValue);
+    std::vector<Edge> edges;
+    builder_.selectionMerge(after);
+    builder_.multiway(selector, blocks[0], cases);
+    for (size_t i = 0; i < count; ++i) {
+        builder_.start(*function_, blocks[i]);
+        const Value given = work(i);
+        if (gives) {
+            setVariable(result, given);
+        }
+        edges.push_back(edge(mark));
+        builder_.branch(after);
+        rollBack(mark);
+    }
+    merge(after, edges);
+    return gives ? module_.resolve(current_[result]) : ir::kNoValue;
+}
+
+// The place that is one of several.
+Lowerer::Place Lowerer::chosenPlace(std::vector<Place> options, Value selector) {
+    Place result;
+    result.root = Place::Root::chosen;
+    result.base = selector;
+    result.rootType = result.type = options.front().type;
+    result.constantSpace = options.front().constantSpace;
+    result.options = std::move(options);
+    return result;
+}
+
 // What is no resource is read from every candidate.
 Lowerer::Value Lowerer::chosenValue(const Type* type, const Binding& chosen) {
     Value result = ir::kNoValue;
@@ -100,39 +143,17 @@ Lowerer::Value Lowerer::onEachCandidate(const tree::Expr* expr, const Binding& c
         const ir::TypeId type = builder_.typeOf(at);
         gradients_ = {builder_.unary(Op::dpdx, type, at), builder_.unary(Op::dpdy, type, at)};
     }
-    const ir::BlockId after = builder_.makeBlock();
-    const auto count = static_cast<uint32_t>(chosen.parts.size());
-    std::vector<ir::BlockId> blocks;
-    std::vector<ir::Case> cases;
-    for (uint32_t i = 0; i < count; ++i) {
-        blocks.push_back(builder_.makeBlock());
-        if (i > 0) {
-            cases.push_back({i, blocks[i]});
-        }
-    }
-    const size_t mark = log_.size();
-    const uint32_t result = newVariable(ir::kNoValue);
-    std::vector<Edge> edges;
-    builder_.selectionMerge(after);
-    builder_.multiway(chosen.selector, blocks[0], cases);
-    for (uint32_t i = 0; i < count; ++i) {
-        builder_.start(*function_, blocks[i]);
-        settled = &chosen.parts[i];
-        const Value given = texture(expr);
-        if (!expr->type->isVoid()) {
-            setVariable(result, given);
-        }
-        edges.push_back(edge(mark));
-        builder_.branch(after);
-        rollBack(mark);
-    }
+    const Value result =
+        onEachOption(chosen.selector, chosen.parts.size(), !expr->type->isVoid(), [&](size_t i) {
+            settled = &chosen.parts[i];
+            return texture(expr);
+        });
     settled = nullptr;
-    merge(after, edges);
     if (outermost) {
         held_.clear();
         gradients_.reset();
     }
-    return expr->type->isVoid() ? ir::kNoValue : module_.resolve(current_[result]);
+    return result;
 }
 
 } // namespace msl

@@ -16,6 +16,7 @@ void Lowerer::run(const tree::Unit& unit, Module& result) {
     }
     result.constants = unit.constants;
     result.usesInt64 = usesInt64_;
+    result.usesSubgroups = usesSubgroups_;
 }
 
 void Lowerer::useGlobal(Value variable) {
@@ -62,6 +63,7 @@ void Lowerer::entryPoint(const tree::Function& function, Module& result) {
     builder_.start(*function_, body);
     frame.flag = newVariable(builder_.boolConstant(false));
     frame.result = newVariable(ir::kNoValue);
+    frame.resultChoice = newVariable(builder_.intConstant(0));
     if (!function.result->isVoid()) {
         current_[frame.result] = builder_.undefined(irType(function.result));
     }

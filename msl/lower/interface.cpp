@@ -30,6 +30,8 @@ constexpr BuiltInName kInputs[] = {
     {"primitive_id", BuiltIn::primitiveId, Stage::fragment, 1, TypeKind::uintType},
     {"render_target_array_index", BuiltIn::layer, Stage::fragment, 1, TypeKind::uintType},
     {"viewport_array_index", BuiltIn::viewportIndex, Stage::fragment, 1, TypeKind::uintType},
+    {"thread_index_in_simdgroup", BuiltIn::subgroupThread, Stage::fragment, 1, TypeKind::uintType},
+    {"threads_per_simdgroup", BuiltIn::subgroupSize, Stage::fragment, 1, TypeKind::uintType},
     {"vertex_id", BuiltIn::vertexIndex, Stage::vertex, 1, TypeKind::uintType},
     {"instance_id", BuiltIn::instanceIndex, Stage::vertex, 1, TypeKind::uintType},
     {"base_vertex", BuiltIn::baseVertex, Stage::vertex, 1, TypeKind::uintType},
@@ -114,6 +116,8 @@ std::optional<Lowerer::Value> Lowerer::inputValue(const Type* type,
             return std::nullopt;
         }
         global.builtIn = input->builtIn;
+        usesSubgroups_ = usesSubgroups_ || input->builtIn == BuiltIn::subgroupThread ||
+                         input->builtIn == BuiltIn::subgroupSize;
         global.flat = stage_ == Stage::fragment && input->scalar == TypeKind::uintType;
         const ir::TypeId single = irType(natural);
         Value loaded = ir::kNoValue;

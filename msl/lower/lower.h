@@ -4,6 +4,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <unordered_map>
@@ -34,7 +35,8 @@ class Lowerer {
     struct Place {
         // `words`: a buffer seen as 32-bit words, whose steps are summed up in an address
         // `shared`: the same among the words of the union that `whole` leads to
-        enum class Root : uint8_t { none, ssa, memory, buffer, words, shared, value };
+        // `chosen`: one of the `options`; which one, the value `base` says
+        enum class Root : uint8_t { none, ssa, memory, buffer, words, shared, chosen, value };
         Root root = Root::none;
         uint8_t swizzleCount = 0; // components picked from the vector that the steps lead to
         uint8_t swizzle[4] = {};
@@ -46,6 +48,7 @@ class Lowerer {
         uint32_t offset = 0;          // of a place among words: bytes,
         Value address = ir::kNoValue; // and more bytes, known at run time
         std::shared_ptr<const Place> whole{};
+        std::vector<Place> options{};
 
         bool hasAddress() const { return root == Root::words || root == Root::shared; }
     };
@@ -85,10 +88,11 @@ class Lowerer {
         const tree::Function* function = nullptr;
         std::vector<Binding> slots;
         std::vector<Breakable> breakables;
-        uint32_t flag = 0;   // ssa variable: whether the function has returned
-        uint32_t result = 0; // ssa variable: what it returns
-        Place resultPlace;   // what it refers to with its result
-        Binding resultParts; // its result, where that holds resources
+        uint32_t flag = 0;         // ssa variable: whether the function has returned
+        uint32_t result = 0;       // ssa variable: what it returns
+        Place resultPlace;         // what it refers to with its result
+        uint32_t resultChoice = 0; // ssa variable: which of several such places it is
+        Binding resultParts;       // its result, where that holds resources
         bool returned = false;
     };
     struct HoistedLoad {
@@ -115,6 +119,7 @@ class Lowerer {
     void addStep(Place& place, Step step, const Type* type);
     void moveWords(Place& place, Step step, uint32_t elementSize);
     void addIndex(Place& place, const tree::Expr* index, const Type* type);
+    void addOffset(Place& place, Value offset, Range range, const Type* type);
     Value load(const Place& place);
     Value loadWhole(const Place& place);
     Value loadParts(const Place& place, const Type* type, Range range);
@@ -137,6 +142,7 @@ class Lowerer {
     void loop(const tree::Stmt* stmt);
     void multiway(const tree::Stmt* stmt);
     void leave(const tree::Stmt* stmt);
+    void addResultPlace(Place place, Range range);
     bool afterReturn(std::span<tree::Stmt* const> rest);
     void breakTo(Breakable& target, std::vector<Edge>& edges, ir::BlockId block);
     bool live() const { return builder_.open() && !frame_->returned; }
@@ -188,8 +194,19 @@ class Lowerer {
     Binding* chosenPart(const Binding& whole, uint64_t index);
     Binding* chosenBranch(const tree::Expr* expr);
     Value chosenValue(const Type* type, const Binding& chosen);
+    Place chosenPlace(std::vector<Place> options, Value selector);
+    Value onEachOption(Value selector, size_t count, bool gives,
+                       const std::function<Value(size_t)>& work);
     const Binding* openChoice(const tree::Expr* operand, const Binding* settled);
     Value onEachCandidate(const tree::Expr* expr, const Binding& chosen, const Binding*& settled);
+
+    // groups.cpp
+    Value subgroup(uint32_t instruction, ir::TypeId type, std::initializer_list<Value> operands,
+                   std::optional<uint32_t> group = std::nullopt);
+    Value groupNumber(ir::BuiltIn builtIn);
+    Value ofQuad(ir::TypeId type, Value value, Value index);
+    Value quadFunction(const tree::Expr* expr, const std::vector<Value>& x);
+    Value groupFunction(const tree::Expr* expr, const std::vector<Value>& x);
 
     // atomics.cpp
     Value atomic(const tree::Expr* expr);
@@ -318,6 +335,7 @@ class Lowerer {
     uint32_t steps_ = 0;
     bool stopped_ = false;
     bool usesInt64_ = false;
+    bool usesSubgroups_ = false;
 };
 
 } // namespace msl

@@ -34,6 +34,13 @@ Lowerer::Place Lowerer::spilled(const Place& source) {
 }
 
 void Lowerer::addStep(Place& target, Step step, const Type* type) {
+    for (auto& option : target.options) {
+        addStep(option, step, type);
+    }
+    if (target.root == Place::Root::chosen) {
+        target.type = type;
+        return;
+    }
     if (isUnion(target.type) && !target.hasAddress()) {
         enterUnion(target);
     }
@@ -185,9 +192,30 @@ Lowerer::Place Lowerer::pointerTarget(const tree::Expr* expr) {
         if (expr->kind == ExprKind::convert) {
             return castTarget(expr);
         }
+        if (expr->kind == ExprKind::conditional) {
+            const Value condition = value(expr->a);
+            if (const auto known = builder_.scalarBits(condition)) {
+                return pointerTarget(*known != 0 ? expr->b : expr->c);
+            }
+            std::vector<Place> options{pointerTarget(expr->b), pointerTarget(expr->c)};
+            return chosenPlace(std::move(options),
+                               builder_.select(ir::kInt, condition, builder_.intConstant(0),
+                                               builder_.intConstant(1)));
+        }
         const Binding* binding = findBinding(expr);
         if (binding != nullptr && binding->kind == Binding::Kind::place) {
             return binding->place;
+        }
+        if (binding != nullptr && binding->kind == Binding::Kind::choice) {
+            std::vector<Place> options;
+            for (const auto& part : binding->parts) {
+                if (part.kind == Binding::Kind::place) {
+                    options.push_back(part.place);
+                }
+            }
+            if (options.size() == binding->parts.size()) {
+                return chosenPlace(std::move(options), binding->selector);
+            }
         }
         if (expr->kind == ExprKind::call) {
             Binding result;
@@ -218,7 +246,17 @@ Lowerer::Place Lowerer::castTarget(const tree::Expr* expr) {
 
 // Moves a pointer's target by an index within the array that it lies in.
 void Lowerer::addIndex(Place& target, const tree::Expr* index, const Type* type) {
-    const Value offset = value(index);
+    addOffset(target, value(index), index->range, type);
+}
+
+void Lowerer::addOffset(Place& target, Value offset, Range range, const Type* type) {
+    for (auto& option : target.options) {
+        addOffset(option, offset, range, type);
+    }
+    if (target.root == Place::Root::chosen) {
+        target.type = type;
+        return;
+    }
     if (builder_.isSplatOf(offset, 0)) {
         return;
     }
@@ -230,7 +268,7 @@ void Lowerer::addIndex(Place& target, const tree::Expr* index, const Type* type)
         return;
     }
     if (target.steps.empty() || target.swizzleCount > 0) {
-        error(index->range, "this pointer does not point into an array");
+        error(range, "this pointer does not point into an array");
         return;
     }
     auto& last = target.steps.back();
@@ -368,6 +406,9 @@ Lowerer::Value Lowerer::loadWhole(const Place& source) {
     case Place::Root::words:
     case Place::Root::shared:
         return loadWords(source, source.type);
+    case Place::Root::chosen:
+        return onEachOption(source.base, source.options.size(), true,
+                            [&](size_t i) { return loadWhole(source.options[i]); });
     case Place::Root::none:
         break;
     }
@@ -477,6 +518,15 @@ void Lowerer::store(const Place& target, Value stored) {
         }
         return;
     }
+    case Place::Root::chosen:
+        onEachOption(target.base, target.options.size(), false, [&](size_t i) {
+            Place option = target.options[i];
+            option.swizzleCount = target.swizzleCount;
+            std::copy(std::begin(target.swizzle), std::end(target.swizzle), option.swizzle);
+            store(option, stored);
+            return ir::kNoValue;
+        });
+        return;
     default:
         return;
     }

@@ -87,8 +87,9 @@ enum class ExprKind : uint8_t {
 struct Expr {
     ExprKind kind = ExprKind::intLiteral;
     TokenKind op = TokenKind::unknown;
-    bool braces = false; // construct: T{...}
-    uint16_t depth = 1;  // of the tree below
+    bool braces = false;  // construct: T{...}
+    bool grouped = false; // in parentheses of its own
+    uint16_t depth = 1;   // of the tree below
     const Type* literalType = nullptr;
     Range range;
     Expr* a = nullptr;

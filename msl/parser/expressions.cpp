@@ -383,6 +383,7 @@ Expr* Parser::primary() {
         if (inner == nullptr || !expect(TokenKind::rightParen, "after the expression")) {
             return nullptr;
         }
+        inner->grouped = true;
         return inner;
     }
     case TokenKind::string:

@@ -207,6 +207,7 @@ tree::Expr* Sema::convert(tree::Expr* expr, const Type* to, Range range, std::st
         }
         noteAssigned(expr);
     }
+    warnLostFraction(*expr, to);
     return convertTo(expr, to);
 }
 

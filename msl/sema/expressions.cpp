@@ -301,6 +301,7 @@ tree::Expr* Sema::nameExpression(const ast::Expr* expr) {
         if (symbol->variable == nullptr) {
             return nullptr; // its declaration was wrong and has been reported
         }
+        symbol->variable->isUsed = true;
         return variableExpr(symbol->variable, expr->range);
     case SymbolKind::enumerator:
     case SymbolKind::value:

@@ -378,6 +378,7 @@ void Sema::analyseBody(tree::Function& function, StructRecord* record) {
         }
     }
     function.variableCount = state.slots;
+    warnAboutFunction(function);
     closeScope(mark);
     scopeStart_ = outerStart;
     state_ = outerState;

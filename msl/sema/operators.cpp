@@ -416,10 +416,6 @@ tree::Expr* Sema::conditional(const ast::Expr* expr) {
         result->c = convertTo(b, type);
         return finish(result);
     }
-    if (type->isPointer()) {
-        error(expr->range, "a condition cannot choose between values of '" + toText(type) + "'");
-        return nullptr;
-    }
     tree::Expr* result = makeExpr(ExprKind::conditional, type, expr->range);
     result->a = convertTo(test, boolType());
     result->b = convertTo(a, type);

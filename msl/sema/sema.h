@@ -122,6 +122,7 @@ class Sema {
         std::vector<Loop> loops;
         uint32_t slots = 0;
         bool deducedResult = false;
+        std::vector<const tree::Variable*> locals{}; // as the source declares them
     };
     class DepthGuard;
     class Context;
@@ -303,6 +304,11 @@ class Sema {
     const ast::Decl* specialisation(const Template& pattern, const Bindings& arguments,
                                     Bindings& bindings);
     bool spendInstance(Range range);
+
+    // warnings.cpp
+    void warnUnusedValue(const tree::Expr& expr);
+    void warnLostFraction(const tree::Expr& expr, const Type* to);
+    void warnAboutFunction(const tree::Function& function);
 
     // packs.cpp
     template <typename Pattern>

@@ -50,6 +50,10 @@ tree::Expr* Sema::condition(const ast::Expr* expr) {
     if (test == nullptr) {
         return nullptr;
     }
+    if (expr->kind == ast::ExprKind::assign && expr->op == TokenKind::equal && !expr->grouped) {
+        diagnostics_.warning(expr->range, "this condition assigns; '==' compares, and a second "
+                                          "pair of parentheses says that it is meant so");
+    }
     if (!test->type->isScalar() && !(test->type->isEnum() && !test->type->enumeration->scoped)) {
         error(expr->range, "a condition is a single number or bool, not '" + toText(test->type) +
                                "'" + (test->type->isVector() ? "; use 'all' or 'any'" : ""));
@@ -86,6 +90,7 @@ tree::Stmt* Sema::statementAtDepth(const ast::Stmt* stmt) {
         if (expr == nullptr) {
             return nullptr;
         }
+        warnUnusedValue(*expr);
         tree::Stmt* result = makeStmt(StmtKind::expression, stmt->range);
         result->expr = expr;
         return result;
@@ -445,6 +450,7 @@ tree::Stmt* Sema::localVariable(const ast::Variable* syntax) {
     }
     tree::Variable* variable = makeVariable(*syntax, type, tree::VariableKind::local);
     symbol->variable = variable;
+    state_->locals.push_back(variable);
     if (type->isSampler() && !reference && writesSampler(syntax->init)) {
         if (!samplerVariable(syntax, variable)) {
             symbol->variable = nullptr;

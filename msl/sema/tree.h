@@ -24,7 +24,7 @@ struct Variable {
     VariableKind kind = VariableKind::local;
     bool isReference = false;
     bool isConst = false;
-    bool addressTaken = false;
+    bool isUsed = false; // named somewhere behind its declaration
     AddressSpace space = AddressSpace::thread;
     const Expr* init = nullptr;
     const Function* function = nullptr; // that declares it
