@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "msl/ir/ir.h"
 #include "msl/lexer/name.h"
@@ -155,6 +156,7 @@ struct LibraryFunction {
 // The overloads of a name, found once per name and compilation.
 std::span<const LibraryFunction> findLibraryFunctions(Name name);
 const LibraryFunction* findTextureMember(std::string_view name);
+std::vector<std::string_view> textureMemberNames();
 // Every name in the table, for suggestions.
 std::span<const LibraryFunction> allLibraryFunctions();
 

@@ -275,6 +275,14 @@ const LibraryFunction* findTextureMember(std::string_view name) {
     return found == std::end(kTextureMembers) ? nullptr : found;
 }
 
+std::vector<std::string_view> textureMemberNames() {
+    std::vector<std::string_view> names;
+    for (const auto& member : kTextureMembers) {
+        names.push_back(member.name);
+    }
+    return names;
+}
+
 std::span<const LibraryFunction> allLibraryFunctions() { return kFunctions; }
 
 } // namespace msl

@@ -39,7 +39,66 @@ constexpr Refusal kRefusals[] = {
     {"amplification_", "vertex amplification is not supported"},
 };
 
+struct ForeignWord {
+    std::string_view there;
+    std::string_view here;
+};
+
+// Of GLSL and HLSL.
+constexpr ForeignWord kForeignWords[] = {
+    {"vec2", "float2"},
+    {"vec3", "float3"},
+    {"vec4", "float4"},
+    {"ivec2", "int2"},
+    {"ivec3", "int3"},
+    {"ivec4", "int4"},
+    {"uvec2", "uint2"},
+    {"uvec3", "uint3"},
+    {"uvec4", "uint4"},
+    {"bvec2", "bool2"},
+    {"bvec3", "bool3"},
+    {"bvec4", "bool4"},
+    {"mat2", "float2x2"},
+    {"mat3", "float3x3"},
+    {"mat4", "float4x4"},
+    {"lerp", "mix"},
+    {"frac", "fract"},
+    {"ddx", "dfdx"},
+    {"ddy", "dfdy"},
+    {"dFdx", "dfdx"},
+    {"dFdy", "dfdy"},
+    {"inversesqrt", "rsqrt"},
+    {"clip", "discard_fragment"},
+    {"sampler2D", "texture2d<float>"},
+    {"samplerCube", "texturecube<float>"},
+    {"Texture2D", "texture2d<float>"},
+    {"texture", "sample"},
+    {"texture2D", "sample"},
+    {"tex2D", "sample"},
+    {"textureLod", "sample"},
+    {"texelFetch", "read"},
+    {"imageStore", "write"},
+    {"gl_FragCoord", "[[position]]"},
+    {"gl_VertexID", "[[vertex_id]]"},
+    {"gl_InstanceID", "[[instance_id]]"},
+    {"countbits", "popcount"},
+    {"asfloat", "as_type<float>"},
+    {"asuint", "as_type<uint>"},
+    {"asint", "as_type<int>"},
+    {"floatBitsToUint", "as_type<uint>"},
+    {"uintBitsToFloat", "as_type<float>"},
+};
+
 } // namespace
+
+std::string_view nameHere(std::string_view name) {
+    for (const auto& word : kForeignWords) {
+        if (word.there == name) {
+            return word.here;
+        }
+    }
+    return {};
+}
 
 std::string_view unsupportedReason(std::string_view name) {
     for (const auto& refusal : kRefusals) {

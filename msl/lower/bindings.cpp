@@ -221,7 +221,12 @@ void Lowerer::assignParts(const Type* type, Binding& target, const Binding& sour
                          "known when compiling");
         return;
     }
+    const uint32_t moved = target.moved;
     target = source;
+    target.moved = moved;
+    if (moved != UINT32_MAX) {
+        setVariable(moved, builder_.intConstant(0));
+    }
 }
 
 } // namespace msl

@@ -18,6 +18,9 @@ void Lowerer::bindParameter(Frame& frame, const tree::Variable& parameter,
         } else {
             binding = bound(parameter.type, argument);
         }
+        if (parameter.isMoved) {
+            startMoving(binding);
+        }
         return;
     }
     if (!parameter.isReference) {

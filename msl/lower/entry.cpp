@@ -61,6 +61,11 @@ void Lowerer::entryPoint(const tree::Function& function, Module& result) {
     const ir::BlockId body = builder_.makeBlock();
     builder_.branch(body);
     builder_.start(*function_, body);
+    for (const auto* parameter : function.parameters) {
+        if (parameter->isMoved) {
+            startMoving(frame.slots[parameter->slot]);
+        }
+    }
     frame.flag = newVariable(builder_.boolConstant(false));
     frame.result = newVariable(ir::kNoValue);
     frame.resultChoice = newVariable(builder_.intConstant(0));

@@ -42,6 +42,11 @@ Lowerer::Value Lowerer::value(const tree::Expr* expr) {
         // Evaluated for its effects only.
         if (expr->kind == ExprKind::call) {
             call(expr);
+        } else if (expr->kind == ExprKind::pointerStep) {
+            pointerStep(expr);
+        } else if (expr->kind == ExprKind::comma) {
+            value(expr->a);
+            value(expr->b);
         }
         return ir::kNoValue;
     }
@@ -115,6 +120,7 @@ Lowerer::Value Lowerer::valueAtDepth(const tree::Expr* expr) {
     case ExprKind::comma:
         value(expr->a);
         return value(expr->b);
+    case ExprKind::pointerStep:
     case ExprKind::list:
         break; // exists only until its call is resolved
     case ExprKind::functionConstant:
@@ -177,8 +183,10 @@ Lowerer::Value Lowerer::convertScalars(Value from, const Type* source, const Typ
                                   from);
         }
     }
-    const bool narrows =
-        target->size < source->size || (target->size == source->size && target->size < 4);
+    // A sign reaches beyond the bits that a small unsigned type has.
+    const bool narrows = target->size < source->size ||
+                         (target->size < 4 && (target->size == source->size ||
+                                               (source->isSigned() && !target->isSigned())));
     return narrows ? wrapSmall(from, vectorType(target->kind, count)) : from;
 }
 

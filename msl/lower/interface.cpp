@@ -207,9 +207,10 @@ std::optional<Lowerer::Value> Lowerer::stageIn(const tree::Variable& parameter) 
 std::optional<Lowerer::Value> Lowerer::stageInput(const Type* type, Range range) {
     std::vector<Value> parts;
     for (const auto& field : type->structure->fields) {
-        const auto part = field.isBase ? stageInput(field.type, range)
-                                       : inputValue(field.type, attributesOfField(type, field.name),
-                                                    field.name, range);
+        const auto part = field.isBase
+                              ? stageInput(field.type, range)
+                              : inputValue(field.type, attributesOfField(type, field.name),
+                                           field.name, rangeOfField(type, field.name, range));
         if (!part) {
             return std::nullopt;
         }
@@ -308,10 +309,11 @@ bool Lowerer::storeMembers(const Type* type, Range range, Value result) {
     const auto& fields = type->structure->fields;
     for (uint32_t i = 0; i < fields.size(); ++i) {
         const Value part = builder_.extract(result, i);
-        const bool good = fields[i].isBase
-                              ? storeMembers(fields[i].type, range, part)
-                              : outputValue(fields[i].type, attributesOfField(type, fields[i].name),
-                                            fields[i].name, range, part);
+        const bool good =
+            fields[i].isBase
+                ? storeMembers(fields[i].type, range, part)
+                : outputValue(fields[i].type, attributesOfField(type, fields[i].name),
+                              fields[i].name, rangeOfField(type, fields[i].name, range), part);
         if (!good) {
             return false;
         }

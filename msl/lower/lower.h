@@ -63,6 +63,9 @@ class Lowerer {
         std::vector<Binding> parts{};  // of a struct or array that holds resources
         Value selector = ir::kNoValue; // of a choice: which of its parts is meant
         Binding* target = nullptr;     // of an alias, which is a reference to such a struct
+        // Of a pointer that moves: the ssa variable that says how many elements it has gone from
+        // its place; UINT32_MAX where it stays.
+        uint32_t moved = UINT32_MAX;
     };
     struct Change {
         uint32_t variable = 0;
@@ -111,6 +114,8 @@ class Lowerer {
     Place place(const tree::Expr* expr);
     Place placeAtDepth(const tree::Expr* expr);
     Place pointerTarget(const tree::Expr* expr);
+    Place movedPlace(const Binding& pointer, Range range);
+    Place pointerStep(const tree::Expr* expr);
     Place swizzledComponent(Place base, Value index, const Type* type);
     Place castTarget(const tree::Expr* expr);
     Place variablePlace(const tree::Expr* expr);
@@ -138,6 +143,7 @@ class Lowerer {
     void statementAtDepth(const tree::Stmt* stmt);
     void statements(std::span<tree::Stmt* const> list);
     void declareVariable(const tree::Stmt* stmt);
+    void startMoving(Binding& pointer);
     void ifElse(const tree::Stmt* stmt, std::span<tree::Stmt* const> rest);
     void loop(const tree::Stmt* stmt);
     void multiway(const tree::Stmt* stmt);

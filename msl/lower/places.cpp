@@ -192,6 +192,9 @@ Lowerer::Place Lowerer::pointerTarget(const tree::Expr* expr) {
         if (expr->kind == ExprKind::convert) {
             return castTarget(expr);
         }
+        if (expr->kind == ExprKind::pointerStep) {
+            return pointerStep(expr);
+        }
         if (expr->kind == ExprKind::conditional) {
             const Value condition = value(expr->a);
             if (const auto known = builder_.scalarBits(condition)) {
@@ -204,7 +207,7 @@ Lowerer::Place Lowerer::pointerTarget(const tree::Expr* expr) {
         }
         const Binding* binding = findBinding(expr);
         if (binding != nullptr && binding->kind == Binding::Kind::place) {
-            return binding->place;
+            return movedPlace(*binding, expr->range);
         }
         if (binding != nullptr && binding->kind == Binding::Kind::choice) {
             std::vector<Place> options;
@@ -227,6 +230,31 @@ Lowerer::Place Lowerer::pointerTarget(const tree::Expr* expr) {
         error(expr->range, "this pointer's target is not known when compiling");
     }
     return valuePlace(expr->type->element, builder_.undefined(irType(expr->type->element)));
+}
+
+// What a pointer variable points to now.
+Lowerer::Place Lowerer::movedPlace(const Binding& pointer, Range range) {
+    Place target = pointer.place;
+    if (pointer.moved != UINT32_MAX) {
+        addOffset(target, module_.resolve(current_[pointer.moved]), range, target.type);
+    }
+    return target;
+}
+
+// Moves a pointer variable; gives what it points to afterwards, or pointed to before.
+Lowerer::Place Lowerer::pointerStep(const tree::Expr* expr) {
+    const Value count = value(expr->b);
+    Binding* binding = findBinding(expr->a);
+    if (binding == nullptr || binding->kind != Binding::Kind::place ||
+        binding->moved == UINT32_MAX) {
+        error(expr->range, "this pointer's target is not known when compiling");
+        return valuePlace(expr->type->element, builder_.undefined(irType(expr->type->element)));
+    }
+    const Place before = expr->after ? movedPlace(*binding, expr->range) : Place();
+    const Op op = expr->op == TokenKind::plus ? Op::iAdd : Op::iSub;
+    setVariable(binding->moved,
+                builder_.binary(op, ir::kInt, module_.resolve(current_[binding->moved]), count));
+    return expr->after ? before : movedPlace(*binding, expr->range);
 }
 
 // What a pointer that is cast to another element type points to.

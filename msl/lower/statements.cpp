@@ -245,7 +245,16 @@ void Lowerer::declareVariable(const tree::Stmt* stmt) {
     } else {
         binding = bound(variable.type, stmt->expr);
     }
+    if (variable.isMoved) {
+        startMoving(binding);
+    }
     frame_->slots[variable.slot] = std::move(binding);
+}
+
+// From here on the pointer may be moved.
+void Lowerer::startMoving(Binding& pointer) {
+    pointer.moved = newVariable(ir::kNoValue);
+    setVariable(pointer.moved, builder_.intConstant(0));
 }
 
 // `rest` runs where the condition does not hold and there is no other branch.
@@ -328,6 +337,9 @@ std::vector<uint32_t> Lowerer::loopVariables(const tree::Stmt* stmt) {
             break;
         case Binding::Kind::place:
             addPlace(addPlace, binding.place);
+            if (binding.moved != UINT32_MAX) {
+                add(binding.moved);
+            }
             break;
         case Binding::Kind::alias:
             self(self, *binding.target);

@@ -197,6 +197,7 @@ struct Decl {
     bool isTemplate = false;
     bool isDefinition = false; // a struct with its members
     bool isUnion = false;
+    bool isInline = false;      // a namespace whose names are names of the one around it
     bool isSpecialised = false; // a struct template's explicit or partial specialisation
     std::span<TemplateArgument> arguments{}; // that it is specialised for
 };

@@ -17,7 +17,11 @@ Decl* Parser::declarationAtDepth(bool member) {
     case Keyword::inlineWord:
         if (peek(1).is(Keyword::namespaceWord)) {
             advance();
-            return spaceDeclaration();
+            Decl* decl = spaceDeclaration();
+            if (decl != nullptr) {
+                decl->isInline = true;
+            }
+            return decl;
         }
         break;
     case Keyword::usingWord:

@@ -354,8 +354,14 @@ bool Parser::specifiers(Specifiers& result) {
                 error(peek(), std::string(reason));
             } else if (atIdentifier()) {
                 error(peek(), "there is no type named '" + std::string(peek().name->text) + "'");
+                const auto here = nameHere(peek().name->text);
+                if (!here.empty()) {
+                    diagnostics_.note(peek().range(),
+                                      "the language calls it '" + std::string(here) + "'");
+                }
                 for (const auto name : names_.all()) {
-                    if ((name->parserKind == ParserKind::type || builtinTypeOf(name) != nullptr) &&
+                    if (here.empty() &&
+                        (name->parserKind == ParserKind::type || builtinTypeOf(name) != nullptr) &&
                         name != peek().name &&
                         editDistance(name->text, peek().name->text, 2) <= 2) {
                         diagnostics_.note(peek().range(),

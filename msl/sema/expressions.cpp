@@ -36,6 +36,7 @@ tree::Expr* Sema::finish(tree::Expr* expr) {
     case ExprKind::assign:
     case ExprKind::compound:
     case ExprKind::step:
+    case ExprKind::pointerStep:
     case ExprKind::call:
         simple = false;
         break;
@@ -331,6 +332,9 @@ tree::Expr* Sema::memberExpression(const ast::Expr* expr) {
     if (base->type->isVector()) {
         return swizzle(base, expr);
     }
+    if (base->type->isMatrix() && name->text == "columns") {
+        return base; // what an index of it picks is a column
+    }
     if (base->type->isStruct()) {
         if (tree::Expr* member = findField(base, name, expr->range)) {
             return member;
@@ -338,13 +342,12 @@ tree::Expr* Sema::memberExpression(const ast::Expr* expr) {
         const uint32_t before = diagnostics_.errorCount();
         error(expr->range,
               "'" + toText(base->type) + "' has no member '" + std::string(name->text) + "'");
-        for (const auto& field : base->type->structure->fields) {
-            if (diagnostics_.errorCount() > before && field.name != nullptr &&
-                editDistance(field.name->text, name->text, 2) <= 2) {
-                diagnostics_.note(expr->range,
-                                  "did you mean '" + std::string(field.name->text) + "'?");
-                break;
+        if (diagnostics_.errorCount() > before) {
+            std::vector<std::string_view> known;
+            for (const auto& field : base->type->structure->fields) {
+                known.push_back(field.name != nullptr ? field.name->text : std::string_view());
             }
+            suggest(known, name->text, expr->range);
         }
         return nullptr;
     }
@@ -536,8 +539,29 @@ bool Sema::writable(const tree::Expr* expr, Range range) {
 
 tree::Expr* Sema::stepExpression(const ast::Expr* expr, bool after) {
     tree::Expr* operand = value(expr->a);
-    if (operand == nullptr || !writable(operand, expr->range)) {
+    if (operand == nullptr) {
         return nullptr;
+    }
+    if (operand->type->isStruct()) {
+        // The operator behind its operand takes an int that says so.
+        std::vector<tree::Expr*> operands{operand};
+        if (after) {
+            operands.push_back(constantExpr(intType(), 0, expr->range));
+        }
+        bool found = false;
+        tree::Expr* result = operatorCall("operator" + std::string(spelling(expr->op)), operands,
+                                          expr->range, found);
+        if (found) {
+            return result;
+        }
+    }
+    if (!writable(operand, expr->range)) {
+        return nullptr;
+    }
+    if (operand->type->isPointer()) {
+        return pointerStep(operand, constantExpr(intType(), 1, expr->range),
+                           expr->op == TokenKind::plusPlus ? TokenKind::plus : TokenKind::minus,
+                           after, expr->range);
     }
     if (!operand->type->isArithmetic() || operand->type->scalar()->isBool()) {
         error(expr->range, "'" + std::string(spelling(expr->op)) + "' does not apply to '" +
@@ -547,6 +571,22 @@ tree::Expr* Sema::stepExpression(const ast::Expr* expr, bool after) {
     tree::Expr* result = makeExpr(ExprKind::step, unpacked(operand->type), expr->range);
     result->op = expr->op;
     result->a = operand;
+    result->after = after;
+    return finish(result);
+}
+
+// p += n, and p++ with `after`. The pointer must be a variable: lowering keeps how far it has gone.
+tree::Expr* Sema::pointerStep(tree::Expr* pointer, tree::Expr* count, TokenKind op, bool after,
+                              Range range) {
+    if (pointer->kind != ExprKind::variable) {
+        error(range, "only a pointer that is a variable can be moved");
+        return nullptr;
+    }
+    pointer->variable->isMoved = true;
+    tree::Expr* result = makeExpr(ExprKind::pointerStep, pointer->type, range);
+    result->op = op;
+    result->a = pointer;
+    result->b = count;
     result->after = after;
     return finish(result);
 }

@@ -256,16 +256,27 @@ void Sema::functionDeclaration(const ast::Decl* decl) {
         *overload.function = *function;
         overload.function->defaults = defaults;
         overload.function->requiredParameters = required;
-        analyseBody(*overload.function, nullptr);
-        entryPoint(*overload.function);
+        define(*overload.function);
         return;
     }
     overloads_[known->overloads].push_back(
         {.function = function, .pattern = &syntax, .space = space_, .self = nullptr});
     if (syntax.body != nullptr) {
-        analyseBody(*function, nullptr);
-        entryPoint(*function);
+        define(*function);
     }
+}
+
+// Beside kernels, a function is analysed when it is first called: it may be one that only they
+// call, and use what only they have.
+void Sema::define(tree::Function& function) {
+    if (unit_.hasKernels && function.stage == ast::FunctionStage::none &&
+        function.result != nullptr) {
+        function.pending = true;
+        function.space = space_;
+        return;
+    }
+    analyseBody(function, nullptr);
+    entryPoint(function);
 }
 
 // A function of a struct or namespace that is defined outside it.

@@ -11,7 +11,18 @@ Sema::Sema(NameTable& names, Arena& arena, TypeTable& types, Diagnostics& diagno
     metal_.parent = &global_;
 }
 
+// Whether kernels stand among the declarations.
+static bool haveKernels(std::span<ast::Decl* const> declarations) {
+    return std::any_of(declarations.begin(), declarations.end(), [](const ast::Decl* decl) {
+        return decl->kind == ast::DeclKind::space
+                   ? haveKernels(decl->members)
+                   : decl->function != nullptr &&
+                         decl->function->stage == ast::FunctionStage::kernel;
+    });
+}
+
 tree::Unit Sema::run(const std::vector<ast::Decl*>& declarations) {
+    unit_.hasKernels = haveKernels(declarations);
     for (const auto* decl : declarations) {
         if (diagnostics_.exhausted()) {
             break;
@@ -196,6 +207,23 @@ bool Sema::sameScope(const Symbol& symbol) const {
                scope_.end();
 }
 
+// Names the one of the known words that is most like the unknown one, if one is like it.
+void Sema::suggest(std::span<const std::string_view> known, std::string_view unknown, Range range) {
+    const uint32_t limit = unknown.size() <= 3 ? 1 : 2;
+    std::string_view best;
+    uint32_t distance = limit + 1;
+    for (const auto candidate : known) {
+        const uint32_t edits = editDistance(candidate, unknown, limit);
+        if (edits < distance && edits > 0 && !candidate.empty()) {
+            distance = edits;
+            best = candidate;
+        }
+    }
+    if (!best.empty()) {
+        diagnostics_.note(range, "did you mean '" + std::string(best) + "'?");
+    }
+}
+
 void Sema::reportUnknown(const ast::QualifiedName& name, std::string_view what) {
     const auto text = name.name->text;
     if (const auto reason = unsupportedReason(text); !reason.empty()) {
@@ -207,27 +235,20 @@ void Sema::reportUnknown(const ast::QualifiedName& name, std::string_view what) 
     if (diagnostics_.errorCount() == before || diagnostics_.exhausted()) {
         return;
     }
-    const uint32_t limit = text.size() <= 4 ? 1 : 2;
-    std::string_view best;
-    uint32_t distance = limit + 1;
-    const auto consider = [&](std::string_view candidate) {
-        const uint32_t edits = editDistance(candidate, text, limit);
-        if (edits < distance && edits > 0) {
-            distance = edits;
-            best = candidate;
-        }
-    };
-    for (const Name known : names_.all()) {
-        if (known->symbol != nullptr && lookup(known) != nullptr) {
-            consider(known->text);
+    if (const auto ours = nameHere(text); !ours.empty()) {
+        diagnostics_.note(name.range, "the language calls it '" + std::string(ours) + "'");
+        return;
+    }
+    std::vector<std::string_view> known;
+    for (const Name candidate : names_.all()) {
+        if (candidate->symbol != nullptr && lookup(candidate) != nullptr) {
+            known.push_back(candidate->text);
         }
     }
     for (const auto& function : allLibraryFunctions()) {
-        consider(function.name);
+        known.push_back(function.name);
     }
-    if (!best.empty()) {
-        diagnostics_.note(name.range, "did you mean '" + std::string(best) + "'?");
-    }
+    suggest(known, text, name.range);
 }
 
 } // namespace msl

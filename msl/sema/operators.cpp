@@ -270,6 +270,28 @@ tree::Expr* Sema::binary(const ast::Expr* expr) {
     return makeBinary(expr->op, a, b, expr->range);
 }
 
+// An assignment that the struct defines itself; nothing where it does not, or not for this value.
+tree::Expr* Sema::assignmentCall(tree::Expr* target, const ast::Expr* expr) {
+    const Type* owner = nullptr;
+    const auto* method = target->type->isStruct() && expr->b->kind != ast::ExprKind::list
+                             ? findMethod(target->type, names_.intern("operator="), owner)
+                             : nullptr;
+    if (method == nullptr) {
+        return nullptr;
+    }
+    tree::Expr* source = value(expr->b);
+    if (source == nullptr) {
+        return nullptr;
+    }
+    std::vector<tree::Expr*> arguments{source};
+    tree::Expr* result = callOverloads(method->overloads, asBase(target, owner), arguments, nullptr,
+                                       expr->range, true);
+    if (result == nullptr) {
+        pending_.emplace(expr->b, source);
+    }
+    return result;
+}
+
 tree::Expr* Sema::assign(const ast::Expr* expr) {
     tree::Expr* target = value(expr->a);
     if (target == nullptr) {
@@ -279,6 +301,9 @@ tree::Expr* Sema::assign(const ast::Expr* expr) {
         if (target->type->isStruct() && !target->lvalue) {
             writable(target, expr->range);
             return nullptr;
+        }
+        if (tree::Expr* called = assignmentCall(target, expr)) {
+            return called;
         }
         tree::Expr* source = initialise(target->type, expr->b, ast::InitKind::equal);
         if (source == nullptr || !writable(target, expr->range)) {
@@ -340,6 +365,10 @@ tree::Expr* Sema::assign(const ast::Expr* expr) {
         op = TokenKind::shiftRight;
         break;
     }
+    if (target->type->isPointer() && (op == TokenKind::plus || op == TokenKind::minus)) {
+        source = convert(source, intType(), expr->b->range, "the number of elements");
+        return source == nullptr ? nullptr : pointerStep(target, source, op, false, expr->range);
+    }
     // The operation runs on a copy of the target, so that the target itself is found only once.
     tree::Expr* left = arena_.make<tree::Expr>(*target);
     tree::Expr* right = source;
@@ -373,6 +402,15 @@ tree::Expr* Sema::conditional(const ast::Expr* expr) {
     if (!test->type->isArithmetic() && !test->type->isEnum()) {
         error(test->range, "a condition is a number or bool, not '" + toText(test->type) + "'");
         return nullptr;
+    }
+    if (a->type->isArray() && b->type->isArray() && a->type->element == b->type->element &&
+        a->space == b->space && a->lvalue && b->lvalue) {
+        // Arrays are chosen by the addresses of their first elements.
+        const Type* pointer = types_.pointer(a->type->element, a->space, a->isConst || b->isConst);
+        noteAssigned(a);
+        noteAssigned(b);
+        a = convertTo(a, pointer);
+        b = convertTo(b, pointer);
     }
     const Type* type = nullptr;
     if (unpacked(a->type) == unpacked(b->type)) {

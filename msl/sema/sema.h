@@ -67,7 +67,8 @@ struct Space {
     Name name = nullptr;
     Space* parent = nullptr;
     const Type* self = nullptr; // the struct whose members it holds
-    std::span<Space*> bases{};  // of that struct's bases, whose names are names here too
+    // Whose names are names here too: of the struct's bases, and inline namespaces.
+    std::span<Space*> bases{};
 };
 
 // How well an argument fits a parameter, best first.
@@ -139,6 +140,7 @@ class Sema {
     Symbol* declare(SymbolKind kind, Name name, Range range);
     void closeScope(size_t mark);
     bool sameScope(const Symbol& symbol) const;
+    void suggest(std::span<const std::string_view> known, std::string_view unknown, Range range);
     void reportUnknown(const ast::QualifiedName& name, std::string_view what);
     bool isMetalSpace(const ast::QualifiedName& name) const;
     StructRecord* recordOf(const Type* type) const;
@@ -171,6 +173,7 @@ class Sema {
     bool attributeNumbers(std::span<ast::Attribute> attributes);
     void enumDeclaration(const ast::Decl* decl);
     void functionDeclaration(const ast::Decl* decl);
+    void define(tree::Function& function);
     tree::Variable* makeParameter(tree::Function& function, const ast::Variable& syntax,
                                   tree::Expr*& init);
     tree::Function* makeFunction(const ast::Function& syntax, const Type* self);
@@ -219,8 +222,11 @@ class Sema {
     tree::Expr* unary(const ast::Expr* expr);
     tree::Expr* binary(const ast::Expr* expr);
     tree::Expr* assign(const ast::Expr* expr);
+    tree::Expr* assignmentCall(tree::Expr* target, const ast::Expr* expr);
     tree::Expr* conditional(const ast::Expr* expr);
     tree::Expr* stepExpression(const ast::Expr* expr, bool after);
+    tree::Expr* pointerStep(tree::Expr* pointer, tree::Expr* count, TokenKind op, bool after,
+                            Range range);
     tree::Expr* makeExpr(tree::ExprKind kind, const Type* type, Range range);
     tree::Expr* finish(tree::Expr* expr);
     tree::Expr* constantExpr(const Type* type, uint64_t bits, Range range);

@@ -174,7 +174,8 @@ void Sema::structMethods(const ast::Decl* decl, Type* type, StructRecord& record
         overloads_[slot->overloads].push_back(overload);
     }
     for (const auto& [function, syntax] : bodies) {
-        if (syntax->body != nullptr && (isInstance || function->result == nullptr)) {
+        if (syntax->body != nullptr &&
+            (isInstance || unit_.hasKernels || function->result == nullptr)) {
             function->pending = true;
             function->space = record.space;
         } else if (syntax->body != nullptr) {

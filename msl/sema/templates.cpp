@@ -391,16 +391,18 @@ void Sema::analysePending(tree::Function& function) {
         return;
     }
     function.pending = false;
-    if (!spendInstance(function.range)) {
-        return;
-    }
-    ++templateDepth_;
-    const DepthGuard guard(depth_);
     Space* space = static_cast<Space*>(function.space);
     StructRecord* record = nullptr;
     for (const Space* at = space; at != nullptr && record == nullptr; at = at->parent) {
         record = at->self != nullptr ? recordOf(at->self) : nullptr;
     }
+    const bool instance =
+        function.syntax->isTemplate || (record != nullptr && record->pattern != nullptr);
+    if (instance && !spendInstance(function.range)) {
+        return;
+    }
+    templateDepth_ += instance ? 1 : 0;
+    const DepthGuard guard(depth_);
     const Context context(*this, space);
     auto outerTypes = std::move(declaredTypes_);
     declaredTypes_.clear();
@@ -409,7 +411,7 @@ void Sema::analysePending(tree::Function& function) {
     analyseBody(function, record);
     pending_ = std::move(outerPending);
     declaredTypes_ = std::move(outerTypes);
-    --templateDepth_;
+    templateDepth_ -= instance ? 1 : 0;
 }
 
 // --- structs, aliases and variables

@@ -12,6 +12,7 @@ tree::Expr* Sema::textureCall(const ast::Expr* expr, tree::Expr* texture, Name n
     if (member == nullptr) {
         error(expr->a->range, "'" + toText(texture->type) + "' has no member function '" +
                                   std::string(name->text) + "', or it is not supported");
+        suggest(textureMemberNames(), name->text, expr->a->range);
         return nullptr;
     }
     return TextureCall(*this, expr, texture, *member).analyse();

@@ -24,7 +24,8 @@ struct Variable {
     VariableKind kind = VariableKind::local;
     bool isReference = false;
     bool isConst = false;
-    bool isUsed = false; // named somewhere behind its declaration
+    bool isMoved = false; // a pointer that '++' or '+=' moves
+    bool isUsed = false;  // named somewhere behind its declaration
     AddressSpace space = AddressSpace::thread;
     const Expr* init = nullptr;
     const Function* function = nullptr; // that declares it
@@ -57,6 +58,7 @@ enum class ExprKind : uint8_t {
     library,
     comma,
     functionConstant, // index
+    pointerStep,      // a, a pointer variable, moved by b elements: op; its old value where `after`
     list,             // braces as an argument, until the parameter gives them a type
 };
 

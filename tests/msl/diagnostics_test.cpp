@@ -25,6 +25,38 @@ TEST(DiagnosticsTest, MisspeltNamesAreSuggested) {
     EXPECT_NE(compiled.text.find("note: did you mean 'floor'?"), std::string::npos);
 }
 
+TEST(DiagnosticsTest, TheMostSimilarMemberIsSuggested) {
+    const auto compiled = compileAndValidate(
+        fragmentSource("S s; return float4(s.uvs, 0, 1);", "struct S { float3 pos; float2 uv; };"));
+    EXPECT_NE(compiled.text.find("note: did you mean 'uv'?"), std::string::npos) << compiled.text;
+}
+
+TEST(DiagnosticsTest, NamesOfOtherLanguagesAreTranslated) {
+    const auto compiled =
+        compileAndValidate(fragmentSource("vec3 a = v.one; return float4(lerp(a, a, 0.5), 1);"));
+    EXPECT_NE(compiled.text.find("note: the language calls it 'float3'"), std::string::npos);
+    const auto called = compileAndValidate(fragmentSource("return lerp(v.one, v.two, 0.5);"));
+    EXPECT_NE(called.text.find("note: the language calls it 'mix'"), std::string::npos);
+}
+
+TEST(DiagnosticsTest, WhatIsMeantIsNotWarnedOf) {
+    const auto compiled = compileAndValidate(
+        fragmentSource("[[maybe_unused]] float a = 1; float b; (void)b; Guard g(1); int n = 3; "
+                       "if ((n = 2)) {} for (int i = 0; i < 2; i++) {} return pick(v.i3);",
+                       "struct Guard { float x; Guard(float y) : x(y) {} };\n"
+                       "float pick(int i) { switch (i) { case 1: return 1; default: return 2; } }\n"
+                       "float walk() { for (;;) { return 1; } }"));
+    EXPECT_TRUE(compiled.result.diagnostics.empty()) << compiled.text;
+}
+
+TEST(DiagnosticsTest, AnErrorOfAMemberStandsAtTheMember) {
+    const auto compiled =
+        compileAndValidate("struct In {\n    float a;\n    bool b;\n};\n"
+                           "fragment float4 f(In in [[stage_in]]) { return in.a; }");
+    ASSERT_FALSE(compiled.result.diagnostics.empty());
+    EXPECT_EQ(compiled.result.diagnostics.front().line, 3U) << compiled.text;
+}
+
 TEST(DiagnosticsTest, SeveralErrorsAreReportedAndNoMoreThanTwenty) {
     std::string body;
     for (int i = 0; i < 40; ++i) {
@@ -116,6 +148,16 @@ const Wrong kWrong[] = {
      "1:21: error: '%' does not apply to 'float'; 'fmod' does"},
     {"LibraryArgumentCount", "void f() { metal::sin(1, 2); }",
      "1:12: error: 'sin' takes 1 argument, not 2"},
+    {"UnusedVariable", "void f() { float a = 1; }", "1:18: warning: the variable 'a' is not used"},
+    {"UnusedValue", "void f(float a) { a + 1; }",
+     "1:21: warning: the value of this expression is not used"},
+    {"AssigningCondition", "void f(int a) { if (a = 1) {} }",
+     "1:23: warning: this condition assigns; '==' compares, and a second pair of parentheses says "
+     "that it is meant so"},
+    {"LostFraction", "void f(int a) { a = 1.5; }",
+     "1:21: warning: this number loses its fraction when it becomes 'int'"},
+    {"WayWithoutReturn", "float f(float x) { if (x > 0) return 1; }",
+     "1:7: warning: the function 'f' may end without returning a value"},
     {"AssertionFails", "static_assert(sizeof(int) == 8, \"no\");",
      "1:1: error: the assertion does not hold"},
 };

@@ -27,13 +27,13 @@ long a = v.i3; a = a * 1000000007L % 10L; return float4(a, long(-7) / 2, long(-7
 long2 a = long2(v.i3, -5) << long2(33); return float4(float2(a >> long2(32)), a.x > a.y, a.y < 0); //=> 6 -10 1 1
 //! each Floats
 float a = v.two; return float4(a + 0.5, a - 2.5, a * -1.5, a / 8); //=> 2.5 -0.5 -3 0.25
-float a = v.one / v.zero; return float4(isinf(a), a > 1e38, -a < 0, isnan(a - a)); //=> 1 1 1 1
+float a = v.one / v.zero; return float4(isinf(a), a > 1e38, -a < 0, isnan(v.zero / v.zero)); //=> 1 1 1 1
 float n = v.zero / v.zero; return float4(n == n, n != n, n < 1, !(n >= 1)); //=> 0 1 0 1
 float a = v.two; a += a *= 3; return float4(a, a -= 2, a /= 4, -a); //=> 12 10 2.5 -2.5
 float a = v.half_; return float4(a++, ++a, a--, --a); //=> 0.5 2.5 2.5 0.5
 return float4(1.0 / 3.0 * 3.0 == 1.0, 0.1f + 0.2f > 0.3f - 1e-6f, 1e10f * 1e-10f, 5e-1) * v.one; //=> 1 1 1 0.5
 half a = half(v.half_); half b = a * 4.0h + 1.0h; return float4(b, a / b * 6, -a, a > b); //=> 3 1 -0.5 0
-float a = -v.zero; return float4(a == 0, signbit(a) == signbit(-0.0f * v.one), 1 / abs(a) > 0, max(a, 0.0f)); //=> 1 1 1 0
+float a = -v.zero; return float4(a == 0, signbit(-v.one) == signbit(-v.two), 1 / abs(a) > 0, max(a, 0.0f)); //=> 1 1 1 0
 //! each Mixed
 return float4(v.i3 + 0.5, v.i3 / 2.0, v.i3 / 2, v.u5 * 0.5f); //=> 3.5 1.5 1 2.5
 return float4(true + true, true * 3.5, 'a' - 'A', v.i3 + v.u5) * v.one; //=> 2 3.5 32 8

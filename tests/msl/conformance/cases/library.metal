@@ -35,7 +35,7 @@ return float4(reflect(float2(1, -1) * v.one, float2(0, 1)), faceforward(float2(0
 return float4(refract(float2(0, -1) * v.one, float2(0, 1), 0.5), length(half2(3, 4)), dot(half3(1), half3(2))); //=> 0 -1 5 6
 //! each Relational
 return float4(any(bool2(false, v.one > 0)), all(bool2(true, v.one > 5)), any(v.v1234 > 9), all(v.v1234 > 0)); //=> 1 0 0 1
-float x = v.one / v.zero; return float4(isinf(x), isnan(x - x), isfinite(x), isnormal(v.one)); //=> 1 1 0 1
+float x = v.one / v.zero; return float4(isinf(x), isnan(v.zero / v.zero), isfinite(x), isnormal(v.one)); //=> 1 1 0 1
 return float4(isnan(float2(v.one, v.zero / v.zero)), isordered(v.one, v.two), isunordered(v.one, v.zero / v.zero)); //=> 0 1 1 1
 return float4(signbit(-v.one), signbit(v.one), select(1, 2, v.one > 0), select(v.i3, 9, v.one > 5)); //=> 1 0 2 3
 return float4(copysign(v.two, -v.one), copysign(-v.two, v.one), fdim(v.two, 0.5), fdim(v.one, 2)); //=> -2 2 1.5 0

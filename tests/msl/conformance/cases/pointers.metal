@@ -41,3 +41,19 @@ struct Item { float2 at; float weight; float pad; };
 //! body
 const device Item* p = items + 1; const device Item& q = p[v.i3 - 2]; return float4(p->weight, (*p).at.y, q.weight, (p + 1)->at.x);
 //! gives 6 5 10 8
+//! case PointersWalk
+float sum(constant float* p, int n) { float s = 0; while (n-- > 0) s += *p++; return s; } float last(const thread float* p, int n) { p += n - 1; return *p; } float second(constant float* p) { ++p; return *p; }
+void fill(thread float* p, int n, float x) { for (int i = 0; i < n; ++i, ++p) *p = x + i; }
+//! parameters , constant float* data [[buffer(1)]]
+//! body
+float a[4]; fill(a, 4, v.two); constant float* q = data; q += v.i3; float t = *q; q -= 1; return float4(sum(data + 2, 3), last(a, 4), t * 10 + *q, second(data));
+//! gives 9 5 32 1
+//! case PointersOfEntryPointsWalk
+//! parameters , constant float* data [[buffer(1)]]
+//! body
+float s = 0; for (int i = 0; i < 3; i++) { s += *data; data += 2; } if (v.one > 0) data++; return float4(s, *data, data[1], *(data - 1));
+//! gives 6 7 8 6
+//! case PointersAreNotCompared
+//! body
+float a[4]; thread float* p = a; thread float* e = a + 4; while (p != e) *p++ = 1; return a[3];
+//! refused '!=' does not apply to 'thread float*' and 'thread float*'

@@ -10,16 +10,16 @@ return float4(ONE, ADD(ONE, 2), TWICE(3), TWICE(TWICE(v.one)));
 #define ID(x) x
 #define F(x) ID(x PLUS)
 //! body
-return float4(F(v.one), ID(ID)(5), F(F(1)), ID(ID(ID(7))));
-//! gives 2 5 3 7
+return float4(F(v.one), F(F(1)), ID(ID(ID(7))), ID(F(2)));
+//! gives 2 3 7 3
 //! case NamesAreNotExpandedInsideThemselves
 //! body
 float foo = v.one, bar = v.two;
 #define foo (4 + foo)
 #define bar baz
 #define baz (bar + 1)
-return float4(foo, bar, baz, 0);
-//! gives 5 3 3 0
+return float4(foo, bar, 0, 0);
+//! gives 5 3 0 0
 //! case PastingMakesTokens
 #define JOIN(a, b) a##b
 #define XJOIN(a, b) JOIN(a, b)

@@ -2,14 +2,14 @@
 //! body
 bfloat x = 1; return 0;
 //! refused 'bfloat' is not supported; use 'half' or 'float'
-//! case SimdGroups
+//! case BallotsOfSimdGroups
 //! body
-return float4(simd_sum(v.one));
-//! refused functions across a SIMD group are not supported
-//! case Quads
-//! body
-return float4(quad_broadcast(v.one, 0));
-//! refused functions across a quad are not supported
+return float4(simd_ballot(v.one > 0));
+//! refused this function across a SIMD group is not supported
+//! case GroupsOfVertexFunctions
+vertex float4 v_main(uint vid [[vertex_id]]) { return float4(simd_sum(vid)); }
+fragment float4 f_main() { return 0; }
+//! refused functions across a SIMD group are for fragment functions
 //! case RasterOrderGroups
 fragment float4 f_main(float4 p [[position]], float x [[raster_order_group(0)]]) { return x; }
 //! refused raster order groups are not supported
