@@ -294,6 +294,11 @@ Decl* Parser::simpleDeclaration(bool member, std::span<TemplateParameter> templa
             if (name.name == nullptr) {
                 return nullptr;
             }
+            if (name.name->conversion == nullptr) {
+                diagnostics_.error(name.name->range,
+                                   "the type of the operator's result is missing before it");
+                return nullptr;
+            }
             name.range = name.name->range;
             name.type = name.name->conversion;
         } else if (!declarator(parts, name, false)) {

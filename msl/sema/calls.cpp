@@ -413,7 +413,13 @@ tree::Expr* Sema::finishCall(tree::Function& function, tree::Expr* self,
     if (self != nullptr && function.self != nullptr && self->lvalue && !function.isConst) {
         noteAssigned(self);
     }
+    const uint32_t before = diagnostics_.errorCount();
     analysePending(function);
+    // A call ahead of the definition: the body is analysed as soon as it is met.
+    function.pending = function.pending || function.syntax->body == nullptr;
+    if (diagnostics_.errorCount() != before && function.syntax->isTemplate) {
+        diagnostics_.note(range, "this call needs that instance of the template");
+    }
     if (function.result == nullptr) {
         error(range, "the type of what '" + std::string(function.name->text) +
                          "' returns is not known before its definition");

@@ -5,6 +5,83 @@
 
 namespace msl {
 
+namespace {
+
+// The Metal Shading Language specification, chapter 5, and what C++ and its compilers add.
+constexpr std::string_view kAttributes[] = {
+    "alias_implicit_groups",
+    "always_inline",
+    "amplification_count",
+    "amplification_id",
+    "attribute",
+    "barycentric_coord",
+    "base_instance",
+    "base_vertex",
+    "buffer",
+    "center_no_perspective",
+    "center_perspective",
+    "centroid_no_perspective",
+    "centroid_perspective",
+    "clip_distance",
+    "color",
+    "deprecated",
+    "depth",
+    "dispatch_quadgroups_per_threadgroup",
+    "early_fragment_tests",
+    "fallthrough",
+    "flat",
+    "fragment",
+    "front_facing",
+    "function_constant",
+    "host_name",
+    "id",
+    "index",
+    "instance_id",
+    "intersection",
+    "invariant",
+    "kernel",
+    "max_total_threadgroups_per_mesh_grid",
+    "max_total_threads_per_threadgroup",
+    "maybe_unused",
+    "mesh",
+    "nodiscard",
+    "noreturn",
+    "object",
+    "origin",
+    "patch",
+    "patch_id",
+    "payload",
+    "point_coord",
+    "point_size",
+    "position",
+    "position_in_patch",
+    "primitive_culled",
+    "primitive_id",
+    "raster_order_group",
+    "render_target_array_index",
+    "sample_id",
+    "sample_mask",
+    "sample_no_perspective",
+    "sample_perspective",
+    "sampler",
+    "shared",
+    "stage_in",
+    "stitchable",
+    "texture",
+    "thread_index_in_quadgroup",
+    "thread_index_in_simdgroup",
+    "threadgroup",
+    "threads_per_simdgroup",
+    "user",
+    "vertex",
+    "vertex_id",
+    "viewport_array_index",
+    "visible",
+};
+static_assert(std::is_sorted(std::begin(kAttributes), std::end(kAttributes)));
+
+} // namespace
+
 bool Sema::sameParameters(const tree::Function& a, const tree::Function& b) const {
     return std::equal(a.parameters.begin(), a.parameters.end(), b.parameters.begin(),
                       b.parameters.end(), [](const auto* left, const auto* right) {
@@ -253,10 +330,16 @@ void Sema::functionDeclaration(const ast::Decl* decl) {
         for (auto* parameter : function->parameters) {
             parameter->function = overload.function;
         }
+        const bool called = overload.function->pending;
         *overload.function = *function;
         overload.function->defaults = defaults;
         overload.function->requiredParameters = required;
-        define(*overload.function);
+        if (called) {
+            analyseBody(*overload.function, nullptr);
+            entryPoint(*overload.function);
+        } else {
+            define(*overload.function);
+        }
         return;
     }
     overloads_[known->overloads].push_back(
@@ -322,6 +405,13 @@ bool Sema::attributeNumbers(std::span<ast::Attribute> attributes) {
     static constexpr std::string_view kNumbered[] = {
         "attribute", "buffer", "color", "function_constant", "id", "index", "sampler", "texture"};
     for (auto& attribute : attributes) {
+        const auto text = attribute.name->text;
+        if (templateDepth_ == 0 &&
+            !std::binary_search(std::begin(kAttributes), std::end(kAttributes), text)) {
+            diagnostics_.warning(attribute.range,
+                                 "there is no attribute '[[" + std::string(text) + "]]'");
+            suggest(kAttributes, text, attribute.range);
+        }
         const bool numbered = std::find(std::begin(kNumbered), std::end(kNumbered),
                                         attribute.name->text) != std::end(kNumbered);
         if (!numbered || attribute.argument == nullptr) {

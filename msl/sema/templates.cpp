@@ -387,7 +387,7 @@ void Sema::instantiation(const ast::Decl* decl) {
 
 // A template's function is analysed when it is first called.
 void Sema::analysePending(tree::Function& function) {
-    if (!function.pending) {
+    if (!function.pending || function.syntax->body == nullptr) {
         return;
     }
     function.pending = false;

@@ -312,3 +312,8 @@ __typeof__(v.v12) a = v.v12 * 2; decltype(a.x) b = a.y; return float4(a, b, size
 //! body
 float4x4 m = {}; float a[3] = {}; float3 b[] = {float3(1), {1, v.two, 3}}; int2 c{}; return float4(m[2][2] + a[1], b[1].y, sizeof(b) / sizeof(b[0]), c.x);
 //! gives 0 2 2 0
+//! case CallsAheadOfDefinitionsBesideKernels
+float later(float x); float early(float x) { return later(x) + 1; } kernel void k(uint i [[thread_position_in_grid]]) {}
+fragment float4 f_main(float4 p [[position]]) { return float4(early(p.x), later(2), 0, 0); }
+float later(float x) { return x * 2; }
+//! gives 2 4 0 0
