@@ -69,6 +69,14 @@ ROWS = [
         against="library/view_models/draws", aim="ratio <= 1.5"),
     Row("from a change's notification to its picture", "change/plasma/shown",
         against="change/plasma/frame"),
+    Row("round trip of a trivial call", "service/round_trip/ours",
+        against="service/round_trip/bare", aim="ratio <= 1.15"),
+    Row("acquire, pipeline cached", "service/acquire", against="service/frame_and_call",
+        aim="ratio <= 1.5"),
+    Row("start of the extension to its first answer", "service/launch", against="startup/bare",
+        aim="ratio <= 1.5"),
+    *[Row(f"requests a second, {count} connections", f"service/requests/{count}",
+          counter="requests_a_second", unit="/s") for count in (1, 8, 64)],
 ]
 
 HOSTILE_LISTS = ["nested_binary", "nested_xml", "nested_text", "cycle", "shared_arrays", "shared_text",
