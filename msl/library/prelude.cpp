@@ -28,6 +28,7 @@ constexpr std::string_view kNames[] = {
     "is_unsigned_v",
     "is_vector",
     "is_vector_v",
+    "madsat",
     "make_scalar",
     "make_scalar_t",
     "make_signed",
@@ -157,6 +158,25 @@ template <> struct numeric_limits<half> {
 #undef TRAIT
 #undef TRAIT_OF
 #undef LIMITS_OF
+
+inline int madsat(int a, int b, int c) {
+    int high = mulhi(a, b);
+    uint low = uint(a * b);
+    uint sum = low + uint(c);
+    high += (c >> 31) + (sum < low ? 1 : 0);
+    return high == (int(sum) >> 31) ? int(sum) : high < 0 ? -2147483647 - 1 : 2147483647;
+}
+inline uint madsat(uint a, uint b, uint c) {
+    uint low = a * b;
+    uint sum = low + c;
+    return mulhi(a, b) + (sum < low ? 1u : 0u) != 0 ? 4294967295u : sum;
+}
+#define MADSAT_OF(type, low, high) inline type madsat(type a, type b, type c) { return type(clamp(int(a) * int(b) + int(c), low, high)); }
+MADSAT_OF(char, -128, 127)
+MADSAT_OF(uchar, 0, 255)
+MADSAT_OF(short, -32768, 32767)
+#undef MADSAT_OF
+inline ushort madsat(ushort a, ushort b, ushort c) { return ushort(min(uint(a) * uint(b) + uint(c), 65535u)); }
 
 // The first component lies in the lowest bits.
 inline uint pack_float_to_unorm10a2(float4 x) {

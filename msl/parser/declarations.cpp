@@ -176,6 +176,11 @@ Decl* Parser::templateDeclaration(bool member) {
     if (decl == nullptr) {
         return nullptr;
     }
+    if (decl->kind != DeclKind::function && decl->kind != DeclKind::variables &&
+        decl->name == nullptr) {
+        diagnostics_.error(decl->range, "a template needs a name");
+        return nullptr;
+    }
     switch (decl->kind) {
     case DeclKind::function:
         declare(decl->function->name, ParserKind::functionTemplate);

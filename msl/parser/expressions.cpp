@@ -287,6 +287,28 @@ Expr* Parser::initList() {
     return finish(list) ? list : nullptr;
 }
 
+// The name behind a '.' or '->'. Which members are templates is not known here: "m<type>(" and
+// "m<number>(" can hardly be anything else.
+QualifiedName* Parser::memberName() {
+    const size_t at = peek().is(Keyword::templateWord) ? 1 : 0;
+    const Token& first = peek(at);
+    if (!first.is(TokenKind::identifier) || !peek(at + 1).is(TokenKind::less) ||
+        !peek(at + skipName(at)).is(TokenKind::leftParen)) {
+        return qualifiedName(false);
+    }
+    const size_t before = position_;
+    position_ += at + 2;
+    const bool isTemplate = this->at(TokenKind::number) || startsType();
+    position_ = before;
+    const auto kind = first.name->parserKind;
+    if (isTemplate) {
+        first.name->parserKind = ParserKind::functionTemplate;
+    }
+    auto* result = qualifiedName(false);
+    first.name->parserKind = kind;
+    return result;
+}
+
 Expr* Parser::postfix(Expr* base) {
     while (base != nullptr) {
         const Token& token = peek();
@@ -324,7 +346,7 @@ Expr* Parser::postfix(Expr* base) {
             expr = makeExpr(ExprKind::member, peek(1).range());
             expr->op = advance().kind;
             expr->a = base;
-            expr->name = qualifiedName(false);
+            expr->name = memberName();
             if (expr->name == nullptr) {
                 return nullptr;
             }

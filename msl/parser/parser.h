@@ -126,6 +126,7 @@ class Parser {
     ast::Expr* unary();
     ast::Expr* unaryAtDepth();
     ast::Expr* postfix(ast::Expr* base);
+    ast::QualifiedName* memberName();
     ast::Expr* primary();
     ast::Expr* number();
     ast::Expr* expanded(ast::Expr* pattern);

@@ -444,7 +444,8 @@ tree::Expr* Sema::unary(const ast::Expr* expr) {
     if (operand == nullptr) {
         return nullptr;
     }
-    if (operand->type->isStruct() && expr->op != TokenKind::ampersand) {
+    if ((operand->type->isStruct() || operand->type->isEnum()) &&
+        expr->op != TokenKind::ampersand) {
         bool found = false;
         tree::Expr* result = operatorCall("operator" + std::string(spelling(expr->op)), {operand},
                                           expr->range, found);

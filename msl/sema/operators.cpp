@@ -186,6 +186,13 @@ tree::Expr* Sema::operatorCall(std::string_view name, std::vector<tree::Expr*> o
             return result;
         }
     }
+    const bool builtIn = std::none_of(operands.begin(), operands.end(), [](const auto* operand) {
+        return operand->type->isStruct();
+    });
+    if (builtIn) {
+        found = false; // enumerations have operators of their own where none of these fits
+        return nullptr;
+    }
     if (last != nullptr && operands.size() > 1 &&
         (userArithmetic(operands[0]->type) || userArithmetic(operands[1]->type))) {
         found = false; // the operands' conversions may lead to a built-in operator
@@ -226,7 +233,7 @@ tree::Expr* Sema::binary(const ast::Expr* expr) {
         result->b = b;
         return finish(result);
     }
-    if (a->type->isStruct() || b->type->isStruct()) {
+    if (a->type->isStruct() || b->type->isStruct() || a->type->isEnum() || b->type->isEnum()) {
         bool found = false;
         tree::Expr* result =
             operatorCall("operator" + std::string(spelling(expr->op)), {a, b}, expr->range, found);
@@ -321,7 +328,7 @@ tree::Expr* Sema::assign(const ast::Expr* expr) {
         return nullptr;
     }
     const auto text = spelling(expr->op);
-    if (target->type->isStruct()) {
+    if (target->type->isStruct() || target->type->isEnum()) {
         bool found = false;
         tree::Expr* result =
             operatorCall("operator" + std::string(text), {target, source}, expr->range, found);

@@ -152,6 +152,8 @@ const Wrong kWrong[] = {
      "1:21: error: the type of the operator's result is missing before it"},
     {"UnknownAttribute", "struct S { float4 p [[positon]]; };",
      "1:23: warning: there is no attribute '[[positon]]'"},
+    {"TemplateWithoutName", "template <typename T> struct { T x; };",
+     "1:23: error: a template needs a name"},
     {"UnusedVariable", "void f() { float a = 1; }", "1:18: warning: the variable 'a' is not used"},
     {"UnusedValue", "void f(float a) { a + 1; }",
      "1:21: warning: the value of this expression is not used"},

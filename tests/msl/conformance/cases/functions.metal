@@ -119,3 +119,18 @@ auto later(float x); float use(float x) { return later(x); } auto later(float x)
 //! body
 return use(1);
 //! refused the type of what 'later' returns is not known before its definition
+//! case MemberTemplatesAreCalled
+struct P { float a, b; template <typename T> T as() const { return T(a) + T(b); } template <int N> float times(float x) const { return a * N + x; } };
+//! body
+P p{v.two, 3.5}; thread P* q = &p; return float4(p.as<int>(), p.template as<float>(), q->times<3>(1), p.a < p.b);
+//! gives 5 5.5 7 1
+//! case SaturatedProducts
+//! body
+return float4(madsat(0x40000000, v.i3, -5) == 0x7FFFFFFF, madsat(v.i3, 4, 5), madsat(0x80000000u, v.u5, 1u) == 0xFFFFFFFFu, madsat(char(100), char(-2), char(v.i3)));
+//! gives 1 17 1 -128
+//! case OperatorsOfEnumerations
+enum Flags : uint { None = 0, A = 1u << 0, B = 1u << 1, C = 4 }; inline Flags operator|(Flags a, Flags b) { return Flags(uint(a) | uint(b)); } inline thread Flags& operator|=(thread Flags& a, Flags b) { a = a | b; return a; } inline bool has(Flags f, Flags x) { return (f & x) != 0; }
+enum class Axis { x, y, z }; Axis operator++(Axis a) { return Axis((int(a) + 1) % 3); } bool operator!(Axis a) { return a == Axis::x; }
+//! body
+Flags f = A | B; f |= C; return float4(f, has(f, B) + (A & C), !Axis::x, f + 1);
+//! gives 7 1 1 8
