@@ -244,9 +244,9 @@ tree::Function* Sema::instantiate(const Overload& overload, const ast::Qualified
     const auto& pattern = *overload.pattern;
     const auto parameters = Parameters(pattern.templateParameters);
     Instance key{.pattern = &pattern, .bindings = Bindings(parameters.size())};
-    if (overload.self != nullptr) {
+    if (overload.space->self != nullptr) {
         // Instances of a struct template share the pattern.
-        key.bindings.push_back({overload.self, std::nullopt});
+        key.bindings.push_back({.type = overload.space->self, .value = std::nullopt});
     }
     const bool takesPack = !pattern.parameters.empty() && pattern.parameters.back()->isPack;
     if (arguments.size() > pattern.parameters.size() && !takesPack) {
