@@ -33,7 +33,14 @@ const Type* Sema::Evaluator::scalarOf(const Type* type) {
     return type->isEnum() ? type->element : type->scalar();
 }
 
-bool Sema::Evaluator::spend() { return sema_.spendConstantStep(); }
+// A step, and the more of them the more scalars it moves.
+bool Sema::Evaluator::spend(size_t scalars) {
+    constexpr size_t kScalarsPerStep = 16;
+    const auto moved = static_cast<uint32_t>(scalars / kScalarsPerStep);
+    sema_.constantSteps_ += moved;
+    sema_.allConstantSteps_ += moved;
+    return sema_.spendConstantStep();
+}
 
 Sema::Evaluator::Place Sema::Evaluator::hold(Value value) {
     cells_.push_back(std::move(value));
@@ -65,7 +72,8 @@ std::optional<Sema::Evaluator::Value> Sema::Evaluator::valueAtDepth(const tree::
         return Value{expr->bits};
     case ExprKind::zero: {
         const size_t count = scalarCount(expr->type);
-        return count <= kMaxConstantScalars ? std::optional(Value(count)) : std::nullopt;
+        return count <= kMaxConstantScalars && spend(count) ? std::optional(Value(count))
+                                                            : std::nullopt;
     }
     case ExprKind::variable:
     case ExprKind::field:
@@ -73,7 +81,7 @@ std::optional<Sema::Evaluator::Value> Sema::Evaluator::valueAtDepth(const tree::
     case ExprKind::deref: {
         const auto source = place(expr);
         const size_t count = scalarCount(expr->type);
-        if (!source || source->offset + count > source->cell->size()) {
+        if (!source || source->offset + count > source->cell->size() || !spend(count)) {
             return std::nullopt;
         }
         const auto first = source->cell->begin() + static_cast<ptrdiff_t>(source->offset);
@@ -404,8 +412,11 @@ Sema::Evaluator::Flow Sema::Evaluator::runAtDepth(const tree::Stmt* stmt) {
             return bind(*frame_, variable, stmt->expr) ? Flow::next : Flow::fails;
         }
         const size_t count = scalarCount(variable.type);
+        if (count > kMaxConstantScalars || !spend(count)) {
+            return Flow::fails;
+        }
         auto init = stmt->expr != nullptr ? value(stmt->expr) : std::optional(Value(count));
-        if (!init || count > kMaxConstantScalars) {
+        if (!init) {
             return Flow::fails;
         }
         give(&variable, hold(std::move(*init)));

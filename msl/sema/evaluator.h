@@ -30,7 +30,7 @@ class Sema::Evaluator {
 
     static size_t scalarCount(const Type* type);
     static const Type* scalarOf(const Type* type);
-    bool spend();
+    bool spend(size_t scalars = 0);
     Place hold(Value value);
     void give(const tree::Variable* variable, Place place);
 

@@ -219,6 +219,15 @@ std::vector<Hostile> hostileSources() {
         {"Conditions", repeated("#if 1\n", 5000), "conditions are nested more than"},
         {"ManyTokens", repeated("; ", 600000), "tokens after preprocessing"},
         {"Braces", "constant int a[1] = " + repeated("{", 100000), "nested more than"},
+        {"ConstantCopies",
+         "struct B { int a[16000]; }; constexpr int f(int n) { B b = {}; for (int i = 0; i < n; "
+         "++i) "
+         "{ B c = b; b = c; } return 1; } constant int x[f(60000)] = {1};",
+         "must be an integer known when compiling"},
+        {"ConstantLoops",
+         "constexpr int f() { int n = 0; while (n < 20000) ++n; return 1; }\n" +
+             repeated("static_assert(f() == 1, \"\");\n", 5000),
+         "must be known when compiling"},
         {"Conditionals", entry + repeated("true ? 1 : ", 100000) + "0; }", "nested more than"},
     };
 }
