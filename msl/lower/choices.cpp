@@ -12,6 +12,9 @@ namespace TextureItem = tree::TextureItem;
 
 // One of the bindings; which one, `selector` says.
 Lowerer::Binding* Lowerer::choice(std::vector<Binding> candidates, Value selector) {
+    // Choices live until the module is done, so they are paid for by their size.
+    constexpr uint32_t kStepsPerCandidate = 8;
+    steps_ += kStepsPerCandidate * static_cast<uint32_t>(candidates.size());
     Binding made;
     made.kind = Binding::Kind::choice;
     made.parts = std::move(candidates);
