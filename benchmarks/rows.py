@@ -34,6 +34,13 @@ ROWS = [
         unit="count", aim="value <= 0"),
     *[Row(f"frame of {name}, 1280x720", f"wallpaper/{name}/ours",
           against=f"wallpaper/{name}/glslang", aim="ratio <= 1.0") for name in WALLPAPERS],
+    *[Row(f"frame of {name}, 640x360", f"wallpaper/{name}/640x360",
+          against="wallpaper/plasma/640x360",
+          aim="ratio <= 40" if name == "builtin.elec-pcb" else "ratio <= 10")
+      for name in WALLPAPERS if name != "plasma"],
+    # Nine times the pixels, and a little for what caches no longer hold.
+    *[Row(f"frame of {name}, 1920x1080", f"wallpaper/{name}/1920x1080",
+          against=f"wallpaper/{name}/640x360", aim="ratio <= 9.5") for name in WALLPAPERS],
     Row("frame through the whole road, 1920x1080", "road/whole", against="road/offscreen",
         aim="ratio <= 1.15"),
     Row("compositing a hosted frame, 1920x1080", "composite/ours", against="composite/copy",

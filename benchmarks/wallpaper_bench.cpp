@@ -1,5 +1,6 @@
-// What the GPU spends on one frame of each wallpaper at 1280 × 720: our compiler's module against
-// the module that glslang and spirv-opt -O make of the same shader, drawn by the same code.
+// What the GPU spends on one frame of each wallpaper. At 1280 × 720: our compiler's module against
+// the module that glslang and spirv-opt -O make of the same shader, drawn by the same code. At
+// 640 × 360 and 1920 × 1080: what each costs beside plasma, and how it grows with the pixels.
 
 #include "platform/linux/gpu/vulkan_device.h"
 #include "render/shader_frame.h"
@@ -21,15 +22,20 @@
 namespace vantor {
 namespace {
 
-constexpr std::uint64_t kWidth = 1280;
-constexpr std::uint64_t kHeight = 720;
+struct Extent {
+    std::uint64_t width;
+    std::uint64_t height;
+};
+
+constexpr Extent kSmall{640, 360};
+constexpr Extent kMiddle{1280, 720};
+constexpr Extent kLarge{1920, 1080};
 constexpr int kFrames = 2;
 constexpr float kTime = 12.0F;
 
 struct Machine {
     std::shared_ptr<vulkan::VulkanDevice> device;
     std::shared_ptr<gpu::CommandQueue> queue;
-    std::shared_ptr<gpu::Texture> target;
 
     static Machine& shared() {
         static Machine& machine = *new Machine;
@@ -45,7 +51,6 @@ struct Machine {
         }
         device = *std::move(made);
         queue = device->newCommandQueue();
-        target = device->newTexture({.width = kWidth, .height = kHeight});
     }
 };
 
@@ -83,8 +88,10 @@ std::optional<msl::Module> foreignModule(const msl::Module& ours) {
 }
 
 void drawFrames(benchmark::State& state, const msl::Module& vertexModule,
-                const msl::Module& fragmentModule, const char* fragmentName) {
+                const msl::Module& fragmentModule, const char* fragmentName, const Extent& extent) {
     Machine& machine = Machine::shared();
+    const auto target =
+        machine.device->newTexture({.width = extent.width, .height = extent.height});
     auto made = machine.device->newRenderPipelineState(
         {.vertexFunction = vulkan::VulkanLibrary::of(vertexModule)->newFunction("v_main"),
          .fragmentFunction = vulkan::VulkanLibrary::of(fragmentModule)->newFunction(fragmentName)});
@@ -94,7 +101,7 @@ void drawFrames(benchmark::State& state, const msl::Module& vertexModule,
     }
     const auto frame = [&] {
         gpu::CommandBuffer* const commands = machine.queue->commandBuffer();
-        encodeShaderFrame(*commands, *machine.device, *made, *machine.target, {}, kTime);
+        encodeShaderFrame(*commands, *machine.device, *made, *target, {}, kTime);
         commands->commit();
         commands->waitUntilCompleted();
     };
@@ -104,31 +111,35 @@ void drawFrames(benchmark::State& state, const msl::Module& vertexModule,
     }
 }
 
-void ours(benchmark::State& state, std::string_view source) {
+void ours(benchmark::State& state, std::string_view source, const Extent& extent) {
     const auto compiled = msl::compile(source);
-    drawFrames(state, *compiled.module, *compiled.module, "f_main");
+    drawFrames(state, *compiled.module, *compiled.module, "f_main", extent);
 }
 
-void theirs(benchmark::State& state, std::string_view source) {
+void theirs(benchmark::State& state, std::string_view source, const Extent& extent) {
     const auto compiled = msl::compile(source);
     const auto foreign = foreignModule(*compiled.module);
     if (!foreign) {
         state.SkipWithError("glslang and spirv-opt make no module");
         return;
     }
-    drawFrames(state, *compiled.module, *foreign, "main");
+    drawFrames(state, *compiled.module, *foreign, "main", extent);
 }
 
 struct Road {
     const char* name;
-    void (*run)(benchmark::State& state, std::string_view source);
+    void (*run)(benchmark::State& state, std::string_view source, const Extent& extent);
+    Extent extent;
 };
 
 void registerWallpapers() {
     for (const ShaderCatalog::Entry& entry : ShaderCatalog::all) {
         const std::string name = "wallpaper/" + std::string(entry.id);
-        for (const Road& road : {Road{"/ours", ours}, Road{"/glslang", theirs}}) {
-            benchmark::RegisterBenchmark((name + road.name).c_str(), road.run, *entry.source)
+        for (const Road& road :
+             {Road{"/ours", ours, kMiddle}, Road{"/glslang", theirs, kMiddle},
+              Road{"/640x360", ours, kSmall}, Road{"/1920x1080", ours, kLarge}}) {
+            benchmark::RegisterBenchmark((name + road.name).c_str(), road.run, *entry.source,
+                                         road.extent)
                 ->UseRealTime()
                 ->Unit(benchmark::kMillisecond)
                 ->Iterations(kFrames);
