@@ -134,6 +134,7 @@ constexpr std::array<OpInfo, static_cast<size_t>(Op::count)> kOps{
     atomic("atomic_and", spv::OpAtomicAnd),
     atomic("atomic_or", spv::OpAtomicOr),
     atomic("atomic_xor", spv::OpAtomicXor),
+    row("subgroup", spv::OpNop, Literals::none, true),
 };
 
 } // namespace

@@ -195,6 +195,9 @@ enum class Op : uint8_t {
     atomicAnd,
     atomicOr,
     atomicXor,
+    // Across a subgroup: the instruction of the number in the lower half of `extra`, with the group
+    // operation of the number in its upper half less one.
+    subgroup,
     count,
 };
 
@@ -271,6 +274,8 @@ enum class BuiltIn : uint8_t {
     primitiveId,
     layer,
     viewportIndex,
+    subgroupThread,
+    subgroupSize,
 };
 
 // What stands behind a variable of the module.

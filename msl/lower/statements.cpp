@@ -245,7 +245,16 @@ void Lowerer::declareVariable(const tree::Stmt* stmt) {
     } else {
         binding = bound(variable.type, stmt->expr);
     }
+    if (variable.isMoved) {
+        startMoving(binding);
+    }
     frame_->slots[variable.slot] = std::move(binding);
+}
+
+// From here on the pointer may be moved.
+void Lowerer::startMoving(Binding& pointer) {
+    pointer.moved = newVariable(ir::kNoValue);
+    setVariable(pointer.moved, builder_.intConstant(0));
 }
 
 // `rest` runs where the condition does not hold and there is no other branch.
@@ -310,14 +319,26 @@ std::vector<uint32_t> Lowerer::loopVariables(const tree::Stmt* stmt) {
             result.push_back(variable);
         }
     };
+    const auto addPlace = [&](const auto& self, const Place& place) -> void {
+        if (place.root == Place::Root::ssa) {
+            add(place.base);
+        }
+        if (place.whole != nullptr) {
+            self(self, *place.whole);
+        }
+        for (const auto& option : place.options) {
+            self(self, option);
+        }
+    };
     const auto addBinding = [&](const auto& self, const Binding& binding) -> void {
         switch (binding.kind) {
         case Binding::Kind::ssa:
             add(binding.ssa);
             break;
         case Binding::Kind::place:
-            if (binding.place.root == Place::Root::ssa) {
-                add(binding.place.base);
+            addPlace(addPlace, binding.place);
+            if (binding.moved != UINT32_MAX) {
+                add(binding.moved);
             }
             break;
         case Binding::Kind::alias:
@@ -343,6 +364,7 @@ std::vector<uint32_t> Lowerer::loopVariables(const tree::Stmt* stmt) {
         if (current_[frame_->result] != ir::kNoValue) {
             add(frame_->result);
         }
+        add(frame_->resultChoice);
     }
     return result;
 }
@@ -495,13 +517,34 @@ void Lowerer::multiway(const tree::Stmt* stmt) {
     frame_->returned = false;
 }
 
+// Another of the places that a function may refer to with its result.
+void Lowerer::addResultPlace(Place place, Range range) {
+    auto& result = frame_->resultPlace;
+    const auto fixed = [](const Place& at) {
+        return at.address == ir::kNoValue && at.root != Place::Root::chosen &&
+               std::none_of(at.steps.begin(), at.steps.end(),
+                            [](const Step& step) { return step.dynamic; });
+    };
+    if (result.root == Place::Root::none) {
+        result = std::move(place);
+        return;
+    }
+    if (!fixed(place) || (result.root != Place::Root::chosen && !fixed(result))) {
+        error(range, "which place a function with several 'return's refers to must not depend on "
+                     "an index that is known at run time only");
+        return;
+    }
+    if (result.root != Place::Root::chosen) {
+        result = chosenPlace({result}, ir::kNoValue);
+    }
+    setVariable(frame_->resultChoice,
+                builder_.intConstant(static_cast<uint32_t>(result.options.size())));
+    result.options.push_back(std::move(place));
+}
+
 void Lowerer::leave(const tree::Stmt* stmt) {
     if (stmt->expr != nullptr && frame_->function->returnsReference) {
-        if (frame_->resultPlace.root != Place::Root::none) {
-            error(stmt->range, "a function that returns a reference has one 'return' here: which "
-                               "of several it is cannot be known when compiling");
-        }
-        frame_->resultPlace = place(stmt->expr);
+        addResultPlace(place(stmt->expr), stmt->range);
     } else if (stmt->expr != nullptr && stmt->expr->type->holdsResources()) {
         Binding result = bound(stmt->expr->type, stmt->expr);
         if (frame_->resultParts.kind == Binding::Kind::none) {

@@ -49,8 +49,12 @@ ir::TypeId Lowerer::irType(const Type* type) {
         made = builder_.array(irType(type->element), type->length);
     } else if (type->isStruct()) {
         std::vector<ir::Member> members;
-        for (const auto& field : type->structure->fields) {
-            members.push_back({irType(field.type), 0, 0});
+        if (isUnion(type)) {
+            members.resize(type->leaves, {ir::kInt, 0, 0});
+        } else {
+            for (const auto& field : type->structure->fields) {
+                members.push_back({irType(field.type), 0, 0});
+            }
         }
         if (members.empty()) {
             members.push_back({ir::kInt, 0, 0});

@@ -70,6 +70,7 @@ class Emitter {
     void instruction(Value value);
     void terminator(const Block& block);
     void capability(spv::Capability wanted);
+    void subgroupCapability(spv::Op op);
 
     const Module& module_;
     std::vector<bool> used_;
@@ -386,7 +387,8 @@ void Emitter::globalDecorations(const Global& global, uint32_t id) {
         spv::BuiltInBaseInstance, spv::BuiltInFrontFacing,   spv::BuiltInPointCoord,
         spv::BuiltInPointSize,    spv::BuiltInSampleId,      spv::BuiltInSampleMask,
         spv::BuiltInFragDepth,    spv::BuiltInClipDistance,  spv::BuiltInPrimitiveId,
-        spv::BuiltInLayer,        spv::BuiltInViewportIndex};
+        spv::BuiltInLayer,        spv::BuiltInViewportIndex, spv::BuiltInSubgroupLocalInvocationId,
+        spv::BuiltInSubgroupSize};
     const auto decorate = [&](spv::Decoration decoration) {
         decorations_.put(spv::OpDecorate, {id, static_cast<uint32_t>(decoration)});
     };
@@ -409,6 +411,10 @@ void Emitter::globalDecorations(const Global& global, uint32_t id) {
             break;
         case BuiltIn::viewportIndex:
             capability(spv::CapabilityShaderViewportIndex);
+            break;
+        case BuiltIn::subgroupThread:
+        case BuiltIn::subgroupSize:
+            capability(spv::CapabilityGroupNonUniform);
             break;
         case BuiltIn::baseVertex:
         case BuiltIn::baseInstance:
@@ -466,6 +472,36 @@ void Emitter::global(const Global& item) {
     globalDecorations(item, id);
 }
 
+void Emitter::subgroupCapability(spv::Op op) {
+    capability(spv::CapabilityGroupNonUniform);
+    switch (op) {
+    case spv::OpGroupNonUniformElect:
+        break;
+    case spv::OpGroupNonUniformAll:
+    case spv::OpGroupNonUniformAny:
+        capability(spv::CapabilityGroupNonUniformVote);
+        break;
+    case spv::OpGroupNonUniformBroadcast:
+    case spv::OpGroupNonUniformBroadcastFirst:
+        capability(spv::CapabilityGroupNonUniformBallot);
+        break;
+    case spv::OpGroupNonUniformShuffle:
+    case spv::OpGroupNonUniformShuffleXor:
+        capability(spv::CapabilityGroupNonUniformShuffle);
+        break;
+    case spv::OpGroupNonUniformShuffleUp:
+    case spv::OpGroupNonUniformShuffleDown:
+        capability(spv::CapabilityGroupNonUniformShuffleRelative);
+        break;
+    case spv::OpGroupNonUniformQuadBroadcast:
+        capability(spv::CapabilityGroupNonUniformQuad);
+        break;
+    default:
+        capability(spv::CapabilityGroupNonUniformArithmetic);
+        break;
+    }
+}
+
 void Emitter::instruction(Value value) {
     const auto& item = module_.instructions[value];
     const OpInfo& row = info(item.op);
@@ -487,7 +523,12 @@ void Emitter::instruction(Value value) {
     default:
         break;
     }
-    code_.begin(static_cast<spv::Op>(row.spirv));
+    if (item.op == Op::subgroup) {
+        subgroupCapability(static_cast<spv::Op>(item.extra & 0xFFFFU));
+        code_.begin(static_cast<spv::Op>(item.extra & 0xFFFFU));
+    } else {
+        code_.begin(static_cast<spv::Op>(row.spirv));
+    }
     if (row.hasResult) {
         code_.add(type);
         code_.add(idOf(value));
@@ -509,6 +550,9 @@ void Emitter::instruction(Value value) {
     for (size_t i = 0; i < operands.size(); ++i) {
         if (i == maskAt) {
             code_.add(item.extra);
+        }
+        if (i == 1 && item.op == Op::subgroup && item.extra >> 16U != 0) {
+            code_.add((item.extra >> 16U) - 1);
         }
         code_.add(i < values ? idOf(operands[i]) : operands[i]);
     }
