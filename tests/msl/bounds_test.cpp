@@ -112,5 +112,30 @@ TEST(BoundsTest, ExpandedFunctionsNestOnlySoDeep) {
               "the functions are nested too deeply when expanded");
 }
 
+TEST(BoundsTest, OnlySoManyWaysMeetInOnePlace) {
+    const std::string breaks = many(17000, [](int) { return "a++;if(a)break;"; });
+    EXPECT_EQ(refusal("struct I { int a [[user(a)]] [[flat]]; };\n"
+                      "fragment float4 m(I i [[stage_in]]) { int a = i.a; for (;;) {" +
+                      breaks + "} return a; }"),
+              "more than 16384 ways meet in one place");
+    EXPECT_EQ(refusal("struct I { int a [[user(a)]] [[flat]]; };\n"
+                      "fragment float4 m(I i [[stage_in]]) { switch (i.a) {" +
+                      many(20000, [](int i) { return "case " + std::to_string(i) + ":"; }) +
+                      "return 1; } return 0; }"),
+              "more than 16384 ways meet in one place");
+}
+
+TEST(BoundsTest, WaysBringOnlySoManyValues) {
+    const std::string declared =
+        many(5000, [](int i) { return "float a" + std::to_string(i) + " = 0;"; });
+    const std::string changed = many(5000, [](int i) {
+        const auto name = "a" + std::to_string(i);
+        return name + " += p.y; if (p.x > " + name + ") break;";
+    });
+    EXPECT_EQ(refusal("fragment float4 m(float4 p [[position]]) { " + declared + "for (;;) {" +
+                      changed + "} return a0; }"),
+              "the functions change more than 8388608 values where their ways meet");
+}
+
 } // namespace
 } // namespace msl::tests

@@ -150,8 +150,8 @@ std::string RandomGenerator::integer(Shape shape, int depth) {
     case 3:
         // GLSL leaves the remainder of negative numbers open, so both are made positive.
         return natural ? "(" + part() + std::string(pick({" / ", " % "})) + "(" + part() + " | 1u))"
-                       : "(abs(" + part() + ")" + std::string(pick({" / ", " % "})) + "(abs(" +
-                             part() + ") + 1))";
+                       : "((" + part() + " & 4095)" + std::string(pick({" / ", " % "})) + "((" +
+                             part() + " & 255) + 1))";
     case 4:
         return std::string(pick({"min", "max"})) + "(" + part() + ", " + part() + ")";
     case 5:
