@@ -6,6 +6,9 @@
 #include "platform/platform.h"
 
 namespace vantor::agent {
+
+const char* const kHostApplication = "com.nimbara.app";
+
 namespace {
 
 constexpr const char* kExtensionHome = "Library/Containers/com.nimbara.app.lockscreen/Data";
@@ -42,7 +45,15 @@ ExtensionSession::start(MainLoop& loop, const launch::LaunchRequest& request,
     registerKitClasses(session->runtime_);
     auto host = launch::LaunchHost::start(
         loop, request,
-        {.attached = std::move(handlers.attached), .ended = std::move(handlers.ended)});
+        {.attached = std::move(handlers.attached),
+         .open =
+             [open = std::move(handlers.openHostApplication)](const std::string& identifier) {
+                 // No other application is an extension's to open.
+                 if (open && identifier == kHostApplication) {
+                     open();
+                 }
+             },
+         .ended = std::move(handlers.ended)});
     if (!host) {
         return Failure{host.error()};
     }

@@ -24,6 +24,9 @@ class Platform;
 
 namespace vantor::agent {
 
+/// The identifier of the application that the extension belongs to.
+extern const char* const kHostApplication;
+
 /// How to start the extension of a bundle folder: with a home of its own under the user's.
 launch::LaunchRequest extensionLaunch(Platform& platform, std::filesystem::path bundle);
 
@@ -32,6 +35,8 @@ struct SessionHandlers {
     std::function<void(std::uint32_t contextID, FileDescriptor socket)> attached;
     /// The extension's process has ended; see launch::HostHandlers.
     std::function<void(const std::string& how)> ended;
+    /// The extension asks for the application that it belongs to to be opened. May be empty.
+    std::function<void()> openHostApplication = {};
     /// The extension offers something else in the picker from now on. May be empty.
     std::function<void(Picker picker)> pickerChanged = {};
 };

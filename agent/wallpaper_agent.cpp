@@ -2,7 +2,9 @@
 
 #include "platform/images.h"
 #include "platform/linux/gpu/vulkan_context.h"
+#include "platform/media_clock.h"
 #include "platform/platform.h"
+#include "platform/workspace.h"
 
 #include <algorithm>
 #include <csignal>
@@ -17,6 +19,8 @@ constexpr double kPictureInterval = 1.0;
 constexpr double kPictureMargin = 0.25;
 /// How long the extension may take to answer that it released the wallpapers.
 constexpr double kReleaseSeconds = 2.0;
+/// Between two openings of the host application that the extension asks for.
+constexpr double kOpenInterval = 1.0;
 
 void complain(const std::string& sentence) {
     std::fprintf(stderr, "vantor-agent: %s\n", sentence.c_str());
@@ -68,7 +72,8 @@ Result<Done, std::string> WallpaperAgent::start() {
              [this](const std::string& how) {
                  complain("the extension " + how);
                  loop_.stop(static_cast<int>(RunStatus::extensionEnded));
-             }});
+             },
+         .openHostApplication = [this] { openHostApplication(); }});
     if (!session) {
         return Failure{session.error()};
     }
@@ -146,6 +151,19 @@ void WallpaperAgent::attached(std::uint32_t contextID, FileDescriptor socket) {
         return;
     }
     display->host(std::move(socket));
+}
+
+void WallpaperAgent::openHostApplication() {
+    // However often it asks, an extension does not fill the screen with windows.
+    const double now = platform_.mediaClock().now();
+    if (now - hostApplicationOpened_ < kOpenInterval) {
+        return;
+    }
+    hostApplicationOpened_ = now;
+    Workspace& workspace = platform_.workspace();
+    if (const auto location = workspace.applicationLocation(kHostApplication)) {
+        workspace.openApplication(*location);
+    }
 }
 
 void WallpaperAgent::refresh() {

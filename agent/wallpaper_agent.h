@@ -10,6 +10,7 @@
 #include "platform/result.h"
 
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,6 +37,7 @@ class WallpaperAgent {
     Result<Done, std::string> makeDisplays();
     void acquire(Display& display);
     void attached(std::uint32_t contextID, FileDescriptor socket);
+    void openHostApplication();
     void refresh();
     /// Takes the first and, a second later, the second picture of every display.
     void schedulePictures();
@@ -56,6 +58,8 @@ class WallpaperAgent {
     /// Displays by the context they asked to attach to.
     std::vector<std::pair<std::uint32_t, Display*>> attaching_;
     bool ending_ = false;
+    /// Media time of the last opening.
+    double hostApplicationOpened_ = -std::numeric_limits<double>::infinity();
     /// A picture could not be written.
     bool pictureLost_ = false;
 };

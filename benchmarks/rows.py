@@ -47,6 +47,13 @@ ROWS = [
     *[Row(f"frame of {name}, 1280x720", f"wallpaper/{name}/ours",
           against=f"wallpaper/{name}/{road}", aim="ratio <= 1.0")
       for name in WALLPAPERS for road in ("glslang", "glslang_opt")],
+    *[Row(f"frame of {name}, 640x360", f"wallpaper/{name}/640x360",
+          against="wallpaper/plasma/640x360",
+          aim="ratio <= 40" if name == "builtin.elec-pcb" else "ratio <= 10")
+      for name in WALLPAPERS if name != "plasma"],
+    # Nine times the pixels, and a little for what caches no longer hold.
+    *[Row(f"frame of {name}, 1920x1080", f"wallpaper/{name}/1920x1080",
+          against=f"wallpaper/{name}/640x360", aim="ratio <= 9.5") for name in WALLPAPERS],
     Row("frame through the whole road, 1920x1080", "road/whole", against="road/offscreen",
         aim="ratio <= 1.15"),
     Row("compositing a hosted frame, 1920x1080", "composite/ours", against="composite/copy",
@@ -82,6 +89,14 @@ ROWS = [
         against="library/view_models/draws", aim="ratio <= 1.5"),
     Row("from a change's notification to its picture", "change/plasma/shown",
         against="change/plasma/frame"),
+    Row("round trip of a trivial call", "service/round_trip/ours",
+        against="service/round_trip/bare", aim="ratio <= 1.15"),
+    Row("acquire, pipeline cached", "service/acquire", against="service/frame_and_call",
+        aim="ratio <= 1.5"),
+    Row("start of the extension to its first answer", "service/launch", against="startup/bare",
+        aim="ratio <= 1.5"),
+    *[Row(f"requests a second, {count} connections", f"service/requests/{count}",
+          counter="requests_a_second", unit="/s") for count in (1, 8, 64)],
 ]
 
 HOSTILE_LISTS = ["nested_binary", "nested_xml", "nested_text", "cycle", "shared_arrays", "shared_text",

@@ -1,7 +1,8 @@
-// What the GPU spends on one frame of each wallpaper at 1280 × 720: our compiler's module against
+// What the GPU spends on one frame of each wallpaper. At 1280 × 720: our compiler's module against
 // the modules that glslang, and glslang and spirv-opt -O, make of the same shader, drawn by the
-// same code. On a device that is the CPU a frame's time is the process's CPU time, which what else
-// the machine does disturbs less.
+// same code. At 640 × 360 and 1920 × 1080: what each costs beside plasma, and how it grows with the
+// pixels. On a device that is the CPU a frame's time is the process's CPU time, which what else the
+// machine does disturbs less.
 
 #include "platform/linux/gpu/device_parts.h"
 #include "platform/linux/gpu/vulkan_context.h"
@@ -26,15 +27,20 @@
 namespace vantor {
 namespace {
 
-constexpr std::uint64_t kWidth = 1280;
-constexpr std::uint64_t kHeight = 720;
+struct Extent {
+    std::uint64_t width;
+    std::uint64_t height;
+};
+
+constexpr Extent kSmall{640, 360};
+constexpr Extent kMiddle{1280, 720};
+constexpr Extent kLarge{1920, 1080};
 constexpr int kFrames = 2;
 constexpr float kTime = 12.0F;
 
 struct Machine {
     std::shared_ptr<vulkan::VulkanDevice> device;
     std::shared_ptr<gpu::CommandQueue> queue;
-    std::shared_ptr<gpu::Texture> target;
 
     static Machine& shared() {
         static Machine& machine = *new Machine;
@@ -50,7 +56,6 @@ struct Machine {
         }
         device = *std::move(made);
         queue = device->newCommandQueue();
-        target = device->newTexture({.width = kWidth, .height = kHeight});
     }
 };
 
@@ -99,8 +104,10 @@ double secondsOf(clockid_t clock) {
 }
 
 void drawFrames(benchmark::State& state, const msl::Module& vertexModule,
-                const msl::Module& fragmentModule, const char* fragmentName) {
+                const msl::Module& fragmentModule, const char* fragmentName, const Extent& extent) {
     Machine& machine = Machine::shared();
+    const auto target =
+        machine.device->newTexture({.width = extent.width, .height = extent.height});
     auto made = machine.device->newRenderPipelineState(
         {.vertexFunction = vulkan::VulkanLibrary::of(vertexModule)->newFunction("v_main"),
          .fragmentFunction = vulkan::VulkanLibrary::of(fragmentModule)->newFunction(fragmentName)});
@@ -110,7 +117,7 @@ void drawFrames(benchmark::State& state, const msl::Module& vertexModule,
     }
     const auto frame = [&] {
         gpu::CommandBuffer* const commands = machine.queue->commandBuffer();
-        encodeShaderFrame(*commands, *machine.device, *made, *machine.target, {}, kTime);
+        encodeShaderFrame(*commands, *machine.device, *made, *target, {}, kTime);
         commands->commit();
         commands->waitUntilCompleted();
     };
@@ -125,40 +132,45 @@ void drawFrames(benchmark::State& state, const msl::Module& vertexModule,
     }
 }
 
-void ours(benchmark::State& state, std::string_view source) {
+void ours(benchmark::State& state, std::string_view source, const Extent& extent) {
     const auto compiled = msl::compile(source);
-    drawFrames(state, *compiled.module, *compiled.module, "f_main");
+    drawFrames(state, *compiled.module, *compiled.module, "f_main", extent);
 }
 
-void theirs(benchmark::State& state, std::string_view source, Optimiser optimiser) {
+void theirs(benchmark::State& state, std::string_view source, const Extent& extent,
+            Optimiser optimiser) {
     const auto compiled = msl::compile(source);
     const auto foreign = foreignModule(*compiled.module, optimiser);
     if (!foreign) {
         state.SkipWithError("glslang and spirv-opt make no module");
         return;
     }
-    drawFrames(state, *compiled.module, *foreign, "main");
+    drawFrames(state, *compiled.module, *foreign, "main", extent);
 }
 
-void byGlslang(benchmark::State& state, std::string_view source) {
-    theirs(state, source, Optimiser::none);
+void byGlslang(benchmark::State& state, std::string_view source, const Extent& extent) {
+    theirs(state, source, extent, Optimiser::none);
 }
 
-void byGlslangOptimised(benchmark::State& state, std::string_view source) {
-    theirs(state, source, Optimiser::spirvOpt);
+void byGlslangOptimised(benchmark::State& state, std::string_view source, const Extent& extent) {
+    theirs(state, source, extent, Optimiser::spirvOpt);
 }
 
 struct Road {
     const char* name;
-    void (*run)(benchmark::State& state, std::string_view source);
+    void (*run)(benchmark::State& state, std::string_view source, const Extent& extent);
+    Extent extent;
 };
 
 void registerWallpapers() {
     for (const ShaderCatalog::Entry& entry : ShaderCatalog::all) {
         const std::string name = "wallpaper/" + std::string(entry.id);
-        for (const Road& road : {Road{"/ours", ours}, Road{"/glslang", byGlslang},
-                                 Road{"/glslang_opt", byGlslangOptimised}}) {
-            benchmark::RegisterBenchmark((name + road.name).c_str(), road.run, *entry.source)
+        for (const Road& road :
+             {Road{"/ours", ours, kMiddle}, Road{"/glslang", byGlslang, kMiddle},
+              Road{"/glslang_opt", byGlslangOptimised, kMiddle}, Road{"/640x360", ours, kSmall},
+              Road{"/1920x1080", ours, kLarge}}) {
+            benchmark::RegisterBenchmark((name + road.name).c_str(), road.run, *entry.source,
+                                         road.extent)
                 ->UseManualTime()
                 ->Unit(benchmark::kMillisecond)
                 ->Iterations(kFrames);

@@ -6,6 +6,9 @@ function(vantor_module NAME)
     add_library(${NAME} STATIC ${ARG_UNPARSED_ARGUMENTS})
     target_include_directories(${NAME} PUBLIC ${PROJECT_SOURCE_DIR})
     target_link_libraries(${NAME} PUBLIC ${ARG_LIBS})
+    if(VANTOR_PRECOMPILED)
+        vantor_reuse_headers(${NAME} vantor_module_headers)
+    endif()
 endfunction()
 
 # vantor_test(NAME SOURCES files... LIBS libs... LABELS labels...)
@@ -18,6 +21,7 @@ function(vantor_test NAME)
     target_link_libraries(${NAME} PRIVATE ${ARG_LIBS} GTest::gmock GTest::gtest_main)
     # A test's own code runs for moments; what it tests is optimised as users get it.
     target_compile_options(${NAME} PRIVATE -O0)
+    vantor_reuse_headers(${NAME} vantor_test_headers)
     set_target_properties(${NAME} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
     gtest_discover_tests(${NAME}

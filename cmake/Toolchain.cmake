@@ -1,8 +1,10 @@
 # Warnings, sanitizers and the compiler cache, for every target of the project.
 
-add_compile_options(
+set(warnings
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
     -Woverloaded-virtual -Wimplicit-fallthrough -Werror -fno-math-errno)
+# Swift's compiler has other words for them.
+add_compile_options("$<$<NOT:$<COMPILE_LANGUAGE:Swift>>:${warnings}>")
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # GCC 12 reports these two falsely inside its own standard library when it inlines deeply.
     add_compile_options(-Wno-restrict -Wno-maybe-uninitialized)
@@ -25,8 +27,16 @@ endif()
 
 find_program(VANTOR_CCACHE ccache)
 if(VANTOR_CCACHE)
-    set(CMAKE_C_COMPILER_LAUNCHER ${VANTOR_CCACHE})
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${VANTOR_CCACHE})
+    # What precompiled headers ask for (the cache's manual, "Precompiled headers").
+    set(cached ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${VANTOR_CCACHE})
+    set(CMAKE_C_COMPILER_LAUNCHER ${cached})
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${cached})
+    set(CMAKE_OBJCXX_COMPILER_LAUNCHER ${cached})
+endif()
+
+find_package(Threads REQUIRED)
+if(APPLE)
+    return()
 endif()
 
 find_program(VANTOR_LLD ld.lld)
@@ -34,5 +44,4 @@ if(VANTOR_LLD)
     add_link_options(-fuse-ld=lld)
 endif()
 
-find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)

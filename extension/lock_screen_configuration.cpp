@@ -38,11 +38,14 @@ bool LockScreenConfiguration::accept(const std::shared_ptr<XPCConnection>& conne
             alive->setAgent(nullptr);
         }
     });
-    connection->setRefusalHandler(
-        [](const std::string& sentence) { LSLog::write("XPC refused: " + sentence); });
+    connection->setRefusalHandler([this](const std::string& why) { connectionRefused(why); });
     library_.addHandler(handler);
     connection->resume();
     return true;
+}
+
+void LockScreenConfiguration::connectionRefused(const std::string& sentence) {
+    LSLog::write("XPC refused: " + sentence);
 }
 
 } // namespace vantor

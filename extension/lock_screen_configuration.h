@@ -18,6 +18,7 @@ class LockScreenConfiguration : public AppExtensionConfiguration {
 
     /// Checks the caller, sets both interfaces, exports a handler of its own and resumes.
     bool accept(const std::shared_ptr<XPCConnection>& connection) override;
+    void connectionRefused(const std::string& sentence) override;
 
   private:
     Platform& platform_;

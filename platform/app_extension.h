@@ -22,6 +22,10 @@ class AppExtensionConfiguration {
     /// True when the connection is served. On any thread; a refused connection is closed by the
     /// runtime, a served one has been resumed.
     virtual bool accept(const std::shared_ptr<XPCConnection>& connection) = 0;
+
+    /// A connection was turned away before it could be offered; the sentence says why. Never called
+    /// where the system logs that itself (macOS).
+    virtual void connectionRefused(const std::string& sentence) = 0;
 };
 
 /// The principal object; constructed once, on the main thread, never destroyed.

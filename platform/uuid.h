@@ -25,7 +25,7 @@ struct UUID {
     std::string text() const;
 
     bool operator==(const UUID&) const = default;
-    auto operator<=>(const UUID&) const = default;
+    bool operator<(const UUID& other) const { return bytes < other.bytes; }
 };
 
 } // namespace vantor

@@ -75,7 +75,8 @@ class AgentProxy {
     virtual bool conformsTo(std::string_view protocolName) const = 0;
 
     /// Sends "updateSettingsViewModels:reply:". Returns at once; `reply` is called once on the
-    /// connection's queue with the agent's error, or with the transport's when the connection goes.
+    /// connection's queue with the agent's error, or with the transport's when the connection goes;
+    /// at once, on the calling thread, when it has gone already or the object cannot be archived.
     virtual void updateSettingsViewModels(const ObjectRef& viewModels,
                                           std::function<void(std::optional<Error>)> reply) = 0;
 };

@@ -1,6 +1,7 @@
 #include "agent/kit/payload_type.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace vantor::agent {
 namespace {
@@ -69,6 +70,19 @@ std::optional<std::string> enumerationMismatch(const PayloadType& type,
         return "is no case of " + std::string(type.name);
     }
     return within(chosen->name, mismatch(chosen->type, value->begin()->value));
+}
+
+/// A size in points, of which no side is so long that an integer cannot hold it.
+std::optional<std::string> sizeMismatch(const PropertyList& payload) {
+    constexpr double kIntegerRange = 9223372036854775808.0; // 2^63
+    const auto size = sizeOf(payload);
+    if (!size) {
+        return "is no size";
+    }
+    const auto holds = [](double side) { return std::abs(side) < kIntegerRange; };
+    return holds(size->width) && holds(size->height)
+               ? std::nullopt
+               : std::optional<std::string>("is no finite size of 64-bit integers");
 }
 
 std::optional<std::string> unless(bool fits, std::string_view why) {
@@ -199,7 +213,7 @@ std::optional<std::string> mismatch(const PayloadType& type, const PropertyList&
         return unless(payload.string() != nullptr && UUID::parse(*payload.string()).has_value(),
                       "is no UUID");
     case PayloadKind::size:
-        return unless(sizeOf(payload).has_value(), "is no size");
+        return sizeMismatch(payload);
     case PayloadKind::url:
         return unless(urlText(payload) != nullptr, "is no URL");
     case PayloadKind::record:

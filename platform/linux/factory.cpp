@@ -81,7 +81,11 @@ class LinuxPlatform : public Platform {
              [this](std::span<const launch::ScreenRecord> records) {
                  screens_.setScreens(records);
              },
-         .tick = [this](std::uint32_t displayID) { screens_.tick(displayID); }}};
+         .tick = [this](std::uint32_t displayID) { screens_.tick(displayID); },
+         .openThrough =
+             [this](std::function<void(const std::string&)> opener) {
+                 workspace_.openThrough(std::move(opener));
+             }}};
 };
 
 } // namespace

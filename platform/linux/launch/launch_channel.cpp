@@ -1,5 +1,6 @@
 #include "platform/linux/launch/launch_channel.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fcntl.h>
 #include <string_view>
@@ -25,6 +26,16 @@ std::optional<FileDescriptor> LaunchChannel::takeFromEnvironment() {
         return std::nullopt;
     }
     return FileDescriptor(kLaunchDescriptor);
+}
+
+bool LaunchChannel::requestOpen(std::string_view identifier) const {
+    LaunchRecord record{};
+    record.kind = Kind::open;
+    if (identifier.size() >= record.identifier.size()) {
+        return false;
+    }
+    std::copy(identifier.begin(), identifier.end(), record.identifier.begin());
+    return socket_.send(record);
 }
 
 void LaunchChannel::drain() {
@@ -71,6 +82,7 @@ bool LaunchChannel::handle(Received received) {
         handlers_.tick(record.displayID);
         return true;
     case Kind::attached:
+    case Kind::open:
         break;
     }
     close("the agent sent a record that only the extension sends");

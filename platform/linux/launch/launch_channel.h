@@ -1,5 +1,5 @@
 #pragma once
-// The extension's end of the launch socket. Main thread.
+// The extension's end of the launch socket. Main thread, unless a member says otherwise.
 
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/launch/launch_socket.h"
@@ -11,6 +11,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace vantor::launch {
 
@@ -36,6 +37,9 @@ class LaunchChannel {
     /// The launch socket that the process was started with (LISTEN_FDS), taken from the environment
     /// so that no child inherits the word; nothing when it was started otherwise.
     static std::optional<FileDescriptor> takeFromEnvironment();
+
+    /// Asks the agent to open an installed application; false when it cannot be asked. Any thread.
+    [[nodiscard]] bool requestOpen(std::string_view identifier) const;
 
   private:
     void drain();

@@ -28,16 +28,32 @@ std::string description(int status) {
     return "exited with status " + std::to_string(WEXITSTATUS(status));
 }
 
-/// The child's environment as one block of texts; made before fork, which must not allocate.
+/// What the extension does not inherit: it has a home of its own, and its own launch.
+constexpr std::string_view kReplaced[] = {"HOME",           "LISTEN_FDS",     "LISTEN_FDNAMES",
+                                          "LISTEN_PID",     "XDG_CACHE_HOME", "XDG_CONFIG_HOME",
+                                          "XDG_STATE_HOME", "XDG_DATA_HOME"};
+
+std::string userDataHome() {
+    const char* named = std::getenv("XDG_DATA_HOME");
+    if (named != nullptr && *named != '\0') {
+        return named;
+    }
+    const char* home = std::getenv("HOME");
+    return std::string(home != nullptr ? home : "") + "/.local/share";
+}
+
+/// The child's environment, a text for each variable; made before fork, which must not allocate.
 std::vector<std::string> childEnvironment(const std::filesystem::path& home) {
     std::vector<std::string> variables;
     for (char** entry = environ; *entry != nullptr; ++entry) {
         const std::string_view text(*entry);
-        if (!text.starts_with("HOME=") && !text.starts_with("LISTEN_")) {
+        const std::string_view name = text.substr(0, text.find('='));
+        if (std::find(std::begin(kReplaced), std::end(kReplaced), name) == std::end(kReplaced)) {
             variables.emplace_back(text);
         }
     }
     variables.push_back("HOME=" + home.string());
+    variables.push_back("XDG_DATA_HOME=" + userDataHome());
     variables.emplace_back("LISTEN_FDS=1");
     return variables;
 }
@@ -58,7 +74,7 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     // agent is killed, an extension that is busy with the GPU must not take its time to notice.
     setsid();
     prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != agent) {
+    if (getppid() != agent || prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
         _exit(127);
     }
     // A socket that already stands at its place must still lose its close-on-exec flag.
@@ -180,7 +196,8 @@ void LaunchHost::drain() {
             return;
         }
         auto* received = std::get_if<Received>(&next);
-        if (received == nullptr || received->record.kind != Kind::attached) {
+        const Kind kind = received != nullptr ? received->record.kind : Kind{};
+        if (kind != Kind::attached && kind != Kind::open) {
             // An extension that closes its end, or talks nonsense, is of no more use; its end, when
             // it has come, is reported from its process.
             socketWatch_.reset();
@@ -188,7 +205,11 @@ void LaunchHost::drain() {
             kill(pid_, SIGTERM);
             return;
         }
-        handlers_.attached(received->record.contextID, std::move(received->descriptor));
+        if (kind == Kind::attached) {
+            handlers_.attached(received->record.contextID, std::move(received->descriptor));
+        } else if (handlers_.open) {
+            handlers_.open(received->record.identifier.data());
+        }
     }
 }
 

@@ -27,6 +27,8 @@ struct LaunchRequest {
 struct HostHandlers {
     /// The answer to `attach`: the context's private socket, or none when it does not exist.
     std::function<void(std::uint32_t contextID, FileDescriptor socket)> attached;
+    /// The extension asks for an installed application to be opened. May be empty.
+    std::function<void(const std::string& identifier)> open = {};
     /// The process has ended; `how` reads "exited with status 1" or "was ended by signal 9".
     /// Called once, and nothing after it.
     std::function<void(const std::string& how)> ended;
@@ -37,7 +39,9 @@ struct HostHandlers {
 class LaunchHost {
   public:
     /// Starts the extension with standard input, output and error, the launch socket as descriptor
-    /// 3 and nothing else. The error is a sentence.
+    /// 3 and nothing else, and for good without new privileges. Its home and all that is kept below
+    /// a home by default are its own; XDG_DATA_HOME stays the user's, where desktop entries are
+    /// looked up. The error is a sentence.
     static Result<std::unique_ptr<LaunchHost>, std::string>
     start(MainLoop& loop, const LaunchRequest& request, HostHandlers handlers);
     ~LaunchHost();

@@ -14,6 +14,7 @@ bool isKnown(Kind kind) {
     case Kind::attached:
     case Kind::screens:
     case Kind::tick:
+    case Kind::open:
         return true;
     }
     return false;
@@ -48,6 +49,9 @@ std::variant<Received, Nothing, Ended> LaunchSocket::receive() const {
     if (record.screenCount > kMaxScreens) {
         return Ended{"a launch record of " + std::to_string(record.screenCount) +
                      " screens exceeds the limit of " + std::to_string(kMaxScreens)};
+    }
+    if (record.identifier.back() != '\0') {
+        return Ended{"a launch record's identifier has no end"};
     }
     const bool wanted = mayCarryDescriptor(record.kind);
     if (packet.descriptorCount > 1 || (packet.descriptorCount == 1 && !wanted)) {

@@ -13,6 +13,8 @@ namespace vantor::launch {
 
 inline constexpr int kLaunchDescriptor = 3;
 inline constexpr std::size_t kMaxScreens = 16;
+/// Bytes of an application's identifier, its terminating zero included.
+inline constexpr std::size_t kIdentifierRoom = 128;
 
 enum class Kind : std::uint32_t {
     /// Agent → extension: one more connection; the record carries its stream socket.
@@ -20,13 +22,15 @@ enum class Kind : std::uint32_t {
     /// Agent → extension: show me the remote context `contextID`.
     attach = 2,
     /// Extension → agent: the answer to `attach`, in order. With a descriptor (the context's
-    /// private
-    /// SOCK_SEQPACKET socket), or without one when there is no such context.
+    /// private SOCK_SEQPACKET socket), or without one when there is no such context.
     attached = 3,
     /// Agent → extension: the outputs that exist now; replaces what was said before.
     screens = 4,
     /// Agent → extension: the output `displayID` is about to show a frame.
     tick = 5,
+    /// Extension → agent: open the installed application `identifier`. A confined extension starts
+    /// no programs, and what it started would be confined like it.
+    open = 6,
 };
 
 struct ScreenRecord {
@@ -44,7 +48,9 @@ struct LaunchRecord {
     std::uint32_t displayID;
     std::uint32_t screenCount;
     std::array<ScreenRecord, kMaxScreens> screens;
+    /// Ends with a zero.
+    std::array<char, kIdentifierRoom> identifier;
 };
-static_assert(sizeof(LaunchRecord) == 16 + kMaxScreens * 16);
+static_assert(sizeof(LaunchRecord) == 16 + kMaxScreens * 16 + kIdentifierRoom);
 
 } // namespace vantor::launch

@@ -1,6 +1,6 @@
 #pragma once
 // The extension runtime on Linux. The executable exports its process entry under the name
-// kEntrySymbol; "NSExtensionMain" (exported by this file) re-enters it.
+// kEntrySymbol; "NSExtensionMain" (exported by this file) confines the process and re-enters it.
 
 #include "platform/app_extension.h"
 #include "platform/linux/file_descriptor.h"
@@ -9,8 +9,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
+#include <string>
+#include <vector>
 
 namespace vantor {
 
@@ -24,6 +27,9 @@ struct LaunchConsumers {
     std::function<std::optional<FileDescriptor>(std::uint32_t contextID)> attach;
     std::function<void(std::span<const launch::ScreenRecord>)> screens;
     std::function<void(std::uint32_t displayID)> tick;
+    /// Called once, before there is a connection, with what asks the agent to open an application;
+    /// that may be called on any thread.
+    std::function<void(std::function<void(const std::string& identifier)>)> openThrough;
 };
 
 class LinuxAppExtensionRuntime : public AppExtensionRuntime {
@@ -35,9 +41,12 @@ class LinuxAppExtensionRuntime : public AppExtensionRuntime {
     main(const std::function<std::unique_ptr<AppExtension>()>& makePrincipalObject) override;
 
   private:
+    void connect(AppExtensionConfiguration& configuration, FileDescriptor socket);
+
     MainLoop& loop_;
     const ObjectRuntime& runtime_;
     LaunchConsumers consumers_;
+    std::vector<std::weak_ptr<XPCConnection>> connections_;
 };
 
 } // namespace vantor

@@ -1,14 +1,12 @@
 #include "platform/linux/system/linux_bundle.h"
 
+#include "platform/linux/system/user_home.h"
 #include "platform/property_list.h"
 
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <pwd.h>
 #include <system_error>
-#include <unistd.h>
-#include <vector>
 
 namespace vantor {
 namespace {
@@ -57,19 +55,6 @@ std::filesystem::path LinuxBundle::homeDirectory() const {
     return userDatabaseHome().value_or("/");
 }
 
-std::optional<std::filesystem::path> LinuxBundle::userDatabaseHome() const {
-    if (const char* home = std::getenv("VANTOR_USER_HOME"); home != nullptr && *home != '\0') {
-        return home;
-    }
-    const long suggested = sysconf(_SC_GETPW_R_SIZE_MAX);
-    std::vector<char> buffer(suggested > 0 ? static_cast<std::size_t>(suggested) : 16384);
-    passwd entry{};
-    passwd* found = nullptr;
-    if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) != 0 ||
-        found == nullptr || found->pw_dir == nullptr || *found->pw_dir == '\0') {
-        return std::nullopt;
-    }
-    return found->pw_dir;
-}
+std::optional<std::filesystem::path> LinuxBundle::userDatabaseHome() const { return userHome(); }
 
 } // namespace vantor

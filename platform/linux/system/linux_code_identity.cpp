@@ -1,6 +1,7 @@
 #include "platform/linux/system/linux_code_identity.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <sys/stat.h>
 #include <system_error>
@@ -28,21 +29,41 @@ bool isBelow(const std::filesystem::path& path, const std::filesystem::path& fol
     return end == folder.end() && rest != path.end();
 }
 
-} // namespace
-
-LinuxCodeIdentity::LinuxCodeIdentity(std::filesystem::path installation)
-    : installation_(std::move(installation)) {}
-
-std::unique_ptr<GuestCode> LinuxCodeIdentity::copyGuest(int processIdentifier) {
-    const std::string link = "/proc/" + std::to_string(processIdentifier) + "/exe";
+/// The program that a process runs now; nothing when the process is gone or not ours to examine.
+std::optional<ProgramFile> programOf(pid_t process) {
+    const std::string link = "/proc/" + std::to_string(process) + "/exe";
     std::error_code failed;
     auto path = std::filesystem::read_symlink(link, failed);
     struct stat status {};
     // Through the link, so that what is examined is what runs, whatever stands at the path now.
     if (failed || stat(link.c_str(), &status) != 0) {
-        return nullptr;
+        return std::nullopt;
     }
-    return std::make_unique<ProgramFile>(std::move(path), status);
+    return ProgramFile(std::move(path), status);
+}
+
+struct Launcher {
+    pid_t process = 0;
+    std::optional<ProgramFile> program;
+};
+/// Written before there is a second thread.
+Launcher launcher;
+
+} // namespace
+
+void LinuxCodeIdentity::rememberLauncher() {
+    launcher.process = getppid();
+    launcher.program = programOf(launcher.process);
+}
+
+LinuxCodeIdentity::LinuxCodeIdentity(std::filesystem::path installation)
+    : installation_(std::move(installation)) {}
+
+std::unique_ptr<GuestCode> LinuxCodeIdentity::copyGuest(int processIdentifier) {
+    // A number is the launcher's for as long as it is this process's parent.
+    const bool launched = processIdentifier == launcher.process && getppid() == launcher.process;
+    auto program = launched && launcher.program ? launcher.program : programOf(processIdentifier);
+    return program ? std::make_unique<ProgramFile>(std::move(*program)) : nullptr;
 }
 
 std::unique_ptr<CodeRequirement> LinuxCodeIdentity::requirement(std::string_view text) {

@@ -15,6 +15,10 @@ class LinuxCodeIdentity : public CodeIdentity {
     /// `installation` is the folder below which the running installation's programs stand.
     explicit LinuxCodeIdentity(std::filesystem::path installation);
 
+    /// Examines the process that started this one and remembers what was found: a confined process
+    /// may examine no process outside. While there is one thread.
+    static void rememberLauncher();
+
     std::unique_ptr<GuestCode> copyGuest(int processIdentifier) override;
     std::unique_ptr<CodeRequirement> requirement(std::string_view text) override;
     bool checkValidity(const GuestCode& code, const CodeRequirement& requirement) override;

@@ -23,6 +23,10 @@ LinuxWorkspace::applicationLocation(std::string_view bundleIdentifier) {
 }
 
 void LinuxWorkspace::openApplication(const std::filesystem::path& location) {
+    if (opener_) {
+        opener_(location.stem());
+        return;
+    }
     const AppInfo info(g_desktop_app_info_new_from_filename(location.c_str()));
     if (info) {
         g_app_info_launch(G_APP_INFO(info.get()), nullptr, nullptr, nullptr);

@@ -2,14 +2,17 @@
 
 #include "platform/linux/archive/wire_object.h"
 #include "platform/linux/system/xpc/bus_message.h"
+#include "platform/linux/system/xpc/mailbox.h"
 #include "platform/linux/system/xpc/xpc_wire.h"
 #include "platform/object_runtime.h"
 
+#include <cerrno>
 #include <cstdint>
-#include <mutex>
-#include <sys/epoll.h>
-#include <sys/eventfd.h>
+#include <cstring>
+#include <ctime>
+#include <poll.h>
 #include <sys/socket.h>
+#include <system_error>
 #include <thread>
 #include <unordered_map>
 #include <variant>
@@ -17,51 +20,11 @@
 namespace vantor::xpc {
 namespace {
 
+/// What a refusal of a whole connection is about.
+constexpr std::string_view kConnection = "the connection";
+
 /// What answers a call, in the shape of its operation.
 using Answer = std::variant<Error, std::monostate, Bytes, bool>;
-
-/// Work for a connection's thread. Outlives the connection, whose thread may end at any moment.
-class Mailbox {
-  public:
-    Mailbox() : wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-
-    int descriptor() const { return wake_.get(); }
-
-    /// Any thread. Dropped once the connection is closed.
-    void post(std::function<void()> work) {
-        {
-            const std::scoped_lock guard(lock_);
-            if (closed_) {
-                return;
-            }
-            posted_.push_back(std::move(work));
-        }
-        eventfd_write(wake_.get(), 1);
-    }
-
-    std::vector<std::function<void()>> take() {
-        eventfd_t count = 0;
-        eventfd_read(wake_.get(), &count);
-        std::vector<std::function<void()>> work;
-        const std::scoped_lock guard(lock_);
-        work.swap(posted_);
-        return work;
-    }
-
-    void close() {
-        std::vector<std::function<void()>> dropped;
-        const std::scoped_lock guard(lock_);
-        closed_ = true;
-        dropped.swap(posted_);
-    }
-
-  private:
-    FileDescriptor wake_;
-    /// Guards `posted_` and `closed_`.
-    std::mutex lock_;
-    std::vector<std::function<void()>> posted_;
-    bool closed_ = false;
-};
 
 class BusConnection;
 
@@ -117,6 +80,9 @@ class BusAgentProxy : public AgentProxy {
     std::shared_ptr<Mailbox> mailbox_;
 };
 
+/// Whose thread this is, if a connection's.
+thread_local const BusConnection* threadsConnection = nullptr;
+
 class BusConnection : public XPCConnection, public std::enable_shared_from_this<BusConnection> {
   public:
     BusConnection(Bus bus, int processIdentifier, const ObjectRuntime& runtime)
@@ -142,10 +108,18 @@ class BusConnection : public XPCConnection, public std::enable_shared_from_this<
     }
 
     void resume() override {
-        std::thread([self = shared_from_this()] { self->run(); }).detach();
+        try {
+            std::thread([self = shared_from_this()] { self->run(); }).detach();
+        } catch (const std::system_error& failed) {
+            note(kConnection,
+                 std::string("closed, for no thread can be started: ") + failed.what());
+            end();
+        }
     }
 
     // On the connection's thread from here on.
+
+    bool isOwnThread() const { return threadsConnection == this; }
 
     void answer(std::uint64_t call, const Answer& answer) {
         const auto found = calls_.find(call);
@@ -175,69 +149,146 @@ class BusConnection : public XPCConnection, public std::enable_shared_from_this<
     }
 
     void sendViewModels(const Bytes& archive, std::function<void(std::optional<Error>)> reply) {
-        struct Pending {
-            std::function<void(std::optional<Error>)> reply;
-        };
-        sd_bus_message* made = nullptr;
-        const std::string member =
-            memberOf(info(AgentOperation::updateSettingsViewModels).selector);
-        if (!bus_ || sd_bus_message_new_method_call(bus_.get(), &made, nullptr, kObjectPath,
-                                                    kAgentInterface, member.c_str()) < 0) {
+        if (!bus_) {
             reply(transportError(TransportError::disconnected, "the agent is gone"));
             return;
         }
-        const Message call(made);
-        auto pending = std::make_unique<Pending>(Pending{std::move(reply)});
-        const auto answered = [](sd_bus_message* message, void* data, sd_bus_error*) {
-            const std::unique_ptr<Pending> owned(static_cast<Pending*>(data));
-            owned->reply(sd_bus_message_is_method_error(message, nullptr) > 0
-                             ? std::optional(errorOf(message))
-                             : std::nullopt);
-            return 0;
-        };
-        if (!appendBytes(call.get(), archive) ||
-            sd_bus_call_async(bus_.get(), nullptr, call.get(), answered, pending.get(), 0) < 0) {
-            pending->reply(transportError(TransportError::disconnected, "the agent is gone"));
+        sd_bus_message* made = nullptr;
+        const std::string member =
+            memberOf(info(AgentOperation::updateSettingsViewModels).selector);
+        if (pushes_.size() >= kMaxOutstandingCalls ||
+            sd_bus_message_new_method_call(bus_.get(), &made, nullptr, kObjectPath, kAgentInterface,
+                                           member.c_str()) < 0) {
+            reply(transportError(TransportError::tooManyCalls, "the agent answers no calls"));
             return;
         }
-        // The bus calls back exactly once, also when the peer goes.
-        static_cast<void>(pending.release());
+        const Message call(made);
+        const std::uint64_t number = nextCall_++;
+        Push& push = pushes_[number];
+        push = {.connection = this, .number = number, .reply = std::move(reply), .slot = nullptr};
+        sd_bus_slot* slot = nullptr;
+        if (!appendBytes(call.get(), archive) ||
+            sd_bus_call_async(bus_.get(), &slot, call.get(), pushed, &push, 0) < 0) {
+            finish(number, transportError(TransportError::disconnected, "the agent is gone"));
+            return;
+        }
+        push.slot.reset(slot);
     }
 
   private:
+    /// A call of the agent that waits for its reply.
+    struct Push {
+        BusConnection* connection;
+        std::uint64_t number;
+        std::function<void(std::optional<Error>)> reply;
+        Slot slot;
+    };
+
+    static int pushed(sd_bus_message* message, void* data, sd_bus_error*) {
+        const auto* push = static_cast<Push*>(data);
+        push->connection->finish(push->number, sd_bus_message_is_method_error(message, nullptr) > 0
+                                                   ? std::optional(errorOf(message))
+                                                   : std::nullopt);
+        return 0;
+    }
+
+    void finish(std::uint64_t push, const std::optional<Error>& error) {
+        const auto node = pushes_.extract(push);
+        node.mapped().reply(error);
+    }
+
     void run() {
-        sd_event* made = nullptr;
-        if (sd_event_new(&made) >= 0) {
-            event_.reset(made);
-            sd_bus_add_filter(bus_.get(), nullptr, filtered, this);
-            if (sd_event_add_io(event_.get(), nullptr, mailbox_->descriptor(), EPOLLIN, mailArrived,
-                                this) >= 0 &&
-                sd_bus_attach_event(bus_.get(), event_.get(), SD_EVENT_PRIORITY_NORMAL) >= 0 &&
-                sd_bus_start(bus_.get()) >= 0) {
-                sd_event_loop(event_.get());
+        threadsConnection = this;
+        sd_bus_add_filter(bus_.get(), nullptr, filtered, this);
+        if (const int status = sd_bus_start(bus_.get()); status < 0) {
+            noteBrokenProtocol(status);
+        } else {
+            while (serveReady()) {
+                waitForMore();
             }
         }
-        mailbox_->close();
-        calls_.clear();
+        end();
+    }
+
+    /// The connection's last words; nothing is delivered after them.
+    void end() {
         bus_.reset();
-        event_.reset();
+        calls_.clear();
+        for (const auto& work : mailbox_->close()) {
+            work();
+        }
+        while (!pushes_.empty()) {
+            finish(pushes_.begin()->first,
+                   transportError(TransportError::disconnected, "the agent is gone"));
+        }
         if (const auto handler = std::exchange(invalidated_, nullptr)) {
             handler();
         }
         object_.reset();
     }
 
-    static int mailArrived(sd_event_source*, int, std::uint32_t, void* data) {
-        for (const auto& work : static_cast<BusConnection*>(data)->mailbox_->take()) {
-            work();
+    /// Handles what has arrived; false when the connection is over.
+    bool serveReady() {
+        while (true) {
+            for (const auto& work : mailbox_->take()) {
+                work();
+            }
+            const int status = sd_bus_process(bus_.get(), nullptr);
+            if (gone_) {
+                return false;
+            }
+            if (status < 0) {
+                noteBrokenProtocol(status);
+                return false;
+            }
+            if (!keepsUp()) {
+                note(kConnection, "closed, for it leaves more than " +
+                                      std::to_string(kMaxUnreadMessages) + " messages unread");
+                return false;
+            }
+            if (status == 0) {
+                return true;
+            }
         }
-        return 0;
+    }
+
+    void noteBrokenProtocol(int status) {
+        note(kConnection,
+             std::string("closed, for it broke the protocol: ") + std::strerror(-status));
+    }
+
+    bool keepsUp() const {
+        std::uint64_t unread = 0;
+        return sd_bus_get_n_queued_write(bus_.get(), &unread) < 0 || unread <= kMaxUnreadMessages;
+    }
+
+    void waitForMore() const {
+        constexpr std::uint64_t kMicrosecondsPerSecond = 1000000;
+        std::uint64_t due = UINT64_MAX;
+        sd_bus_get_timeout(bus_.get(), &due);
+        timespec rest{};
+        if (due != UINT64_MAX) {
+            timespec now{};
+            clock_gettime(CLOCK_MONOTONIC, &now);
+            const std::uint64_t elapsed =
+                static_cast<std::uint64_t>(now.tv_sec) * kMicrosecondsPerSecond +
+                static_cast<std::uint64_t>(now.tv_nsec) / 1000;
+            const std::uint64_t left = due > elapsed ? due - elapsed : 0;
+            rest = {.tv_sec = static_cast<time_t>(left / kMicrosecondsPerSecond),
+                    .tv_nsec = static_cast<long>(left % kMicrosecondsPerSecond) * 1000};
+        }
+        const int events = sd_bus_get_events(bus_.get());
+        pollfd waited[] = {{.fd = sd_bus_get_fd(bus_.get()),
+                            .events = static_cast<short>(events < 0 ? 0 : events),
+                            .revents = 0},
+                           {.fd = mailbox_->descriptor(), .events = POLLIN, .revents = 0}};
+        ppoll(waited, std::size(waited), due == UINT64_MAX ? nullptr : &rest, nullptr);
     }
 
     static int filtered(sd_bus_message* message, void* data, sd_bus_error*) {
         auto* self = static_cast<BusConnection*>(data);
         if (isDisconnection(message)) {
-            sd_event_exit(self->event_.get(), 0);
+            self->gone_ = true;
             return 0;
         }
         if (!isMethodCall(message)) {
@@ -305,14 +356,22 @@ class BusConnection : public XPCConnection, public std::enable_shared_from_this<
     }
 
     void refuse(sd_bus_message* message, std::string_view operation, const Error& error) {
-        if (refused_) {
-            refused_(std::string(operation) + " from pid " + std::to_string(processIdentifier_) +
-                     ": " + error.message);
-        }
+        note(operation, error.message);
         replyError(message, error);
     }
 
-    Event event_;
+    /// Says what was refused and why, unless the peer has been spoken of often enough.
+    void note(std::string_view what, const std::string& why) {
+        if (!refused_ || noted_ == kMaxNotedRefusals) {
+            return;
+        }
+        const std::string peer = " from pid " + std::to_string(processIdentifier_) + ": ";
+        refused_(std::string(what) + peer + why);
+        if (++noted_ == kMaxNotedRefusals) {
+            refused_("more" + peer + "no further refusal of this connection is noted");
+        }
+    }
+
     Bus bus_;
     int processIdentifier_;
     const ObjectRuntime& runtime_;
@@ -322,12 +381,21 @@ class BusConnection : public XPCConnection, public std::enable_shared_from_this<
     std::shared_ptr<ExportedObject> object_;
     std::function<void()> invalidated_;
     std::function<void(const std::string&)> refused_;
+    /// The peer closed its end.
+    bool gone_ = false;
+    /// How often `refused_` was called for this peer.
+    std::size_t noted_ = 0;
     /// Calls that wait for their reply, by number.
     std::unordered_map<std::uint64_t, Message> calls_;
+    std::unordered_map<std::uint64_t, Push> pushes_;
     std::uint64_t nextCall_ = 0;
 };
 
 void BusReplySink::deliver(Answer answer) {
+    if (const auto alive = connection_.lock(); alive && alive->isOwnThread()) {
+        alive->answer(call_, answer);
+        return;
+    }
     mailbox_->post([connection = connection_, call = call_, answer = std::move(answer)] {
         if (const auto alive = connection.lock()) {
             alive->answer(call, answer);
@@ -342,12 +410,15 @@ void BusAgentProxy::updateSettingsViewModels(const ObjectRef& viewModels,
         reply(archive.error());
         return;
     }
-    mailbox_->post(
-        [connection = connection_, bytes = std::move(*archive), reply = std::move(reply)] {
+    const bool posted =
+        mailbox_->post([connection = connection_, bytes = std::move(*archive), reply] {
             if (const auto alive = connection.lock()) {
                 alive->sendViewModels(bytes, reply);
             }
         });
+    if (!posted) {
+        reply(transportError(TransportError::disconnected, "the agent is gone"));
+    }
 }
 
 } // namespace

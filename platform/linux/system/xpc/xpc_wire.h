@@ -45,6 +45,12 @@ Error transportError(TransportError code, std::string message);
 inline constexpr std::size_t kMaxMessageBytes = 16U << 20U;
 /// Calls of one connection that have not been answered.
 inline constexpr std::size_t kMaxOutstandingCalls = 64;
+/// Replies and calls that wait for the peer to read them; a peer with more is closed.
+inline constexpr std::size_t kMaxUnreadMessages = 256;
+/// Refusals of one connection that are noted; a peer cannot fill the log.
+inline constexpr std::size_t kMaxNotedRefusals = 16;
+/// Connections that are served at a time.
+inline constexpr std::size_t kMaxConnections = 128;
 
 /// The member that stands for a selector.
 std::string memberOf(std::string_view selector);

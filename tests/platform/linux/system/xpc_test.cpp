@@ -81,6 +81,9 @@ class XPCTest : public testing::Test {
         const ClassSet strings{runtime.classNamed("NSString")};
         exported.setClasses(strings, kInvalidateSlot);
         exported.setClasses(strings, {"handleDebugRequestFor:reply:", 0, false});
+        exported.setClasses(
+            {runtime.classNamed("NSNumber")},
+            {"addChoiceRequestWithChoiceRequest:onBehalfOfProcess:reply:", 0, false});
         connection->setExportedInterface(std::move(exported));
         connection->setExportedObject(end.object);
         connection->setInvalidationHandler([this] { ++invalidations; });
@@ -169,6 +172,16 @@ TEST_F(XPCTest, AForbiddenClassIsRefusedLoggedAndTheConnectionStaysUp) {
         EXPECT_EQ(refusals[0].find("invalidateWithId:reply: from pid "), 0U) << refusals[0];
     }
     EXPECT_FALSE(call(*end.client, WallpaperOperation::invalidate, text("b")).error);
+}
+
+TEST_F(XPCTest, AReplyOfAClassThatIsNotExpectedIsAnErrorOfItsCall) {
+    End end = connect();
+    const CallResult echoed = call(*end.client, WallpaperOperation::addChoiceRequest, number(7));
+    ASSERT_TRUE(echoed.error);
+    EXPECT_EQ(echoed.error->code, static_cast<int>(TransportError::badReply));
+    EXPECT_EQ(echoed.object, nullptr);
+    EXPECT_EQ(call(*end.client, WallpaperOperation::handleDebugRequest, text("a")).error,
+              std::nullopt);
 }
 
 TEST_F(XPCTest, ASlotWithoutASetCarriesNothing) {

@@ -1,0 +1,9 @@
+#pragma once
+// What the project uses of Uniform Type Identifiers. Pages: "UTType", "png".
+
+#include <Foundation/Foundation.h>
+
+@interface UTType : NSObject
+@property(readonly) NSString* identifier;
+@end
+extern "C" UTType* const UTTypePNG;
