@@ -305,6 +305,7 @@ class Lowerer {
     void useGlobal(Value variable);
 
     bool spend(Range range);
+    bool spendWays(size_t ways, size_t values);
     void error(Range range, std::string message) { diagnostics_.error(range, std::move(message)); }
 
     ir::Module& module_;
@@ -323,6 +324,11 @@ class Lowerer {
     std::vector<Logged> log_;
     std::vector<uint32_t> stamps_; // of each ssa variable: the last collection that saw it
     uint32_t stamp_ = 0;
+    // Memory that merges share.
+    std::vector<uint32_t> slots_; // of each ssa variable: where it stands in the next
+    std::vector<uint32_t> mergeVariables_;
+    std::vector<Value> mergeValues_;
+    std::vector<uint32_t> mergePairs_;
     std::vector<Binding> globals_;
     std::vector<HoistedLoad> hoisted_;
     std::deque<Binding> choices_;
@@ -339,6 +345,8 @@ class Lowerer {
     std::vector<uint32_t> usedSamplers_;
     uint32_t depth_ = 0;
     uint32_t steps_ = 0;
+    uint64_t mergedValues_ = 0;
+    Range spentOn_; // what is being lowered
     bool stopped_ = false;
     bool usesInt64_ = false;
     bool usesSubgroups_ = false;

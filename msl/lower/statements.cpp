@@ -33,6 +33,9 @@ Lowerer::Edge Lowerer::edge(size_t mark) {
     Edge result;
     result.from = builder_.current();
     result.returned = frame_->returned;
+    if (!spendWays(1, (log_.size() - mark) / 32)) {
+        return result;
+    }
     ++stamp_;
     for (size_t i = mark; i < log_.size(); ++i) {
         const uint32_t variable = log_[i].variable;
@@ -57,44 +60,42 @@ void Lowerer::merge(BlockId block, std::vector<Edge>& edges) {
         allReturned = allReturned && way.returned;
     }
     frame_->returned = allReturned;
-    std::vector<uint32_t> variables;
+    // What each edge brings for each variable that any of them changes, one row per edge.
+    auto& variables = mergeVariables_;
+    variables.clear();
     ++stamp_;
+    slots_.resize(current_.size());
     for (const auto& way : edges) {
         for (const auto& change : way.changes) {
             if (stamps_[change.variable] != stamp_) {
                 stamps_[change.variable] = stamp_;
+                slots_[change.variable] = static_cast<uint32_t>(variables.size());
                 variables.push_back(change.variable);
             }
         }
     }
-    // Edges list their changes in different orders; a table makes finding them cheap.
-    std::unordered_map<uint64_t, Value> changed;
-    if (edges.size() * variables.size() > 16) {
-        for (size_t i = 0; i < edges.size(); ++i) {
-            for (const auto& change : edges[i].changes) {
-                changed.emplace((uint64_t{i} << 32U) | change.variable, change.value);
-            }
+    if (!spendWays(edges.size(), edges.size() * variables.size())) {
+        return;
+    }
+    auto& values = mergeValues_;
+    values.clear();
+    for (const auto& way : edges) {
+        const size_t row = values.size();
+        for (const uint32_t variable : variables) {
+            values.push_back(current_[variable]);
+        }
+        for (const auto& change : way.changes) {
+            values[row + slots_[change.variable]] = change.value;
         }
     }
-    const auto valueOn = [&](size_t index, uint32_t variable) {
-        if (!changed.empty()) {
-            const auto found = changed.find((uint64_t{index} << 32U) | variable);
-            return found == changed.end() ? current_[variable] : found->second;
-        }
-        for (const auto& change : edges[index].changes) {
-            if (change.variable == variable) {
-                return change.value;
-            }
-        }
-        return current_[variable];
-    };
-    for (const uint32_t variable : variables) {
-        std::vector<uint32_t> pairs;
+    auto& pairs = mergePairs_;
+    for (size_t slot = 0; slot < variables.size(); ++slot) {
+        pairs.clear();
         bool same = true;
         bool missing = false;
         ir::TypeId type = ir::kVoid;
         for (size_t i = 0; i < edges.size(); ++i) {
-            const Value value = module_.resolve(valueOn(i, variable));
+            const Value value = module_.resolve(values[i * variables.size() + slot]);
             missing = missing || value == ir::kNoValue;
             same = same && (i == 0 || value == pairs[0]);
             pairs.push_back(value);
@@ -103,12 +104,12 @@ void Lowerer::merge(BlockId block, std::vector<Edge>& edges) {
         }
         if (missing) {
             // Declared on one way only: nothing can name it here.
-            setVariable(variable, ir::kNoValue);
+            setVariable(variables[slot], ir::kNoValue);
         } else if (same) {
-            setVariable(variable, pairs[0]);
+            setVariable(variables[slot], pairs[0]);
         } else {
             const Value phi = builder_.phi(block, type, static_cast<uint32_t>(pairs.size()));
-            setVariable(variable, builder_.finishPhi(phi, pairs));
+            setVariable(variables[slot], builder_.finishPhi(phi, pairs));
         }
     }
 }
@@ -477,6 +478,9 @@ void Lowerer::multiway(const tree::Stmt* stmt) {
         } else {
             cases.push_back({static_cast<uint32_t>(label.value), sections.back().second});
         }
+    }
+    if (!spendWays(stmt->cases.size(), 0)) {
+        return;
     }
     frame_->breakables.push_back({false, mark, after, ir::kNoBlock, {}, {}});
     const Edge entering = edge(mark);

@@ -300,7 +300,12 @@ tree::Expr* Sema::nameExpression(const ast::Expr* expr) {
     switch (symbol->kind) {
     case SymbolKind::variable:
         if (symbol->variable == nullptr) {
-            return nullptr; // its declaration was wrong and has been reported
+            // Its declaration was wrong and has been reported, or has not come to its end.
+            if (!diagnostics_.hasErrors()) {
+                error(expr->range,
+                      "'" + std::string(name.name->text) + "' stands in its own value");
+            }
+            return nullptr;
         }
         symbol->variable->isUsed = true;
         return variableExpr(symbol->variable, expr->range);

@@ -25,6 +25,8 @@ inline constexpr uint32_t kMaxConstantScalars = 1U << 14;  // in a value known w
 inline constexpr uint32_t kMaxLoweringDepth = 1600;        // nested statements, expressions, calls
 inline constexpr uint32_t kMaxLoweringSteps = 4U << 20;    // statements and expressions in all
 inline constexpr uint32_t kMaxInstructions = 1U << 20;
+inline constexpr uint32_t kMaxWays = 1U << 14;         // into one place, or cases of one switch
+inline constexpr uint32_t kMaxMergedValues = 1U << 23; // that ways bring to where they meet, in all
 inline constexpr uint32_t kMaxErrors = 20;
 
 } // namespace msl

@@ -44,16 +44,13 @@ class Section {
 class Emitter {
   public:
     explicit Emitter(const Module& module)
-        : module_(module), used_(module.instructions.size(), false),
-          ids_(module.instructions.size(), 0), types_(module.types.size(), 0),
-          blocks_(module.blocks.size(), 0) {}
+        : module_(module), used_(usedValues(module)), ids_(module.instructions.size(), 0),
+          types_(module.types.size(), 0), blocks_(module.blocks.size(), 0) {}
 
     std::vector<uint32_t> run();
 
   private:
     uint32_t newId() { return nextId_++; }
-    void markUsed();
-    void use(Value value, std::vector<Value>& work);
     uint32_t idOf(Value value);
     uint32_t typeId(TypeId type);
     uint32_t blockId(BlockId block);
@@ -90,63 +87,6 @@ class Emitter {
     uint32_t extended_ = 0;
     uint32_t functionType_ = 0;
 };
-
-void Emitter::use(Value value, std::vector<Value>& work) {
-    value = module_.resolve(value);
-    if (value != kNoValue && !used_[value]) {
-        used_[value] = true;
-        work.push_back(value);
-    }
-}
-
-// Everything that an effect, a branch or the interface needs, directly or through other values.
-void Emitter::markUsed() {
-    std::vector<Value> work;
-    for (const auto& function : module_.functions) {
-        for (const BlockId id : function.layout) {
-            const Block& at = module_.blocks[id];
-            if (at.condition != kNoValue) {
-                use(at.condition, work);
-            }
-            for (Value value = at.first; value != kNoValue;
-                 value = module_.instructions[value].next) {
-                if (info(module_.instructions[value].op).sideEffect) {
-                    use(value, work);
-                }
-            }
-        }
-        for (const Value variable : function.interface) {
-            use(variable, work);
-        }
-    }
-    for (const auto& item : module_.globals) {
-        if (item.initializer != kNoValue) {
-            use(item.initializer, work);
-        }
-    }
-    while (!work.empty()) {
-        const Value value = work.back();
-        work.pop_back();
-        const auto& instruction = module_.instructions[value];
-        const auto operands = module_.operandsOf(instruction);
-        if (instruction.op == Op::constant) {
-            continue;
-        }
-        if (instruction.op == Op::phi) {
-            for (size_t i = 0; i < operands.size(); i += 2) {
-                use(operands[i], work);
-            }
-            continue;
-        }
-        const auto literals = info(instruction.op).literals;
-        const size_t values = literals == Literals::allButFirst ? 1
-                              : literals == Literals::allButTwo ? 2
-                                                                : operands.size();
-        for (size_t i = 0; i < std::min(values, operands.size()); ++i) {
-            use(operands[i], work);
-        }
-    }
-}
 
 uint32_t Emitter::idOf(Value value) {
     value = module_.resolve(value);
@@ -537,10 +477,7 @@ void Emitter::instruction(Value value) {
         code_.add(extended_);
         code_.add(item.extra);
     }
-    size_t values = operands.size();
-    if (row.literals != Literals::none) {
-        values = row.literals == Literals::allButFirst ? 1 : 2;
-    }
+    const size_t values = module_.valuesOf(item).size();
     size_t maskAt = operands.size() + 1;
     if (item.op >= Op::sampleImplicit && item.op <= Op::drefGather && item.extra != 0) {
         const bool three = item.op == Op::sampleDrefImplicit || item.op == Op::sampleDrefExplicit ||
@@ -673,7 +610,6 @@ void Emitter::function(const Function& item) {
 
 std::vector<uint32_t> Emitter::run() {
     extended_ = newId();
-    markUsed();
     for (const Value value : module_.constants) {
         if (used_[value]) {
             constant(value);
