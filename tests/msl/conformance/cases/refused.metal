@@ -96,3 +96,7 @@ thread float* p; return *p;
 //! body
 texture2d<float> t = v.one > 0 ? a : b; return t.read(uint2(0));
 //! refused a condition cannot choose between values of 'texture2d<float>'
+//! case OneColourGivenTwice
+struct Out { float4 a [[color(0)]]; float4 b [[color(0)]]; };
+fragment Out f_main() { return {float4(5), float4(1)}; }
+//! refused the colour 0 is given by two outputs
