@@ -291,6 +291,16 @@ bool Lowerer::outputValue(const Type* type, std::span<const ast::Attribute> attr
             }
             global.index = *number;
         }
+        for (const auto& other : module_.globals) {
+            const auto& used = function_->interface;
+            if (other.storage == ir::Storage::output && other.hasLocation &&
+                other.location == global.location && other.index == global.index &&
+                std::find(used.begin(), used.end(), other.variable) != used.end()) {
+                error(range,
+                      "the colour " + std::to_string(global.location) + " is given by two outputs");
+                return false;
+            }
+        }
     }
     if (crossing == ir::kVoid) {
         error(range, "an output of the type '" + toText(type) + "' is not supported");

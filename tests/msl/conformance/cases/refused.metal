@@ -86,3 +86,7 @@ int2 a = int2(1) + 0.5; return 0;
 //! body
 thread float* p; return *p;
 //! refused this pointer's target is not known when compiling
+//! case OneColourGivenTwice
+struct Out { float4 a [[color(0)]]; float4 b [[color(0)]]; };
+fragment Out f_main() { return {float4(5), float4(1)}; }
+//! refused the colour 0 is given by two outputs
