@@ -23,17 +23,37 @@ WALLPAPERS = [
     "builtin.topo-contours-dark", "builtin.topo-isometric", "aurora", "plasma",
 ]
 
+# Sizes of compiled wallpapers, and the aims for their time.
+COMPILED = {"1k": 0.3, "4k": 0.4, "21k": 0.5}
+
 ROWS = [
-    Row("compile the circuit board, warm", "msl/compile_pcb/ours_warm",
-        against="msl/compile_pcb/glslang_warm", aim="ratio <= 1.0"),
-    Row("compile the circuit board, first in process", "msl/compile_pcb/ours_first",
-        against="msl/compile_pcb/glslang_first", aim="ratio <= 0.1"),
+    *[Row(f"compile a wallpaper of {size}B, warm", f"msl/compile_{size}/ours_warm",
+          against=f"msl/compile_{size}/glslang_warm", aim=f"ratio <= {aim}")
+      for size, aim in COMPILED.items()],
+    *[Row(f"compile a wallpaper of {size}B, first in process", f"msl/compile_{size}/ours_first",
+          against=f"msl/compile_{size}/glslang_first", aim="ratio <= 0.02") for size in COMPILED],
+    *[Row(f"heap allocations of compiling {size}B", f"msl/compile_{size}/ours_warm",
+          against=f"msl/compile_{size}/glslang_warm", counter="allocations", unit="count",
+          aim="ratio <= 0.1") for size in COMPILED],
+    *[Row(f"size of the module of {size}B", f"msl/compile_{size}/ours_warm",
+          against=f"msl/compile_{size}/glslang_warm", counter="words", unit="words")
+      for size in COMPILED],
+    Row("compile a source of 200 kB, per kB", "msl/long_200k", against="msl/long_20k",
+        counter="us_per_kb", aim="ratio <= 1.25"),
     Row("main-thread CPU per frame, trivial shader", "frame/trivial/ours",
         against="frame/trivial/bare", aim="value <= 60 us"),
     Row("own heap allocations per steady frame", "frame/trivial/ours", counter="allocations",
         unit="count", aim="value <= 0"),
     *[Row(f"frame of {name}, 1280x720", f"wallpaper/{name}/ours",
-          against=f"wallpaper/{name}/glslang", aim="ratio <= 1.0") for name in WALLPAPERS],
+          against=f"wallpaper/{name}/{road}", aim="ratio <= 1.0")
+      for name in WALLPAPERS for road in ("glslang", "glslang_opt")],
+    *[Row(f"frame of {name}, 640x360", f"wallpaper/{name}/640x360",
+          against="wallpaper/plasma/640x360",
+          aim="ratio <= 40" if name == "builtin.elec-pcb" else "ratio <= 10")
+      for name in WALLPAPERS if name != "plasma"],
+    # Nine times the pixels, and a little for what caches no longer hold.
+    *[Row(f"frame of {name}, 1920x1080", f"wallpaper/{name}/1920x1080",
+          against=f"wallpaper/{name}/640x360", aim="ratio <= 9.5") for name in WALLPAPERS],
     Row("frame through the whole road, 1920x1080", "road/whole", against="road/offscreen",
         aim="ratio <= 1.15"),
     Row("compositing a hosted frame, 1920x1080", "composite/ours", against="composite/copy",

@@ -4,6 +4,7 @@
 #include "msl/library/prelude.h"
 #include "msl/lower/lower.h"
 #include "msl/msl.h"
+#include "msl/optimize/optimize.h"
 #include "msl/parser/parser.h"
 #include "msl/preprocessor/preprocessor.h"
 #include "msl/sema/sema.h"
@@ -71,6 +72,7 @@ std::optional<Module> compileStages(const SourceManager::File& file, SourceManag
         return std::nullopt;
     }
 
+    optimize(form);
     result.words = emitSpirv(form);
     return result;
 }

@@ -167,6 +167,9 @@ struct Module {
     std::vector<EntryPoint> entryPoints; // in the order of the source
     std::vector<FunctionConstant> constants{};
     bool usesInt64 = false; // needs the device feature shaderInt64
+    // Needs subgroup operations in fragment functions: vote, arithmetic, ballot, shuffle, relative
+    // shuffle and quad.
+    bool usesSubgroups = false;
 };
 
 struct Options {

@@ -127,12 +127,8 @@ class Checker {
     void checkInstruction(Value value) {
         const auto& instruction = module_.instructions[value];
         const auto operands = module_.operandsOf(instruction);
-        const auto literals = info(instruction.op).literals;
-        const size_t values = literals == Literals::allButFirst ? 1
-                              : literals == Literals::allButTwo ? 2
-                                                                : operands.size();
-        for (size_t i = 0; i < std::min(values, operands.size()); ++i) {
-            checkOperand(value, operands[i]);
+        for (const Value operand : module_.valuesOf(instruction)) {
+            checkOperand(value, operand);
         }
         const auto typeAt = [&](size_t i) {
             return module_.instructions[module_.resolve(operands[i])].type;

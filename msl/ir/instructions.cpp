@@ -25,8 +25,9 @@ Value Builder::emit(Op op, TypeId wanted, std::span<const uint32_t> operands, ui
 }
 
 Value Builder::phi(BlockId block, TypeId wanted, uint32_t operandRoom) {
-    const std::vector<uint32_t> room(operandRoom, 0);
-    const Value value = append({.op = Op::phi, .type = wanted}, room);
+    const Value value = append({.op = Op::phi, .type = wanted}, {});
+    module_.instructions[value].operandCount = static_cast<uint16_t>(operandRoom);
+    module_.operands.resize(module_.operands.size() + operandRoom, 0);
     auto& owner = module_.blocks[block];
     if (owner.firstPhi == kNoValue) {
         owner.firstPhi = value;

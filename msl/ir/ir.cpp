@@ -1,5 +1,6 @@
 #include "msl/ir/ir.h"
 
+#include <algorithm>
 #include <array>
 
 #include <spirv/unified1/spirv.hpp>
@@ -134,6 +135,7 @@ constexpr std::array<OpInfo, static_cast<size_t>(Op::count)> kOps{
     atomic("atomic_and", spv::OpAtomicAnd),
     atomic("atomic_or", spv::OpAtomicOr),
     atomic("atomic_xor", spv::OpAtomicXor),
+    row("subgroup", spv::OpNop, Literals::none, true),
 };
 
 } // namespace
@@ -156,6 +158,21 @@ Module::Module() {
     instructions.reserve(4096);
     operands.reserve(16384);
     replaced.reserve(4096);
+}
+
+std::span<const Value> Module::valuesOf(const Instruction& instruction) const {
+    size_t count = instruction.operandCount;
+    switch (info(instruction.op).literals) {
+    case Literals::none:
+        break;
+    case Literals::allButFirst:
+        count = std::min<size_t>(count, 1);
+        break;
+    case Literals::allButTwo:
+        count = std::min<size_t>(count, 2);
+        break;
+    }
+    return operandsOf(instruction).first(count);
 }
 
 } // namespace msl::ir

@@ -195,6 +195,9 @@ enum class Op : uint8_t {
     atomicAnd,
     atomicOr,
     atomicXor,
+    // Across a subgroup: the instruction of the number in the lower half of `extra`, with the group
+    // operation of the number in its upper half less one.
+    subgroup,
     count,
 };
 
@@ -271,6 +274,8 @@ enum class BuiltIn : uint8_t {
     primitiveId,
     layer,
     viewportIndex,
+    subgroupThread,
+    subgroupSize,
 };
 
 // What stands behind a variable of the module.
@@ -327,12 +332,18 @@ struct Module {
     std::span<const uint32_t> operandsOf(const Instruction& instruction) const {
         return {operands.data() + instruction.firstOperand, instruction.operandCount};
     }
+    // The operands of an instruction other than a phi that are values; what follows are numbers.
+    std::span<const Value> valuesOf(const Instruction& instruction) const;
     const TypeInfo& typeOf(Value value) const { return types[instructions[value].type]; }
 };
 
 inline TypeId vectorOf(TypeId scalar, uint32_t count) {
     return count == 1 ? scalar : kFirstVector + (scalar - kBool) * 3 + count - 2;
 }
+
+// Of every value, whether an effect, a branch or the interface needs it, directly or through
+// others.
+std::vector<bool> usedValues(const Module& module);
 
 // Readable text, for tests and people.
 std::string print(const Module& module);

@@ -67,9 +67,7 @@ void printInstruction(const Module& module, Value value, std::string& text) {
         text += "#" + std::to_string(instruction.extra);
     }
     const auto operands = module.operandsOf(instruction);
-    const size_t values = row.literals == Literals::allButFirst ? 1
-                          : row.literals == Literals::allButTwo ? 2
-                                                                : operands.size();
+    const size_t values = module.valuesOf(instruction).size();
     for (size_t i = 0; i < operands.size(); ++i) {
         const bool block = instruction.op == Op::phi && i % 2 == 1;
         text += " " + (block        ? "b" + std::to_string(operands[i])
@@ -134,7 +132,9 @@ std::string print(const Module& module) {
             }
             for (Value value = block.first; value != kNoValue;
                  value = module.instructions[value].next) {
-                printInstruction(module, value, text);
+                if (module.resolve(value) == value) {
+                    printInstruction(module, value, text);
+                }
             }
             printTerminator(module, block, text);
         }

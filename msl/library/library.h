@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "msl/ir/ir.h"
 #include "msl/lexer/name.h"
@@ -126,6 +127,14 @@ enum class Special : uint8_t {
     clampedLod,
     unclampedLod,
     fence,
+    // Across a SIMD group: the codes are SPIR-V's instructions.
+    groupReduce,
+    groupInclusive,
+    groupExclusive,
+    groupPlain,
+    quadReduce,  // the codes are ir::Op; without them the smaller, or (signedCode) the greater
+    quadShuffle, // by the thread's number
+    quadMove,    // floatCode is the ir::Op that makes the number from the thread's own
 };
 
 // A signature is the result's letter followed by the parameters':
@@ -147,6 +156,7 @@ struct LibraryFunction {
 // The overloads of a name, found once per name and compilation.
 std::span<const LibraryFunction> findLibraryFunctions(Name name);
 const LibraryFunction* findTextureMember(std::string_view name);
+std::vector<std::string_view> textureMemberNames();
 // Every name in the table, for suggestions.
 std::span<const LibraryFunction> allLibraryFunctions();
 

@@ -28,6 +28,7 @@ constexpr std::string_view kNames[] = {
     "is_unsigned_v",
     "is_vector",
     "is_vector_v",
+    "madsat",
     "make_scalar",
     "make_scalar_t",
     "make_signed",
@@ -35,6 +36,12 @@ constexpr std::string_view kNames[] = {
     "make_unsigned",
     "make_unsigned_t",
     "numeric_limits",
+    "pack_float_to_srgb_unorm4x8",
+    "pack_float_to_unorm10a2",
+    "pack_float_to_unorm565",
+    "pack_half_to_srgb_unorm4x8",
+    "pack_half_to_unorm10a2",
+    "pack_half_to_unorm565",
     "remove_const",
     "remove_const_t",
     "remove_cv",
@@ -42,6 +49,12 @@ constexpr std::string_view kNames[] = {
     "remove_reference",
     "remove_reference_t",
     "true_type",
+    "unpack_unorm10a2_to_float",
+    "unpack_unorm10a2_to_half",
+    "unpack_unorm4x8_srgb_to_float",
+    "unpack_unorm4x8_srgb_to_half",
+    "unpack_unorm565_to_float",
+    "unpack_unorm565_to_half",
 };
 
 // After the headers metal_type_traits and metal_limits of the published language.
@@ -145,6 +158,58 @@ template <> struct numeric_limits<half> {
 #undef TRAIT
 #undef TRAIT_OF
 #undef LIMITS_OF
+
+inline int madsat(int a, int b, int c) {
+    int high = mulhi(a, b);
+    uint low = uint(a * b);
+    uint sum = low + uint(c);
+    high += (c >> 31) + (sum < low ? 1 : 0);
+    return high == (int(sum) >> 31) ? int(sum) : high < 0 ? -2147483647 - 1 : 2147483647;
+}
+inline uint madsat(uint a, uint b, uint c) {
+    uint low = a * b;
+    uint sum = low + c;
+    return mulhi(a, b) + (sum < low ? 1u : 0u) != 0 ? 4294967295u : sum;
+}
+#define MADSAT_OF(type, low, high) inline type madsat(type a, type b, type c) { return type(clamp(int(a) * int(b) + int(c), low, high)); }
+MADSAT_OF(char, -128, 127)
+MADSAT_OF(uchar, 0, 255)
+MADSAT_OF(short, -32768, 32767)
+#undef MADSAT_OF
+inline ushort madsat(ushort a, ushort b, ushort c) { return ushort(min(uint(a) * uint(b) + uint(c), 65535u)); }
+
+// The first component lies in the lowest bits.
+inline uint pack_float_to_unorm10a2(float4 x) {
+    uint4 n = uint4(rint(saturate(x) * float4(1023, 1023, 1023, 3)));
+    return n.x | n.y << 10 | n.z << 20 | n.w << 30;
+}
+inline float4 unpack_unorm10a2_to_float(uint x) {
+    return float4(uint4(x, x >> 10, x >> 20, x >> 30) & uint4(1023, 1023, 1023, 3)) / float4(1023, 1023, 1023, 3);
+}
+inline ushort pack_float_to_unorm565(float3 x) {
+    uint3 n = uint3(rint(saturate(x) * float3(31, 63, 31)));
+    return ushort(n.x | n.y << 5 | n.z << 11);
+}
+inline float3 unpack_unorm565_to_float(ushort x) {
+    return float3(uint3(x, x >> 5, x >> 11) & uint3(31, 63, 31)) / float3(31, 63, 31);
+}
+// The curve of IEC 61966-2-1.
+inline uint pack_float_to_srgb_unorm4x8(float4 x) {
+    float3 c = saturate(x.rgb);
+    c = select(1.055f * powr(c, float3(1.0f / 2.4f)) - 0.055f, c * 12.92f, c <= 0.0031308f);
+    return pack_float_to_unorm4x8(float4(c, x.a));
+}
+inline float4 unpack_unorm4x8_srgb_to_float(uint x) {
+    float4 c = unpack_unorm4x8_to_float(x);
+    float3 linear = select(powr((c.rgb + 0.055f) / 1.055f, float3(2.4f)), c.rgb / 12.92f, c.rgb <= 0.04045f);
+    return float4(linear, c.a);
+}
+inline uint pack_half_to_unorm10a2(half4 x) { return pack_float_to_unorm10a2(float4(x)); }
+inline half4 unpack_unorm10a2_to_half(uint x) { return half4(unpack_unorm10a2_to_float(x)); }
+inline ushort pack_half_to_unorm565(half3 x) { return pack_float_to_unorm565(float3(x)); }
+inline half3 unpack_unorm565_to_half(ushort x) { return half3(unpack_unorm565_to_float(x)); }
+inline uint pack_half_to_srgb_unorm4x8(half4 x) { return pack_float_to_srgb_unorm4x8(float4(x)); }
+inline half4 unpack_unorm4x8_srgb_to_half(uint x) { return half4(unpack_unorm4x8_srgb_to_float(x)); }
 }
 )msl";
 

@@ -4,6 +4,7 @@
 #include <array>
 
 #include <spirv/unified1/GLSL.std.450.h>
+#include <spirv/unified1/spirv.hpp>
 
 namespace msl {
 namespace {
@@ -31,6 +32,36 @@ constexpr LibraryFunction op(std::string_view name, std::string_view signature, 
 constexpr LibraryFunction special(std::string_view name, std::string_view signature,
                                   TypeClass types, Special what) {
     return {name, signature, types, Lowering::special, 0, 0, 0, what};
+}
+
+constexpr LibraryFunction group(std::string_view name, TypeClass types, Special what,
+                                spv::Op floats, spv::Op signedOnes, spv::Op unsignedOnes) {
+    return {name,
+            "TT",
+            types,
+            Lowering::special,
+            static_cast<uint16_t>(floats),
+            static_cast<uint16_t>(signedOnes),
+            static_cast<uint16_t>(unsignedOnes),
+            what};
+}
+
+constexpr LibraryFunction across(std::string_view name, std::string_view signature, TypeClass types,
+                                 spv::Op code) {
+    return {name, signature,          types, Lowering::special, static_cast<uint16_t>(code), 0,
+            0,    Special::groupPlain};
+}
+
+constexpr LibraryFunction quad(std::string_view name, std::string_view signature, TypeClass types,
+                               Special what, ir::Op floats, ir::Op integers = ir::Op::none) {
+    return {name,
+            signature,
+            types,
+            Lowering::special,
+            static_cast<uint16_t>(floats),
+            static_cast<uint16_t>(integers),
+            0,
+            what};
 }
 
 // The Metal Shading Language specification, chapter 6; instructions as GLSL.std.450 numbers them.
@@ -122,6 +153,20 @@ constexpr LibraryFunction kFunctions[] = {
     special("popcount", "TT", integer, Special::popcount),
     special("pow", "TTT", floating, Special::powr),
     special("powr", "TTT", floating, Special::powr),
+    quad("quad_all", "bb", none, Special::quadReduce, ir::Op::logicalAnd, ir::Op::logicalAnd),
+    quad("quad_and", "TT", integer, Special::quadReduce, ir::Op::bitAnd, ir::Op::bitAnd),
+    quad("quad_any", "bb", none, Special::quadReduce, ir::Op::logicalOr, ir::Op::logicalOr),
+    quad("quad_broadcast", "TTu", arithmetic, Special::quadShuffle, ir::Op::none),
+    quad("quad_max", "TT", arithmetic, Special::quadReduce, ir::Op::none, ir::Op::constant),
+    quad("quad_min", "TT", arithmetic, Special::quadReduce, ir::Op::none),
+    quad("quad_or", "TT", integer, Special::quadReduce, ir::Op::bitOr, ir::Op::bitOr),
+    quad("quad_product", "TT", arithmetic, Special::quadReduce, ir::Op::fMul, ir::Op::iMul),
+    quad("quad_shuffle", "TTu", arithmetic, Special::quadShuffle, ir::Op::none),
+    quad("quad_shuffle_down", "TTu", arithmetic, Special::quadMove, ir::Op::iAdd),
+    quad("quad_shuffle_up", "TTu", arithmetic, Special::quadMove, ir::Op::iSub),
+    quad("quad_shuffle_xor", "TTu", arithmetic, Special::quadMove, ir::Op::bitXor),
+    quad("quad_sum", "TT", arithmetic, Special::quadReduce, ir::Op::fAdd, ir::Op::iAdd),
+    quad("quad_xor", "TT", integer, Special::quadReduce, ir::Op::bitXor, ir::Op::bitXor),
     ext("reflect", "TTT", floatVector, GLSLstd450Reflect),
     ext("refract", "TTTS", floatVector, GLSLstd450Refract),
     special("reverse_bits", "TT", integer, Special::reverseBits),
@@ -134,6 +179,37 @@ constexpr LibraryFunction kFunctions[] = {
     special("select", "TTTB", anyScalarOrVector, Special::selectParts),
     ext("sign", "TT", floating, GLSLstd450FSign),
     special("signbit", "BT", floating, Special::signbit),
+    across("simd_all", "bb", none, spv::OpGroupNonUniformAll),
+    group("simd_and", integer, Special::groupReduce, spv::OpGroupNonUniformBitwiseAnd,
+          spv::OpGroupNonUniformBitwiseAnd, spv::OpGroupNonUniformBitwiseAnd),
+    across("simd_any", "bb", none, spv::OpGroupNonUniformAny),
+    across("simd_broadcast", "TTu", arithmetic, spv::OpGroupNonUniformShuffle),
+    across("simd_broadcast_first", "TT", arithmetic, spv::OpGroupNonUniformBroadcastFirst),
+    across("simd_is_first", "b", none, spv::OpGroupNonUniformElect),
+    group("simd_max", arithmetic, Special::groupReduce, spv::OpGroupNonUniformFMax,
+          spv::OpGroupNonUniformSMax, spv::OpGroupNonUniformUMax),
+    group("simd_min", arithmetic, Special::groupReduce, spv::OpGroupNonUniformFMin,
+          spv::OpGroupNonUniformSMin, spv::OpGroupNonUniformUMin),
+    group("simd_or", integer, Special::groupReduce, spv::OpGroupNonUniformBitwiseOr,
+          spv::OpGroupNonUniformBitwiseOr, spv::OpGroupNonUniformBitwiseOr),
+    group("simd_prefix_exclusive_product", arithmetic, Special::groupExclusive,
+          spv::OpGroupNonUniformFMul, spv::OpGroupNonUniformIMul, spv::OpGroupNonUniformIMul),
+    group("simd_prefix_exclusive_sum", arithmetic, Special::groupExclusive,
+          spv::OpGroupNonUniformFAdd, spv::OpGroupNonUniformIAdd, spv::OpGroupNonUniformIAdd),
+    group("simd_prefix_inclusive_product", arithmetic, Special::groupInclusive,
+          spv::OpGroupNonUniformFMul, spv::OpGroupNonUniformIMul, spv::OpGroupNonUniformIMul),
+    group("simd_prefix_inclusive_sum", arithmetic, Special::groupInclusive,
+          spv::OpGroupNonUniformFAdd, spv::OpGroupNonUniformIAdd, spv::OpGroupNonUniformIAdd),
+    group("simd_product", arithmetic, Special::groupReduce, spv::OpGroupNonUniformFMul,
+          spv::OpGroupNonUniformIMul, spv::OpGroupNonUniformIMul),
+    across("simd_shuffle", "TTu", arithmetic, spv::OpGroupNonUniformShuffle),
+    across("simd_shuffle_down", "TTu", arithmetic, spv::OpGroupNonUniformShuffleDown),
+    across("simd_shuffle_up", "TTu", arithmetic, spv::OpGroupNonUniformShuffleUp),
+    across("simd_shuffle_xor", "TTu", arithmetic, spv::OpGroupNonUniformShuffleXor),
+    group("simd_sum", arithmetic, Special::groupReduce, spv::OpGroupNonUniformFAdd,
+          spv::OpGroupNonUniformIAdd, spv::OpGroupNonUniformIAdd),
+    group("simd_xor", integer, Special::groupReduce, spv::OpGroupNonUniformBitwiseXor,
+          spv::OpGroupNonUniformBitwiseXor, spv::OpGroupNonUniformBitwiseXor),
     ext("sin", "TT", floating, GLSLstd450Sin),
     special("sincos", "TTR", floating, Special::sincos),
     ext("sinh", "TT", floating, GLSLstd450Sinh),
@@ -197,6 +273,14 @@ const LibraryFunction* findTextureMember(std::string_view name) {
     const auto* found = std::find_if(std::begin(kTextureMembers), std::end(kTextureMembers),
                                      [&](const auto& member) { return member.name == name; });
     return found == std::end(kTextureMembers) ? nullptr : found;
+}
+
+std::vector<std::string_view> textureMemberNames() {
+    std::vector<std::string_view> names;
+    for (const auto& member : kTextureMembers) {
+        names.push_back(member.name);
+    }
+    return names;
 }
 
 std::span<const LibraryFunction> allLibraryFunctions() { return kFunctions; }

@@ -37,6 +37,12 @@ Lowerer::Binding Lowerer::bound(const Type* type, const tree::Expr* init) {
         }
         return binding;
     }
+    if (!missing && type->isResource()) {
+        const Binding* named = samplerIndex(init) == UINT32_MAX ? findBinding(init) : nullptr;
+        if (named != nullptr && named->kind == Binding::Kind::choice) {
+            return *named;
+        }
+    }
     if (type->isTexture()) {
         if (!missing) {
             binding.kind = Binding::Kind::texture;
@@ -125,13 +131,21 @@ Lowerer::Binding* Lowerer::findBinding(const tree::Expr* expr) {
             return builder_.isSplatOf(value(expr->b), 0) ? findBinding(expr->a) : nullptr;
         }
         Binding* base = findBinding(expr->a);
-        if (base == nullptr || base->kind != Binding::Kind::parts) {
+        if (base == nullptr ||
+            (base->kind != Binding::Kind::parts && base->kind != Binding::Kind::choice)) {
             return nullptr;
         }
         uint64_t index = expr->index;
         if (expr->kind == ExprKind::index) {
-            const auto known = builder_.scalarBits(value(expr->b));
+            const Value at = value(expr->b);
+            const auto known = builder_.scalarBits(at);
+            if (!known && base->kind == Binding::Kind::parts) {
+                return chosenElement(*base, at);
+            }
             index = known ? *known : UINT64_MAX;
+        }
+        if (base->kind == Binding::Kind::choice) {
+            return chosenPart(*base, index);
         }
         found = index < base->parts.size() ? &base->parts[index] : nullptr;
         break;
@@ -141,6 +155,8 @@ Lowerer::Binding* Lowerer::findBinding(const tree::Expr* expr) {
                                                     : findBinding(expr->a);
     case ExprKind::addressOf:
         return findBinding(expr->a);
+    case ExprKind::conditional:
+        return chosenBranch(expr);
     default:
         break;
     }
@@ -153,6 +169,9 @@ Lowerer::Binding* Lowerer::findBinding(const tree::Expr* expr) {
 Lowerer::Place Lowerer::bindingPlace(const Type* type, const Binding& binding) {
     if (binding.kind == Binding::Kind::place) {
         return binding.place;
+    }
+    if (binding.kind == Binding::Kind::choice) {
+        return valuePlace(type, chosenValue(type, binding));
     }
     if (binding.kind != Binding::Kind::ssa) {
         return valuePlace(type, builder_.undefined(irType(type)));
@@ -202,7 +221,12 @@ void Lowerer::assignParts(const Type* type, Binding& target, const Binding& sour
                          "known when compiling");
         return;
     }
+    const uint32_t moved = target.moved;
     target = source;
+    target.moved = moved;
+    if (moved != UINT32_MAX) {
+        setVariable(moved, builder_.intConstant(0));
+    }
 }
 
 } // namespace msl

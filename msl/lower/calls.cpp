@@ -18,6 +18,9 @@ void Lowerer::bindParameter(Frame& frame, const tree::Variable& parameter,
         } else {
             binding = bound(parameter.type, argument);
         }
+        if (parameter.isMoved) {
+            startMoving(binding);
+        }
         return;
     }
     if (!parameter.isReference) {
@@ -70,6 +73,8 @@ Lowerer::Value Lowerer::call(const tree::Expr* expr, Place* target, Binding* par
     frame.flag = newVariable(ir::kNoValue);
     setVariable(frame.flag, builder_.boolConstant(false));
     frame.result = newVariable(ir::kNoValue);
+    frame.resultChoice = newVariable(ir::kNoValue);
+    setVariable(frame.resultChoice, builder_.intConstant(0));
     const bool hasParts = expr->type->holdsResources() && !function.returnsReference;
     const bool hasResult =
         !expr->type->isVoid() && !function.constructor && !function.returnsReference && !hasParts;
@@ -83,6 +88,10 @@ Lowerer::Value Lowerer::call(const tree::Expr* expr, Place* target, Binding* par
     statement(function.body);
     Value result = ir::kNoValue;
     if (function.returnsReference) {
+        if (frame.resultPlace.root == Place::Root::chosen &&
+            frame.resultPlace.base == ir::kNoValue) {
+            frame.resultPlace.base = module_.resolve(current_[frame.resultChoice]);
+        }
         if (target != nullptr) {
             *target = std::move(frame.resultPlace);
         } else {

@@ -16,6 +16,7 @@ void Lowerer::run(const tree::Unit& unit, Module& result) {
     }
     result.constants = unit.constants;
     result.usesInt64 = usesInt64_;
+    result.usesSubgroups = usesSubgroups_;
 }
 
 void Lowerer::useGlobal(Value variable) {
@@ -60,8 +61,14 @@ void Lowerer::entryPoint(const tree::Function& function, Module& result) {
     const ir::BlockId body = builder_.makeBlock();
     builder_.branch(body);
     builder_.start(*function_, body);
+    for (const auto* parameter : function.parameters) {
+        if (parameter->isMoved) {
+            startMoving(frame.slots[parameter->slot]);
+        }
+    }
     frame.flag = newVariable(builder_.boolConstant(false));
     frame.result = newVariable(ir::kNoValue);
+    frame.resultChoice = newVariable(builder_.intConstant(0));
     if (!function.result->isVoid()) {
         current_[frame.result] = builder_.undefined(irType(function.result));
     }

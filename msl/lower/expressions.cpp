@@ -27,6 +27,11 @@ Lowerer::Value Lowerer::zeroOf(const Type* type) {
 }
 
 Lowerer::Value Lowerer::value(const tree::Expr* expr) {
+    if (!held_.empty()) {
+        if (const auto known = held_.find(expr); known != held_.end()) {
+            return known->second;
+        }
+    }
     const Depth depth(*this);
     if (!spend(expr->range)) {
         return expr->type->isVoid() || expr->type->holdsResources()
@@ -37,6 +42,11 @@ Lowerer::Value Lowerer::value(const tree::Expr* expr) {
         // Evaluated for its effects only.
         if (expr->kind == ExprKind::call) {
             call(expr);
+        } else if (expr->kind == ExprKind::pointerStep) {
+            pointerStep(expr);
+        } else if (expr->kind == ExprKind::comma) {
+            value(expr->a);
+            value(expr->b);
         }
         return ir::kNoValue;
     }
@@ -110,6 +120,9 @@ Lowerer::Value Lowerer::valueAtDepth(const tree::Expr* expr) {
     case ExprKind::comma:
         value(expr->a);
         return value(expr->b);
+    case ExprKind::pointerStep:
+    case ExprKind::list:
+        break; // exists only until its call is resolved
     case ExprKind::functionConstant:
         return wrapSmall(builder_.specialised(irType(expr->type), expr->index), expr->type);
     }
@@ -170,8 +183,10 @@ Lowerer::Value Lowerer::convertScalars(Value from, const Type* source, const Typ
                                   from);
         }
     }
-    const bool narrows =
-        target->size < source->size || (target->size == source->size && target->size < 4);
+    // A sign reaches beyond the bits that a small unsigned type has.
+    const bool narrows = target->size < source->size ||
+                         (target->size < 4 && (target->size == source->size ||
+                                               (source->isSigned() && !target->isSigned())));
     return narrows ? wrapSmall(from, vectorType(target->kind, count)) : from;
 }
 
@@ -201,6 +216,9 @@ Lowerer::Value Lowerer::convert(Value from, const Type* source, const Type* targ
 
 Lowerer::Value Lowerer::construct(const tree::Expr* expr) {
     const Type* type = expr->type;
+    if (isUnion(type)) {
+        return unionOf(type, expr->index, value(expr->items[0]));
+    }
     std::vector<Value> parts;
     for (const auto* item : expr->items) {
         parts.push_back(value(item));

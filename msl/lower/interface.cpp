@@ -30,6 +30,8 @@ constexpr BuiltInName kInputs[] = {
     {"primitive_id", BuiltIn::primitiveId, Stage::fragment, 1, TypeKind::uintType},
     {"render_target_array_index", BuiltIn::layer, Stage::fragment, 1, TypeKind::uintType},
     {"viewport_array_index", BuiltIn::viewportIndex, Stage::fragment, 1, TypeKind::uintType},
+    {"thread_index_in_simdgroup", BuiltIn::subgroupThread, Stage::fragment, 1, TypeKind::uintType},
+    {"threads_per_simdgroup", BuiltIn::subgroupSize, Stage::fragment, 1, TypeKind::uintType},
     {"vertex_id", BuiltIn::vertexIndex, Stage::vertex, 1, TypeKind::uintType},
     {"instance_id", BuiltIn::instanceIndex, Stage::vertex, 1, TypeKind::uintType},
     {"base_vertex", BuiltIn::baseVertex, Stage::vertex, 1, TypeKind::uintType},
@@ -114,6 +116,8 @@ std::optional<Lowerer::Value> Lowerer::inputValue(const Type* type,
             return std::nullopt;
         }
         global.builtIn = input->builtIn;
+        usesSubgroups_ = usesSubgroups_ || input->builtIn == BuiltIn::subgroupThread ||
+                         input->builtIn == BuiltIn::subgroupSize;
         global.flat = stage_ == Stage::fragment && input->scalar == TypeKind::uintType;
         const ir::TypeId single = irType(natural);
         Value loaded = ir::kNoValue;
@@ -136,6 +140,12 @@ std::optional<Lowerer::Value> Lowerer::inputValue(const Type* type,
             error(attribute.range, std::string(reason));
             return std::nullopt;
         }
+    }
+    if (stage_ == Stage::fragment && findAttribute(attributes, "clip_distance") != nullptr) {
+        return clipDistances(type, range);
+    }
+    if (stage_ == Stage::fragment && findAttribute(attributes, "point_size") != nullptr) {
+        return zeroOf(type); // a struct that both stages share; the size ends at the rasteriser
     }
     const ir::TypeId crossing = interfaceType(type);
     if (crossing == ir::kVoid) {
@@ -172,21 +182,41 @@ std::optional<Lowerer::Value> Lowerer::inputValue(const Type* type,
     return builder_.unary(Op::bitcast, irType(type), loaded);
 }
 
-std::optional<Lowerer::Value> Lowerer::stageIn(const tree::Variable& parameter) {
-    if (!parameter.type->isStruct()) {
-        return inputValue(parameter.type, parameter.attributes, parameter.name, parameter.range);
+// What the vertex function has said of the clip planes, where both stages share a struct.
+std::optional<Lowerer::Value> Lowerer::clipDistances(const Type* type, Range range) {
+    const bool array = type->isArray() && type->element == floatType();
+    if (type != floatType() && !array) {
+        error(range, "'[[clip_distance]]' cannot have the type '" + toText(type) + "'");
+        return std::nullopt;
     }
+    const ir::TypeId crossing = builder_.array(ir::kFloat, array ? type->length : 1);
+    const Value loaded =
+        builder_.emit(Op::load, crossing,
+                      {interfaceVariable(crossing, {.storage = Storage::input,
+                                                    .builtIn = BuiltIn::clipDistance})});
+    return array ? loaded : builder_.extract(loaded, 0);
+}
+
+std::optional<Lowerer::Value> Lowerer::stageIn(const tree::Variable& parameter) {
+    return parameter.type->isStruct()
+               ? stageInput(parameter.type, parameter.range)
+               : inputValue(parameter.type, parameter.attributes, parameter.name, parameter.range);
+}
+
+// The members of a stage-in struct, those of its bases among them.
+std::optional<Lowerer::Value> Lowerer::stageInput(const Type* type, Range range) {
     std::vector<Value> parts;
-    for (const auto& field : parameter.type->structure->fields) {
-        const auto part = inputValue(field.type, attributesOfField(parameter.type, field.name),
-                                     field.name, parameter.range);
+    for (const auto& field : type->structure->fields) {
+        const auto part = field.isBase
+                              ? stageInput(field.type, range)
+                              : inputValue(field.type, attributesOfField(type, field.name),
+                                           field.name, rangeOfField(type, field.name, range));
         if (!part) {
             return std::nullopt;
         }
         parts.push_back(*part);
     }
-    return parts.empty() ? zeroOf(parameter.type)
-                         : builder_.construct(irType(parameter.type), parts);
+    return parts.empty() ? zeroOf(type) : builder_.construct(irType(type), parts);
 }
 
 bool Lowerer::outputValue(const Type* type, std::span<const ast::Attribute> attributes, Name name,
@@ -274,6 +304,23 @@ bool Lowerer::outputValue(const Type* type, std::span<const ast::Attribute> attr
     return true;
 }
 
+// The members of an entry point's result, those of its bases among them.
+bool Lowerer::storeMembers(const Type* type, Range range, Value result) {
+    const auto& fields = type->structure->fields;
+    for (uint32_t i = 0; i < fields.size(); ++i) {
+        const Value part = builder_.extract(result, i);
+        const bool good =
+            fields[i].isBase
+                ? storeMembers(fields[i].type, range, part)
+                : outputValue(fields[i].type, attributesOfField(type, fields[i].name),
+                              fields[i].name, rangeOfField(type, fields[i].name, range), part);
+        if (!good) {
+            return false;
+        }
+    }
+    return true;
+}
+
 bool Lowerer::storeResult(const tree::Function& function) {
     const Type* type = function.result;
     if (type->isVoid()) {
@@ -281,14 +328,7 @@ bool Lowerer::storeResult(const tree::Function& function) {
     }
     const Value result = module_.resolve(current_[frame_->result]);
     if (type->isStruct()) {
-        const auto& fields = type->structure->fields;
-        for (uint32_t i = 0; i < fields.size(); ++i) {
-            if (!outputValue(fields[i].type, attributesOfField(type, fields[i].name),
-                             fields[i].name, function.range, builder_.extract(result, i))) {
-                return false;
-            }
-        }
-        return true;
+        return storeMembers(type, function.range, result);
     }
     if (stage_ == Stage::vertex) {
         // A vertex function's only result is its position.

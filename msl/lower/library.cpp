@@ -72,6 +72,14 @@ Lowerer::Value Lowerer::special(const tree::Expr* expr, const std::vector<Value>
     case Special::unpackUnorm2:
     case Special::unpackSnorm2:
         return packSpecial(what, x);
+    case Special::groupReduce:
+    case Special::groupInclusive:
+    case Special::groupExclusive:
+    case Special::groupPlain:
+    case Special::quadReduce:
+    case Special::quadShuffle:
+    case Special::quadMove:
+        return groupFunction(expr, x);
     default:
         break;
     }

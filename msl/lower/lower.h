@@ -3,6 +3,9 @@
 // become single-assignment values; control flow becomes structured blocks.
 #pragma once
 
+#include <deque>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <unordered_map>
 #include <vector>
@@ -31,7 +34,9 @@ class Lowerer {
     // Something stored, or a part of it.
     struct Place {
         // `words`: a buffer seen as 32-bit words, whose steps are summed up in an address
-        enum class Root : uint8_t { none, ssa, memory, buffer, words, value };
+        // `shared`: the same among the words of the union that `whole` leads to
+        // `chosen`: one of the `options`; which one, the value `base` says
+        enum class Root : uint8_t { none, ssa, memory, buffer, words, shared, chosen, value };
         Root root = Root::none;
         uint8_t swizzleCount = 0; // components picked from the vector that the steps lead to
         uint8_t swizzle[4] = {};
@@ -42,17 +47,25 @@ class Lowerer {
         std::vector<Step> steps;
         uint32_t offset = 0;          // of a place among words: bytes,
         Value address = ir::kNoValue; // and more bytes, known at run time
+        std::shared_ptr<const Place> whole{};
+        std::vector<Place> options{};
+
+        bool hasAddress() const { return root == Root::words || root == Root::shared; }
     };
     // What a variable, or a part of one that holds resources, stands for.
     struct Binding {
-        enum class Kind : uint8_t { none, ssa, place, texture, sampler, parts, alias };
+        enum class Kind : uint8_t { none, ssa, place, texture, sampler, parts, alias, choice };
         Kind kind = Kind::none;
         uint32_t ssa = 0;
         Value resource = ir::kNoValue;
         uint32_t samplerIndex = UINT32_MAX; // of a constexpr sampler
         Place place;
-        std::vector<Binding> parts{}; // of a struct or array that holds resources
-        Binding* target = nullptr;    // of an alias, which is a reference to such a struct
+        std::vector<Binding> parts{};  // of a struct or array that holds resources
+        Value selector = ir::kNoValue; // of a choice: which of its parts is meant
+        Binding* target = nullptr;     // of an alias, which is a reference to such a struct
+        // Of a pointer that moves: the ssa variable that says how many elements it has gone from
+        // its place; UINT32_MAX where it stays.
+        uint32_t moved = UINT32_MAX;
     };
     struct Change {
         uint32_t variable = 0;
@@ -78,10 +91,11 @@ class Lowerer {
         const tree::Function* function = nullptr;
         std::vector<Binding> slots;
         std::vector<Breakable> breakables;
-        uint32_t flag = 0;   // ssa variable: whether the function has returned
-        uint32_t result = 0; // ssa variable: what it returns
-        Place resultPlace;   // what it refers to with its result
-        Binding resultParts; // its result, where that holds resources
+        uint32_t flag = 0;         // ssa variable: whether the function has returned
+        uint32_t result = 0;       // ssa variable: what it returns
+        Place resultPlace;         // what it refers to with its result
+        uint32_t resultChoice = 0; // ssa variable: which of several such places it is
+        Binding resultParts;       // its result, where that holds resources
         bool returned = false;
     };
     struct HoistedLoad {
@@ -100,6 +114,8 @@ class Lowerer {
     Place place(const tree::Expr* expr);
     Place placeAtDepth(const tree::Expr* expr);
     Place pointerTarget(const tree::Expr* expr);
+    Place movedPlace(const Binding& pointer, Range range);
+    Place pointerStep(const tree::Expr* expr);
     Place swizzledComponent(Place base, Value index, const Type* type);
     Place castTarget(const tree::Expr* expr);
     Place variablePlace(const tree::Expr* expr);
@@ -108,6 +124,7 @@ class Lowerer {
     void addStep(Place& place, Step step, const Type* type);
     void moveWords(Place& place, Step step, uint32_t elementSize);
     void addIndex(Place& place, const tree::Expr* index, const Type* type);
+    void addOffset(Place& place, Value offset, Range range, const Type* type);
     Value load(const Place& place);
     Value loadWhole(const Place& place);
     Value loadParts(const Place& place, const Type* type, Range range);
@@ -126,10 +143,12 @@ class Lowerer {
     void statementAtDepth(const tree::Stmt* stmt);
     void statements(std::span<tree::Stmt* const> list);
     void declareVariable(const tree::Stmt* stmt);
+    void startMoving(Binding& pointer);
     void ifElse(const tree::Stmt* stmt, std::span<tree::Stmt* const> rest);
     void loop(const tree::Stmt* stmt);
     void multiway(const tree::Stmt* stmt);
     void leave(const tree::Stmt* stmt);
+    void addResultPlace(Place place, Range range);
     bool afterReturn(std::span<tree::Stmt* const> rest);
     void breakTo(Breakable& target, std::vector<Edge>& edges, ir::BlockId block);
     bool live() const { return builder_.open() && !frame_->returned; }
@@ -175,6 +194,26 @@ class Lowerer {
     void assignParts(const Type* type, Binding& target, const Binding& source, Range range);
     bool sameResource(const Binding& a, const Binding& b) const;
 
+    // choices.cpp
+    Binding* choice(std::vector<Binding> candidates, Value selector);
+    Binding* chosenElement(const Binding& array, Value index);
+    Binding* chosenPart(const Binding& whole, uint64_t index);
+    Binding* chosenBranch(const tree::Expr* expr);
+    Value chosenValue(const Type* type, const Binding& chosen);
+    Place chosenPlace(std::vector<Place> options, Value selector);
+    Value onEachOption(Value selector, size_t count, bool gives,
+                       const std::function<Value(size_t)>& work);
+    const Binding* openChoice(const tree::Expr* operand, const Binding* settled);
+    Value onEachCandidate(const tree::Expr* expr, const Binding& chosen, const Binding*& settled);
+
+    // groups.cpp
+    Value subgroup(uint32_t instruction, ir::TypeId type, std::initializer_list<Value> operands,
+                   std::optional<uint32_t> group = std::nullopt);
+    Value groupNumber(ir::BuiltIn builtIn);
+    Value ofQuad(ir::TypeId type, Value value, Value index);
+    Value quadFunction(const tree::Expr* expr, const std::vector<Value>& x);
+    Value groupFunction(const tree::Expr* expr, const std::vector<Value>& x);
+
     // atomics.cpp
     Value atomic(const tree::Expr* expr);
 
@@ -193,6 +232,18 @@ class Lowerer {
     void storeWords(const Place& place, const Type* type, Value value);
     Value atomicOperation(ir::Op op, ir::TypeId type, Value pointer, Value operand);
     void storeScalar(const Place& place, const Type* type, uint32_t offset, Value value);
+    void putWord(const Place& place, uint32_t offset, Value word);
+
+    // unions.cpp
+    static bool isUnion(const Type* type);
+    static const Type* unionChunk(const Type* type);
+    void enterUnion(Place& place);
+    Value loadUnion(const Place& place, const Type* type);
+    void storeUnion(const Place& place, const Type* type, Value value);
+    Value unionOf(const Type* type, uint32_t field, Value value);
+    Value isWord(Value wanted, uint32_t index);
+    Value sharedWord(const Place& place, uint32_t offset);
+    void setSharedWord(const Place& place, uint32_t offset, Value word);
 
     // library.cpp
     Value special(const tree::Expr* expr, const std::vector<Value>& x);
@@ -210,6 +261,8 @@ class Lowerer {
     uint32_t samplerIndex(const tree::Expr* expr);
     ir::TypeId texelType(const Type& type, ir::TypeId image);
     Value readTexel(const tree::Expr* expr, Value variable);
+    Value readCubeTexel(const tree::Expr* expr, Value variable);
+    Value cubeDirection(const tree::Expr* expr, Value image, Value level);
     void writeTexel(const tree::Expr* expr, Value variable);
     Value queryTexture(const tree::Expr* expr, Value variable);
     Value sampledImage(const tree::Expr* expr, Value variable);
@@ -238,7 +291,10 @@ class Lowerer {
     std::optional<Value> inputValue(const Type* type, std::span<const ast::Attribute> attributes,
                                     Name name, Range range);
     std::optional<Value> stageIn(const tree::Variable& parameter);
+    std::optional<Value> stageInput(const Type* type, Range range);
+    std::optional<Value> clipDistances(const Type* type, Range range);
     bool storeResult(const tree::Function& function);
+    bool storeMembers(const Type* type, Range range, Value result);
     bool outputValue(const Type* type, std::span<const ast::Attribute> attributes, Name name,
                      Range range, Value value);
     Value interfaceVariable(ir::TypeId type, ir::Global global);
@@ -249,6 +305,7 @@ class Lowerer {
     void useGlobal(Value variable);
 
     bool spend(Range range);
+    bool spendWays(size_t ways, size_t values);
     void error(Range range, std::string message) { diagnostics_.error(range, std::move(message)); }
 
     ir::Module& module_;
@@ -267,8 +324,20 @@ class Lowerer {
     std::vector<Logged> log_;
     std::vector<uint32_t> stamps_; // of each ssa variable: the last collection that saw it
     uint32_t stamp_ = 0;
+    // Memory that merges share.
+    std::vector<uint32_t> slots_; // of each ssa variable: where it stands in the next
+    std::vector<uint32_t> mergeVariables_;
+    std::vector<Value> mergeValues_;
+    std::vector<uint32_t> mergePairs_;
     std::vector<Binding> globals_;
     std::vector<HoistedLoad> hoisted_;
+    std::deque<Binding> choices_;
+    // While a texture's operation is lowered for each candidate of a choice: its operands, the
+    // derivatives of its coordinate, and the candidates at hand.
+    std::unordered_map<const tree::Expr*, Value> held_;
+    std::optional<std::pair<Value, Value>> gradients_;
+    const Binding* settledTexture_ = nullptr;
+    const Binding* settledSampler_ = nullptr;
     std::unordered_map<const Type*, ir::TypeId> types_;
     std::unordered_map<const Type*, ir::TypeId> layouts_;
     std::vector<Name> varyings_;
@@ -276,8 +345,11 @@ class Lowerer {
     std::vector<uint32_t> usedSamplers_;
     uint32_t depth_ = 0;
     uint32_t steps_ = 0;
+    uint64_t mergedValues_ = 0;
+    Range spentOn_; // what is being lowered
     bool stopped_ = false;
     bool usesInt64_ = false;
+    bool usesSubgroups_ = false;
 };
 
 } // namespace msl

@@ -34,7 +34,17 @@ Lowerer::Place Lowerer::spilled(const Place& source) {
 }
 
 void Lowerer::addStep(Place& target, Step step, const Type* type) {
-    if (target.root != Place::Root::words) {
+    for (auto& option : target.options) {
+        addStep(option, step, type);
+    }
+    if (target.root == Place::Root::chosen) {
+        target.type = type;
+        return;
+    }
+    if (isUnion(target.type) && !target.hasAddress()) {
+        enterUnion(target);
+    }
+    if (!target.hasAddress()) {
         target.steps.push_back(step);
     } else if (target.type->isStruct()) {
         target.offset += target.type->structure->fields[step.index].offset;
@@ -182,9 +192,33 @@ Lowerer::Place Lowerer::pointerTarget(const tree::Expr* expr) {
         if (expr->kind == ExprKind::convert) {
             return castTarget(expr);
         }
+        if (expr->kind == ExprKind::pointerStep) {
+            return pointerStep(expr);
+        }
+        if (expr->kind == ExprKind::conditional) {
+            const Value condition = value(expr->a);
+            if (const auto known = builder_.scalarBits(condition)) {
+                return pointerTarget(*known != 0 ? expr->b : expr->c);
+            }
+            std::vector<Place> options{pointerTarget(expr->b), pointerTarget(expr->c)};
+            return chosenPlace(std::move(options),
+                               builder_.select(ir::kInt, condition, builder_.intConstant(0),
+                                               builder_.intConstant(1)));
+        }
         const Binding* binding = findBinding(expr);
         if (binding != nullptr && binding->kind == Binding::Kind::place) {
-            return binding->place;
+            return movedPlace(*binding, expr->range);
+        }
+        if (binding != nullptr && binding->kind == Binding::Kind::choice) {
+            std::vector<Place> options;
+            for (const auto& part : binding->parts) {
+                if (part.kind == Binding::Kind::place) {
+                    options.push_back(part.place);
+                }
+            }
+            if (options.size() == binding->parts.size()) {
+                return chosenPlace(std::move(options), binding->selector);
+            }
         }
         if (expr->kind == ExprKind::call) {
             Binding result;
@@ -198,11 +232,36 @@ Lowerer::Place Lowerer::pointerTarget(const tree::Expr* expr) {
     return valuePlace(expr->type->element, builder_.undefined(irType(expr->type->element)));
 }
 
+// What a pointer variable points to now.
+Lowerer::Place Lowerer::movedPlace(const Binding& pointer, Range range) {
+    Place target = pointer.place;
+    if (pointer.moved != UINT32_MAX) {
+        addOffset(target, module_.resolve(current_[pointer.moved]), range, target.type);
+    }
+    return target;
+}
+
+// Moves a pointer variable; gives what it points to afterwards, or pointed to before.
+Lowerer::Place Lowerer::pointerStep(const tree::Expr* expr) {
+    const Value count = value(expr->b);
+    Binding* binding = findBinding(expr->a);
+    if (binding == nullptr || binding->kind != Binding::Kind::place ||
+        binding->moved == UINT32_MAX) {
+        error(expr->range, "this pointer's target is not known when compiling");
+        return valuePlace(expr->type->element, builder_.undefined(irType(expr->type->element)));
+    }
+    const Place before = expr->after ? movedPlace(*binding, expr->range) : Place();
+    const Op op = expr->op == TokenKind::plus ? Op::iAdd : Op::iSub;
+    setVariable(binding->moved,
+                builder_.binary(op, ir::kInt, module_.resolve(current_[binding->moved]), count));
+    return expr->after ? before : movedPlace(*binding, expr->range);
+}
+
 // What a pointer that is cast to another element type points to.
 Lowerer::Place Lowerer::castTarget(const tree::Expr* expr) {
     Place target = pointerTarget(expr->a);
     const Type* type = expr->type->element;
-    if (target.root == Place::Root::words) {
+    if (target.hasAddress()) {
         target.type = target.rootType = type;
     } else if (target.type->isVector() && type == target.type->element) {
         addStep(target, {false, 0}, type);
@@ -215,11 +274,21 @@ Lowerer::Place Lowerer::castTarget(const tree::Expr* expr) {
 
 // Moves a pointer's target by an index within the array that it lies in.
 void Lowerer::addIndex(Place& target, const tree::Expr* index, const Type* type) {
-    const Value offset = value(index);
+    addOffset(target, value(index), index->range, type);
+}
+
+void Lowerer::addOffset(Place& target, Value offset, Range range, const Type* type) {
+    for (auto& option : target.options) {
+        addOffset(option, offset, range, type);
+    }
+    if (target.root == Place::Root::chosen) {
+        target.type = type;
+        return;
+    }
     if (builder_.isSplatOf(offset, 0)) {
         return;
     }
-    if (target.root == Place::Root::words) {
+    if (target.hasAddress()) {
         const auto known = builder_.scalarBits(offset);
         moveWords(target, known ? Step{false, static_cast<uint32_t>(*known)} : Step{true, offset},
                   type->size);
@@ -227,7 +296,7 @@ void Lowerer::addIndex(Place& target, const tree::Expr* index, const Type* type)
         return;
     }
     if (target.steps.empty() || target.swizzleCount > 0) {
-        error(index->range, "this pointer does not point into an array");
+        error(range, "this pointer does not point into an array");
         return;
     }
     auto& last = target.steps.back();
@@ -363,7 +432,11 @@ Lowerer::Value Lowerer::loadWhole(const Place& source) {
     case Place::Root::buffer:
         return loadParts(source, source.type, {});
     case Place::Root::words:
+    case Place::Root::shared:
         return loadWords(source, source.type);
+    case Place::Root::chosen:
+        return onEachOption(source.base, source.options.size(), true,
+                            [&](size_t i) { return loadWhole(source.options[i]); });
     case Place::Root::none:
         break;
     }
@@ -445,6 +518,7 @@ void Lowerer::store(const Place& target, Value stored) {
     }
     case Place::Root::memory:
     case Place::Root::words:
+    case Place::Root::shared:
     case Place::Root::buffer: {
         if (target.swizzleCount == 1) {
             Place component = target;
@@ -463,7 +537,7 @@ void Lowerer::store(const Place& target, Value stored) {
             store(whole, vector);
             return;
         }
-        if (target.root == Place::Root::words) {
+        if (target.hasAddress()) {
             storeWords(target, target.type, stored);
         } else if (target.root == Place::Root::buffer) {
             storeParts(target, target.type, stored);
@@ -472,6 +546,15 @@ void Lowerer::store(const Place& target, Value stored) {
         }
         return;
     }
+    case Place::Root::chosen:
+        onEachOption(target.base, target.options.size(), false, [&](size_t i) {
+            Place option = target.options[i];
+            option.swizzleCount = target.swizzleCount;
+            std::copy(std::begin(target.swizzle), std::end(target.swizzle), option.swizzle);
+            store(option, stored);
+            return ir::kNoValue;
+        });
+        return;
     default:
         return;
     }

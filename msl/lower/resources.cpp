@@ -245,6 +245,15 @@ bool Lowerer::gatheredParameter(const tree::Variable& parameter, Binding& bindin
                                 EntryPoint& entry) {
     binding.kind = Binding::Kind::parts;
     for (const auto& field : parameter.type->structure->fields) {
+        if (field.isBase) {
+            tree::Variable base = parameter;
+            base.type = field.type;
+            binding.parts.emplace_back();
+            if (!gatheredParameter(base, binding.parts.back(), entry)) {
+                return false;
+            }
+            continue;
+        }
         tree::Variable member = parameter;
         member.name = field.name;
         member.type = field.type;

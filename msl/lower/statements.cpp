@@ -33,6 +33,9 @@ Lowerer::Edge Lowerer::edge(size_t mark) {
     Edge result;
     result.from = builder_.current();
     result.returned = frame_->returned;
+    if (!spendWays(1, (log_.size() - mark) / 32)) {
+        return result;
+    }
     ++stamp_;
     for (size_t i = mark; i < log_.size(); ++i) {
         const uint32_t variable = log_[i].variable;
@@ -57,44 +60,42 @@ void Lowerer::merge(BlockId block, std::vector<Edge>& edges) {
         allReturned = allReturned && way.returned;
     }
     frame_->returned = allReturned;
-    std::vector<uint32_t> variables;
+    // What each edge brings for each variable that any of them changes, one row per edge.
+    auto& variables = mergeVariables_;
+    variables.clear();
     ++stamp_;
+    slots_.resize(current_.size());
     for (const auto& way : edges) {
         for (const auto& change : way.changes) {
             if (stamps_[change.variable] != stamp_) {
                 stamps_[change.variable] = stamp_;
+                slots_[change.variable] = static_cast<uint32_t>(variables.size());
                 variables.push_back(change.variable);
             }
         }
     }
-    // Edges list their changes in different orders; a table makes finding them cheap.
-    std::unordered_map<uint64_t, Value> changed;
-    if (edges.size() * variables.size() > 16) {
-        for (size_t i = 0; i < edges.size(); ++i) {
-            for (const auto& change : edges[i].changes) {
-                changed.emplace((uint64_t{i} << 32U) | change.variable, change.value);
-            }
+    if (!spendWays(edges.size(), edges.size() * variables.size())) {
+        return;
+    }
+    auto& values = mergeValues_;
+    values.clear();
+    for (const auto& way : edges) {
+        const size_t row = values.size();
+        for (const uint32_t variable : variables) {
+            values.push_back(current_[variable]);
+        }
+        for (const auto& change : way.changes) {
+            values[row + slots_[change.variable]] = change.value;
         }
     }
-    const auto valueOn = [&](size_t index, uint32_t variable) {
-        if (!changed.empty()) {
-            const auto found = changed.find((uint64_t{index} << 32U) | variable);
-            return found == changed.end() ? current_[variable] : found->second;
-        }
-        for (const auto& change : edges[index].changes) {
-            if (change.variable == variable) {
-                return change.value;
-            }
-        }
-        return current_[variable];
-    };
-    for (const uint32_t variable : variables) {
-        std::vector<uint32_t> pairs;
+    auto& pairs = mergePairs_;
+    for (size_t slot = 0; slot < variables.size(); ++slot) {
+        pairs.clear();
         bool same = true;
         bool missing = false;
         ir::TypeId type = ir::kVoid;
         for (size_t i = 0; i < edges.size(); ++i) {
-            const Value value = module_.resolve(valueOn(i, variable));
+            const Value value = module_.resolve(values[i * variables.size() + slot]);
             missing = missing || value == ir::kNoValue;
             same = same && (i == 0 || value == pairs[0]);
             pairs.push_back(value);
@@ -103,12 +104,12 @@ void Lowerer::merge(BlockId block, std::vector<Edge>& edges) {
         }
         if (missing) {
             // Declared on one way only: nothing can name it here.
-            setVariable(variable, ir::kNoValue);
+            setVariable(variables[slot], ir::kNoValue);
         } else if (same) {
-            setVariable(variable, pairs[0]);
+            setVariable(variables[slot], pairs[0]);
         } else {
             const Value phi = builder_.phi(block, type, static_cast<uint32_t>(pairs.size()));
-            setVariable(variable, builder_.finishPhi(phi, pairs));
+            setVariable(variables[slot], builder_.finishPhi(phi, pairs));
         }
     }
 }
@@ -245,7 +246,16 @@ void Lowerer::declareVariable(const tree::Stmt* stmt) {
     } else {
         binding = bound(variable.type, stmt->expr);
     }
+    if (variable.isMoved) {
+        startMoving(binding);
+    }
     frame_->slots[variable.slot] = std::move(binding);
+}
+
+// From here on the pointer may be moved.
+void Lowerer::startMoving(Binding& pointer) {
+    pointer.moved = newVariable(ir::kNoValue);
+    setVariable(pointer.moved, builder_.intConstant(0));
 }
 
 // `rest` runs where the condition does not hold and there is no other branch.
@@ -310,14 +320,26 @@ std::vector<uint32_t> Lowerer::loopVariables(const tree::Stmt* stmt) {
             result.push_back(variable);
         }
     };
+    const auto addPlace = [&](const auto& self, const Place& place) -> void {
+        if (place.root == Place::Root::ssa) {
+            add(place.base);
+        }
+        if (place.whole != nullptr) {
+            self(self, *place.whole);
+        }
+        for (const auto& option : place.options) {
+            self(self, option);
+        }
+    };
     const auto addBinding = [&](const auto& self, const Binding& binding) -> void {
         switch (binding.kind) {
         case Binding::Kind::ssa:
             add(binding.ssa);
             break;
         case Binding::Kind::place:
-            if (binding.place.root == Place::Root::ssa) {
-                add(binding.place.base);
+            addPlace(addPlace, binding.place);
+            if (binding.moved != UINT32_MAX) {
+                add(binding.moved);
             }
             break;
         case Binding::Kind::alias:
@@ -343,6 +365,7 @@ std::vector<uint32_t> Lowerer::loopVariables(const tree::Stmt* stmt) {
         if (current_[frame_->result] != ir::kNoValue) {
             add(frame_->result);
         }
+        add(frame_->resultChoice);
     }
     return result;
 }
@@ -456,6 +479,9 @@ void Lowerer::multiway(const tree::Stmt* stmt) {
             cases.push_back({static_cast<uint32_t>(label.value), sections.back().second});
         }
     }
+    if (!spendWays(stmt->cases.size(), 0)) {
+        return;
+    }
     frame_->breakables.push_back({false, mark, after, ir::kNoBlock, {}, {}});
     const Edge entering = edge(mark);
     if (otherwise == after) {
@@ -495,13 +521,34 @@ void Lowerer::multiway(const tree::Stmt* stmt) {
     frame_->returned = false;
 }
 
+// Another of the places that a function may refer to with its result.
+void Lowerer::addResultPlace(Place place, Range range) {
+    auto& result = frame_->resultPlace;
+    const auto fixed = [](const Place& at) {
+        return at.address == ir::kNoValue && at.root != Place::Root::chosen &&
+               std::none_of(at.steps.begin(), at.steps.end(),
+                            [](const Step& step) { return step.dynamic; });
+    };
+    if (result.root == Place::Root::none) {
+        result = std::move(place);
+        return;
+    }
+    if (!fixed(place) || (result.root != Place::Root::chosen && !fixed(result))) {
+        error(range, "which place a function with several 'return's refers to must not depend on "
+                     "an index that is known at run time only");
+        return;
+    }
+    if (result.root != Place::Root::chosen) {
+        result = chosenPlace({result}, ir::kNoValue);
+    }
+    setVariable(frame_->resultChoice,
+                builder_.intConstant(static_cast<uint32_t>(result.options.size())));
+    result.options.push_back(std::move(place));
+}
+
 void Lowerer::leave(const tree::Stmt* stmt) {
     if (stmt->expr != nullptr && frame_->function->returnsReference) {
-        if (frame_->resultPlace.root != Place::Root::none) {
-            error(stmt->range, "a function that returns a reference has one 'return' here: which "
-                               "of several it is cannot be known when compiling");
-        }
-        frame_->resultPlace = place(stmt->expr);
+        addResultPlace(place(stmt->expr), stmt->range);
     } else if (stmt->expr != nullptr && stmt->expr->type->holdsResources()) {
         Binding result = bound(stmt->expr->type, stmt->expr);
         if (frame_->resultParts.kind == Binding::Kind::none) {

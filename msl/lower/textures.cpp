@@ -1,3 +1,4 @@
+#include <spirv/unified1/GLSL.std.450.h>
 #include <spirv/unified1/spirv.hpp>
 
 #include "msl/lower/lower.h"
@@ -8,7 +9,7 @@ using ir::Op;
 namespace TextureItem = tree::TextureItem;
 
 Lowerer::Value Lowerer::textureResource(const tree::Expr* expr) {
-    const Binding* binding = findBinding(expr);
+    const Binding* binding = settledTexture_ != nullptr ? settledTexture_ : findBinding(expr);
     if (binding != nullptr && binding->kind == Binding::Kind::texture) {
         return binding->resource;
     }
@@ -22,7 +23,7 @@ uint32_t Lowerer::samplerIndex(const tree::Expr* expr) {
     if (expr->kind == tree::ExprKind::variable && expr->variable->samplerIndex != UINT32_MAX) {
         return expr->variable->samplerIndex;
     }
-    const Binding* binding = findBinding(expr);
+    const Binding* binding = settledSampler_ != nullptr ? settledSampler_ : findBinding(expr);
     return binding != nullptr ? binding->samplerIndex : UINT32_MAX;
 }
 
@@ -30,7 +31,7 @@ Lowerer::Value Lowerer::samplerResource(const tree::Expr* expr) {
     if (const uint32_t index = samplerIndex(expr); index != UINT32_MAX) {
         return constantSampler(index);
     }
-    const Binding* binding = findBinding(expr);
+    const Binding* binding = settledSampler_ != nullptr ? settledSampler_ : findBinding(expr);
     if (binding != nullptr && binding->kind == Binding::Kind::sampler) {
         return binding->resource;
     }
@@ -42,10 +43,22 @@ Lowerer::Value Lowerer::samplerResource(const tree::Expr* expr) {
 // The coordinate with the array's index as its last component.
 Lowerer::Value Lowerer::textureCoordinate(const tree::Expr* expr, bool integer) {
     const Value coordinate = value(expr->items[TextureItem::coordinate]);
-    if (expr->items[TextureItem::layer] == nullptr) {
+    const auto* face = expr->items[TextureItem::face];
+    if (expr->items[TextureItem::layer] == nullptr && face == nullptr) {
         return coordinate;
     }
-    const Value layer = value(expr->items[TextureItem::layer]);
+    Value layer = ir::kNoValue;
+    if (expr->items[TextureItem::layer] != nullptr) {
+        layer = value(expr->items[TextureItem::layer]);
+    }
+    if (face != nullptr) {
+        // A cube that is written is a row of faces.
+        const Value side = value(face);
+        layer = layer == ir::kNoValue ? side
+                                      : builder_.binary(Op::iAdd, ir::kInt, side,
+                                                        builder_.binary(Op::iMul, ir::kInt, layer,
+                                                                        builder_.intConstant(6)));
+    }
     const Value last = integer ? layer : builder_.unary(Op::unsignedToFloat, ir::kFloat, layer);
     const uint32_t count = builder_.componentCount(builder_.typeOf(coordinate));
     std::vector<Value> parts;
@@ -65,6 +78,12 @@ Lowerer::Value Lowerer::fromTexel(const Type* texture, Value texel, const Type* 
 }
 
 Lowerer::Value Lowerer::texture(const tree::Expr* expr) {
+    if (const auto* open = openChoice(expr->items[TextureItem::texture], settledTexture_)) {
+        return onEachCandidate(expr, *open, settledTexture_);
+    }
+    if (const auto* open = openChoice(expr->items[TextureItem::sampler], settledSampler_)) {
+        return onEachCandidate(expr, *open, settledSampler_);
+    }
     const Value variable = textureResource(expr->items[TextureItem::texture]);
     if (variable == ir::kNoValue) {
         return expr->type->isVoid() ? ir::kNoValue : builder_.undefined(irType(expr->type));
@@ -98,10 +117,73 @@ ir::TypeId Lowerer::texelType(const Type& type, ir::TypeId image) {
                                     : ir::vectorOf(module_.types[image].element, 4);
 }
 
+// The direction from a cube's middle to the middle of a texel, by the faces' axes as Vulkan's
+// specification tabulates them in "Cube Map Face Selection".
+Lowerer::Value Lowerer::cubeDirection(const tree::Expr* expr, Value image, Value level) {
+    const bool arrayed = module_.types[builder_.typeOf(image)].arrayed;
+    const Value size = builder_.extract(
+        builder_.emit(Op::querySize, ir::vectorOf(ir::kInt, arrayed ? 3 : 2), {image, level}), 0);
+    const Value coordinate = value(expr->items[TextureItem::coordinate]);
+    const Value face = value(expr->items[TextureItem::face]);
+    const auto op = [&](Op code, Value a, Value b) {
+        return builder_.binary(code, ir::kFloat, a, b);
+    };
+    const Value one = builder_.floatConstant(1.0F);
+    const auto across = [&](uint32_t axis) {
+        const Value texel =
+            builder_.unary(Op::unsignedToFloat, ir::kFloat, builder_.extract(coordinate, axis));
+        const Value middle = op(Op::fAdd, texel, builder_.floatConstant(0.5F));
+        const Value part =
+            op(Op::fDiv, middle, builder_.unary(Op::unsignedToFloat, ir::kFloat, size));
+        return op(Op::fSub, op(Op::fMul, part, builder_.floatConstant(2.0F)), one);
+    };
+    const auto negative = [&](Value a) { return builder_.unary(Op::fNegate, ir::kFloat, a); };
+    const Value s = across(0);
+    const Value t = across(1);
+    const Value minus = builder_.floatConstant(-1.0F);
+    const ir::TypeId direction = ir::vectorOf(ir::kFloat, 3);
+    const Value axes[6][3] = {{one, negative(t), negative(s)},
+                              {minus, negative(t), s},
+                              {s, one, t},
+                              {s, minus, negative(t)},
+                              {s, negative(t), one},
+                              {negative(s), negative(t), minus}};
+    Value result = builder_.construct(direction, axes[5]);
+    for (uint32_t i = 5; i-- > 0;) {
+        result = builder_.select(direction, isWord(face, i), builder_.construct(direction, axes[i]),
+                                 result);
+    }
+    return result;
+}
+
+Lowerer::Value Lowerer::readCubeTexel(const tree::Expr* expr, Value variable) {
+    const Type& type = *expr->a->type;
+    const ir::TypeId imageType = module_.typeOf(variable).element;
+    const Value image = builder_.emit(Op::load, imageType, {variable});
+    const auto* item = expr->items[TextureItem::level];
+    const Value level = item != nullptr ? value(item) : builder_.intConstant(0);
+    Value at = cubeDirection(expr, image, level);
+    if (const auto* layer = expr->items[TextureItem::layer]) {
+        const Value number = builder_.unary(Op::unsignedToFloat, ir::kFloat, value(layer));
+        const Value parts[] = {builder_.extract(at, 0), builder_.extract(at, 1),
+                               builder_.extract(at, 2), number};
+        at = builder_.construct(ir::vectorOf(ir::kFloat, 4), parts);
+    }
+    const Value combined = sampledImage(expr, variable);
+    const Value texel =
+        builder_.emit(Op::sampleExplicit, texelType(type, imageType),
+                      {combined, at, builder_.unary(Op::unsignedToFloat, ir::kFloat, level)},
+                      spv::ImageOperandsLodMask);
+    return fromTexel(&type, texel, expr->type);
+}
+
 Lowerer::Value Lowerer::readTexel(const tree::Expr* expr, Value variable) {
     const Type& type = *expr->a->type;
     const ir::TypeId image = module_.typeOf(variable).element;
     const ir::TypeInfo shape = module_.types[image];
+    if (shape.dim == ir::ImageDim::cube && !shape.storageImage) {
+        return readCubeTexel(expr, variable);
+    }
     const Value coordinate = textureCoordinate(expr, true);
     std::vector<uint32_t> operands{builder_.emit(Op::load, image, {variable}), coordinate};
     uint32_t mask = 0;
@@ -212,6 +294,18 @@ Lowerer::Value Lowerer::sampleTexture(const tree::Expr* expr, Value variable) {
         } else if (pixels || stage_ == Stage::vertex) {
             // Only fragments have the derivatives that choose a level.
             level(builder_.floatConstant(0.0F));
+        } else if (gradients_ && clamp == nullptr) {
+            const auto scaled = [&](Value gradient) {
+                if (lod == nullptr) {
+                    return gradient;
+                }
+                const ir::TypeId shape = builder_.typeOf(gradient);
+                const Value factor = builder_.extended(GLSLstd450Exp2, ir::kFloat, {value(lod)});
+                return builder_.binary(Op::fMul, shape, gradient, builder_.splat(shape, factor));
+            };
+            mask = spv::ImageOperandsGradMask;
+            operands.push_back(scaled(gradients_->first));
+            operands.push_back(scaled(gradients_->second));
         } else if (clamp != nullptr) {
             // The level that would be chosen, and no finer one than the clamp allows.
             Value chosen = builder_.extract(

@@ -49,8 +49,12 @@ ir::TypeId Lowerer::irType(const Type* type) {
         made = builder_.array(irType(type->element), type->length);
     } else if (type->isStruct()) {
         std::vector<ir::Member> members;
-        for (const auto& field : type->structure->fields) {
-            members.push_back({irType(field.type), 0, 0});
+        if (isUnion(type)) {
+            members.resize(type->leaves, {ir::kInt, 0, 0});
+        } else {
+            for (const auto& field : type->structure->fields) {
+                members.push_back({irType(field.type), 0, 0});
+            }
         }
         if (members.empty()) {
             members.push_back({ir::kInt, 0, 0});
@@ -115,12 +119,26 @@ bool Lowerer::spend(Range range) {
     if (stopped_) {
         return false;
     }
+    spentOn_ = range;
     if (++steps_ > kMaxLoweringSteps || builder_.instructionCount() > kMaxInstructions) {
         error(range, "the functions expand to more than " + std::to_string(kMaxInstructions) +
                          " instructions");
         stopped_ = true;
     } else if (depth_ > kMaxLoweringDepth) {
         error(range, "the functions are nested too deeply when expanded");
+        stopped_ = true;
+    }
+    return !stopped_;
+}
+
+// Counts ways into one place and the values that they bring there.
+bool Lowerer::spendWays(size_t ways, size_t values) {
+    mergedValues_ += values;
+    if (!stopped_ && (ways > kMaxWays || mergedValues_ > kMaxMergedValues)) {
+        error(spentOn_, ways > kMaxWays
+                            ? "more than " + std::to_string(kMaxWays) + " ways meet in one place"
+                            : "the functions change more than " + std::to_string(kMaxMergedValues) +
+                                  " values where their ways meet");
         stopped_ = true;
     }
     return !stopped_;

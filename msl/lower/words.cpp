@@ -16,6 +16,9 @@ bool Lowerer::needsWords(const Type* type) const {
     if (type->isArray()) {
         return needsWords(type->element);
     }
+    if (isUnion(type)) {
+        return true;
+    }
     if (type->isStruct()) {
         for (const auto& field : type->structure->fields) {
             if (needsWords(field.type)) {
@@ -44,6 +47,9 @@ Lowerer::Value Lowerer::wordPointer(const Place& place, uint32_t offset) {
 }
 
 Lowerer::Value Lowerer::wordAt(const Place& place, uint32_t offset) {
+    if (place.root == Place::Root::shared) {
+        return sharedWord(place, offset);
+    }
     if (!place.constantSpace || place.address != ir::kNoValue) {
         return builder_.emit(Op::load, ir::kInt, {wordPointer(place, offset)});
     }
@@ -115,6 +121,9 @@ Lowerer::Value Lowerer::loadWords(const Place& place, const Type* type) {
     if (type->isScalar() || type->isEnum()) {
         return loadScalar(place, type, 0);
     }
+    if (isUnion(type)) {
+        return loadUnion(place, type);
+    }
     std::vector<Value> parts;
     const uint32_t count = type->isStruct()  ? static_cast<uint32_t>(type->structure->fields.size())
                            : type->isArray() ? type->length
@@ -132,22 +141,28 @@ Lowerer::Value Lowerer::loadWords(const Place& place, const Type* type) {
     return builder_.construct(irType(type), parts);
 }
 
+void Lowerer::putWord(const Place& place, uint32_t offset, Value word) {
+    if (place.root == Place::Root::shared) {
+        setSharedWord(place, offset, word);
+        return;
+    }
+    builder_.emit(Op::store, ir::kVoid, {wordPointer(place, offset), word});
+}
+
 void Lowerer::storeScalar(const Place& place, const Type* type, uint32_t offset, Value stored) {
     if (type->isEnum()) {
         type = type->element;
     }
-    const auto put = [&](uint32_t at, Value word) {
-        builder_.emit(Op::store, ir::kVoid, {wordPointer(place, at), word});
-    };
     if (type->size == 8) {
-        put(offset, builder_.unary(Op::unsignedWiden, ir::kInt, stored));
-        put(offset + 4, builder_.unary(Op::unsignedWiden, ir::kInt,
-                                       builder_.binary(Op::shiftRightLogical, ir::kLong, stored,
-                                                       builder_.constant(ir::kLong, 32))));
+        putWord(place, offset, builder_.unary(Op::unsignedWiden, ir::kInt, stored));
+        putWord(place, offset + 4,
+                builder_.unary(Op::unsignedWiden, ir::kInt,
+                               builder_.binary(Op::shiftRightLogical, ir::kLong, stored,
+                                               builder_.constant(ir::kLong, 32))));
         return;
     }
     if (type->size == 4) {
-        put(offset, builder_.unary(Op::bitcast, ir::kInt, stored));
+        putWord(place, offset, builder_.unary(Op::bitcast, ir::kInt, stored));
         return;
     }
     const uint32_t ones = type->size == 2 ? 0xFFFF : 0xFF;
@@ -166,6 +181,12 @@ void Lowerer::storeScalar(const Place& place, const Type* type, uint32_t offset,
     const Value placed = builder_.binary(
         Op::shiftLeft, ir::kInt,
         builder_.binary(Op::bitAnd, ir::kInt, bits, builder_.intConstant(ones)), shift);
+    if (place.root == Place::Root::shared) {
+        const Value rest = builder_.binary(Op::bitAnd, ir::kInt, sharedWord(place, offset),
+                                           builder_.unary(Op::bitNot, ir::kInt, mask));
+        setSharedWord(place, offset, builder_.binary(Op::bitOr, ir::kInt, rest, placed));
+        return;
+    }
     const Value pointer = wordPointer(place, offset);
     atomicOperation(Op::atomicAnd, ir::kInt, pointer, builder_.unary(Op::bitNot, ir::kInt, mask));
     atomicOperation(Op::atomicOr, ir::kInt, pointer, placed);
@@ -177,6 +198,10 @@ void Lowerer::storeWords(const Place& place, const Type* type, Value stored) {
     }
     if (type->isScalar() || type->isEnum()) {
         storeScalar(place, type, 0, stored);
+        return;
+    }
+    if (isUnion(type)) {
+        storeUnion(place, type, stored);
         return;
     }
     const uint32_t count = type->isStruct()  ? static_cast<uint32_t>(type->structure->fields.size())

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "msl/lexer/token.h"
 #include "msl/types/type.h"
@@ -18,6 +19,7 @@ struct TypeSyntax;
 struct TemplateArgument {
     TypeSyntax* type = nullptr; // one of the two
     Expr* value = nullptr;
+    bool expands = false; // a pattern that stands for each element of a pack
 };
 
 struct QualifiedName {
@@ -77,13 +79,17 @@ enum class ExprKind : uint8_t {
     sizeOf,
     alignOf,
     thisObject,
+    packExpansion, // a...
+    packElement,   // a, with its packs standing for their element of the number intValue
+    sizeOfPack,    // sizeof...(name)
 };
 
 struct Expr {
     ExprKind kind = ExprKind::intLiteral;
     TokenKind op = TokenKind::unknown;
-    bool braces = false; // construct: T{...}
-    uint16_t depth = 1;  // of the tree below
+    bool braces = false;  // construct: T{...}
+    bool grouped = false; // in parentheses of its own
+    uint16_t depth = 1;   // of the tree below
     const Type* literalType = nullptr;
     Range range;
     Expr* a = nullptr;
@@ -101,7 +107,8 @@ struct Attribute {
     Range range;
     Name name = nullptr;
     Expr* argument = nullptr;
-    Name word = nullptr; // the argument where it is a single name
+    Name word = nullptr;       // the argument where it is a single name
+    std::string_view string{}; // the argument where it is a string, without its quotes
     // The argument's value, which semantic analysis fills in where the attribute takes a number.
     bool hasNumber = false;
     uint32_t number = 0;
@@ -117,12 +124,14 @@ struct Variable {
     InitKind initKind = InitKind::none;
     bool isConstexpr = false;
     bool isStatic = false;
+    bool isPack = false; // a parameter that stands for any number of them
     std::span<Attribute> attributes{};
 };
 
 struct TemplateParameter {
     Range range;
     Name name = nullptr;
+    bool isPack = false;
     TypeSyntax* valueType = nullptr; // nothing for a type parameter
     TypeSyntax* defaultType = nullptr;
     Expr* defaultValue = nullptr;
@@ -144,6 +153,7 @@ struct Function {
     bool isConstructor = false;
     bool isExplicit = false;
     bool isDefaulted = false;
+    bool trailingResult = false;                 // the result's type may name the parameters
     AddressSpace selfSpace = AddressSpace::none; // of the object, as written behind the parameters
     FunctionStage stage = FunctionStage::none;
     Stmt* body = nullptr;
@@ -165,7 +175,8 @@ enum class DeclKind : uint8_t {
     space,
     usingSpace,
     usingName,
-    staticAssert
+    staticAssert,
+    instantiation // of a function template, or of a struct template that `type` names
 };
 
 struct Decl {
@@ -174,7 +185,8 @@ struct Decl {
     Name name = nullptr;
     std::span<Variable*> variables{};
     Function* function = nullptr;
-    std::span<Decl*> members{}; // of a struct or namespace
+    std::span<Decl*> members{};     // of a struct or namespace
+    std::span<TypeSyntax*> bases{}; // of a struct
     std::span<Enumerator> enumerators{};
     TypeSyntax* type = nullptr;      // aliased type, underlying type
     Decl* typeDeclaration = nullptr; // a struct or enum that the declaration defines on the way
@@ -183,7 +195,9 @@ struct Decl {
     std::span<TemplateParameter> templateParameters{};
     bool scoped = false;
     bool isTemplate = false;
-    bool isDefinition = false;  // a struct with its members
+    bool isDefinition = false; // a struct with its members
+    bool isUnion = false;
+    bool isInline = false;      // a namespace whose names are names of the one around it
     bool isSpecialised = false; // a struct template's explicit or partial specialisation
     std::span<TemplateArgument> arguments{}; // that it is specialised for
 };

@@ -17,7 +17,11 @@ Decl* Parser::declarationAtDepth(bool member) {
     case Keyword::inlineWord:
         if (peek(1).is(Keyword::namespaceWord)) {
             advance();
-            return spaceDeclaration();
+            Decl* decl = spaceDeclaration();
+            if (decl != nullptr) {
+                decl->isInline = true;
+            }
+            return decl;
         }
         break;
     case Keyword::usingWord:
@@ -129,8 +133,7 @@ Decl* Parser::staticAssertion() {
 Decl* Parser::templateDeclaration(bool member) {
     advance();
     if (!at(TokenKind::less)) {
-        error(peek(), "explicit template instantiations are not supported");
-        return nullptr;
+        return instantiation();
     }
     advance();
     const size_t mark = openScope();
@@ -138,43 +141,8 @@ Decl* Parser::templateDeclaration(bool member) {
     ++angleDepth_;
     while (!at(TokenKind::greater)) {
         TemplateParameter parameter;
-        parameter.range = peek().range();
-        if (at(Keyword::classWord) ||
-            (at(Keyword::typenameWord) && !peek(2).is(TokenKind::colonColon))) {
-            advance();
-            if (at(TokenKind::ellipsis)) {
-                error(peek(), "parameter packs are not supported; write the parameters out");
-                return nullptr;
-            }
-            if (atIdentifier()) {
-                parameter.range = peek().range();
-                parameter.name = advance().name;
-                declare(parameter.name, ParserKind::type);
-            }
-            if (accept(TokenKind::equal)) {
-                parameter.defaultType = typeName();
-                if (parameter.defaultType == nullptr) {
-                    return nullptr;
-                }
-            }
-        } else {
-            Specifiers parts;
-            Declarator name;
-            if (!specifiers(parts) || !declarator(parts, name, true)) {
-                return nullptr;
-            }
-            parameter.valueType = name.type;
-            if (name.name != nullptr) {
-                parameter.name = name.name->name;
-                parameter.range = name.range;
-                declare(parameter.name, ParserKind::value);
-            }
-            if (accept(TokenKind::equal)) {
-                parameter.defaultValue = binary(1);
-                if (parameter.defaultValue == nullptr) {
-                    return nullptr;
-                }
-            }
+        if (!templateParameter(parameter)) {
+            return nullptr;
         }
         list.push_back(parameter);
         if (!accept(TokenKind::comma)) {
@@ -208,6 +176,11 @@ Decl* Parser::templateDeclaration(bool member) {
     if (decl == nullptr) {
         return nullptr;
     }
+    if (decl->kind != DeclKind::function && decl->kind != DeclKind::variables &&
+        decl->name == nullptr) {
+        diagnostics_.error(decl->range, "a template needs a name");
+        return nullptr;
+    }
     switch (decl->kind) {
     case DeclKind::function:
         declare(decl->function->name, ParserKind::functionTemplate);
@@ -218,6 +191,70 @@ Decl* Parser::templateDeclaration(bool member) {
     default:
         declare(decl->name, ParserKind::typeTemplate);
         break;
+    }
+    return decl;
+}
+
+bool Parser::templateParameter(TemplateParameter& parameter) {
+    parameter.range = peek().range();
+    if (at(Keyword::classWord) ||
+        (at(Keyword::typenameWord) && !peek(2).is(TokenKind::colonColon))) {
+        advance();
+        parameter.isPack = accept(TokenKind::ellipsis);
+        if (atIdentifier()) {
+            parameter.range = peek().range();
+            parameter.name = advance().name;
+            declare(parameter.name, ParserKind::type);
+        }
+        if (accept(TokenKind::equal)) {
+            parameter.defaultType = typeName();
+            return parameter.defaultType != nullptr;
+        }
+        return true;
+    }
+    Specifiers parts;
+    Declarator name;
+    if (!specifiers(parts) || !declarator(parts, name, true)) {
+        return false;
+    }
+    parameter.valueType = name.type;
+    parameter.isPack = name.isPack;
+    if (name.name != nullptr) {
+        parameter.name = name.name->name;
+        parameter.range = name.range;
+        declare(parameter.name, ParserKind::value);
+    }
+    if (accept(TokenKind::equal)) {
+        parameter.defaultValue = binary(1);
+        return parameter.defaultValue != nullptr;
+    }
+    return true;
+}
+
+// "template struct S<int>;" and "template float f<float>(float);"
+Decl* Parser::instantiation() {
+    const Token& first = peek();
+    if (at(Keyword::structWord) || at(Keyword::classWord)) {
+        advance();
+        attributes();
+        Decl* decl = makeDecl(DeclKind::instantiation, first.range());
+        decl->type = typeName();
+        return decl->type != nullptr && expect(TokenKind::semicolon, "after the instantiation")
+                   ? decl
+                   : nullptr;
+    }
+    Specifiers parts;
+    Declarator name;
+    if (!specifiers(parts) || !declarator(parts, name, false)) {
+        return nullptr;
+    }
+    if (!at(TokenKind::leftParen)) {
+        error(peek(), "an explicit instantiation names a struct or a function with its parameters");
+        return nullptr;
+    }
+    Decl* decl = functionRest(parts, name);
+    if (decl != nullptr) {
+        decl->kind = DeclKind::instantiation;
     }
     return decl;
 }
@@ -260,6 +297,11 @@ Decl* Parser::simpleDeclaration(bool member, std::span<TemplateParameter> templa
         if (parts.isConversion) {
             name.name = qualifiedName(false);
             if (name.name == nullptr) {
+                return nullptr;
+            }
+            if (name.name->conversion == nullptr) {
+                diagnostics_.error(name.name->range,
+                                   "the type of the operator's result is missing before it");
                 return nullptr;
             }
             name.range = name.name->range;
@@ -307,6 +349,11 @@ Decl* Parser::simpleDeclaration(bool member, std::span<TemplateParameter> templa
         }
     }
     decl->variables = arena_.copy(list);
+    if (member && at(TokenKind::colon)) {
+        error(peek(), "bit-fields are not supported; 'extract_bits' and 'insert_bits' take an "
+                      "integer apart");
+        return nullptr;
+    }
     return expect(TokenKind::semicolon, "after the declaration") ? decl : nullptr;
 }
 
@@ -383,6 +430,7 @@ bool Parser::parameters(std::vector<Variable*>& list) {
         parameter->name = name.name != nullptr ? name.name->name : nullptr;
         parameter->range = name.name != nullptr ? name.range : parts.type->range;
         parameter->type = name.type;
+        parameter->isPack = name.isPack;
         auto attributeList = name.attributes;
         for (const auto& attribute : attributes()) {
             attributeList.push_back(attribute);
@@ -441,6 +489,18 @@ Decl* Parser::functionRest(const Specifiers& parts, const Declarator& name) {
         }
     }
     auto attributeList = attributes();
+    if (accept(TokenKind::arrow)) {
+        if (function->result->kind != TypeSyntaxKind::automatic) {
+            error(tokens_[position_ - 1], "a result's type behind the parameters needs 'auto' "
+                                          "before the name");
+            return nullptr;
+        }
+        function->result = typeName();
+        function->trailingResult = true;
+        if (function->result == nullptr) {
+            return nullptr;
+        }
+    }
     attributeList.insert(attributeList.end(), parts.attributes.begin(), parts.attributes.end());
     for (const auto& attribute : attributeList) {
         if (attribute.name->keyword == Keyword::vertexWord) {
@@ -459,34 +519,43 @@ Decl* Parser::functionRest(const Specifiers& parts, const Declarator& name) {
     return decl;
 }
 
+// "member(value), Base<T>{value}" after a constructor's parameters.
+bool Parser::memberInitializers(Function& function) {
+    std::vector<Variable*> inits;
+    do {
+        auto* init = arena_.make<Variable>();
+        const auto* name = qualifiedName(true);
+        if (name == nullptr) {
+            return false;
+        }
+        init->name = name->name;
+        init->range = name->range;
+        const bool brace = at(TokenKind::leftBrace);
+        init->initKind = brace ? InitKind::brace : InitKind::paren;
+        if (brace) {
+            init->init = initList();
+        } else {
+            Expr* value = makeExpr(ExprKind::list, peek().range());
+            std::vector<Expr*> items;
+            if (!expect(TokenKind::leftParen, "after the member's name") ||
+                !arguments(TokenKind::rightParen, items)) {
+                return false;
+            }
+            value->items = arena_.copy(items);
+            init->init = finish(value) ? value : nullptr;
+        }
+        if (init->init == nullptr) {
+            return false;
+        }
+        inits.push_back(init);
+    } while (accept(TokenKind::comma));
+    function.memberInits = arena_.copy(inits);
+    return true;
+}
+
 bool Parser::functionBody(Function& function) {
-    if (accept(TokenKind::colon)) {
-        std::vector<Variable*> inits;
-        do {
-            auto* init = arena_.make<Variable>();
-            if (!expectName(init->name, init->range, "a member's name")) {
-                return false;
-            }
-            const bool brace = at(TokenKind::leftBrace);
-            init->initKind = brace ? InitKind::brace : InitKind::paren;
-            if (brace) {
-                init->init = initList();
-            } else {
-                Expr* value = makeExpr(ExprKind::list, peek().range());
-                std::vector<Expr*> items;
-                if (!expect(TokenKind::leftParen, "after the member's name") ||
-                    !arguments(TokenKind::rightParen, items)) {
-                    return false;
-                }
-                value->items = arena_.copy(items);
-                init->init = finish(value) ? value : nullptr;
-            }
-            if (init->init == nullptr) {
-                return false;
-            }
-            inits.push_back(init);
-        } while (accept(TokenKind::comma));
-        function.memberInits = arena_.copy(inits);
+    if (accept(TokenKind::colon) && !memberInitializers(function)) {
+        return false;
     }
     if (at(TokenKind::equal) && peek(1).is(Keyword::defaultWord)) {
         function.isDefaulted = true;
@@ -509,14 +578,11 @@ bool Parser::functionBody(Function& function) {
 
 Decl* Parser::structDeclaration(bool& definition) {
     const Token& word = advance();
-    if (word.is(Keyword::unionWord)) {
-        error(word, "unions are not supported");
-        return nullptr;
-    }
     attributes();
     const bool isTemplate = inTemplate_;
     inTemplate_ = false;
     Decl* decl = makeDecl(DeclKind::structure, word.range());
+    decl->isUnion = word.is(Keyword::unionWord);
     if (atIdentifier()) {
         decl->range = peek().range();
         if (peek(1).is(TokenKind::colonColon)) {
@@ -534,18 +600,19 @@ Decl* Parser::structDeclaration(bool& definition) {
         }
         declare(decl->name, isTemplate ? ParserKind::typeTemplate : ParserKind::type);
     }
+    if (decl->name != nullptr && at(TokenKind::colon) && !baseStructs(*decl)) {
+        return nullptr;
+    }
     if (!at(TokenKind::leftBrace)) {
-        if (at(TokenKind::colon)) {
-            error(peek(), "base classes are not supported");
-            return nullptr;
-        }
         return decl;
     }
     advance();
     definition = true;
     decl->isDefinition = true;
     Decl* outer = inStruct_;
+    const bool outerDerived = derived_;
     inStruct_ = decl;
+    derived_ = derived_ || !decl->bases.empty();
     // A member's name is a value only inside the struct's own functions, so a field may carry the
     // name of a type without hiding it from the rest of the source.
     const size_t mark = openScope();
@@ -572,8 +639,31 @@ Decl* Parser::structDeclaration(bool& definition) {
     }
     closeScope(mark);
     inStruct_ = outer;
+    derived_ = outerDerived;
     decl->members = arena_.copy(members);
     return expect(TokenKind::rightBrace, "at the end of the struct") ? decl : nullptr;
+}
+
+// ": public A, B<T>"
+bool Parser::baseStructs(Decl& decl) {
+    advance();
+    std::vector<TypeSyntax*> bases;
+    do {
+        while (at(Keyword::publicWord) || at(Keyword::privateWord) || at(Keyword::protectedWord)) {
+            advance();
+        }
+        if (at(Keyword::virtualWord)) {
+            error(peek(), "the language has no virtual functions and base structs");
+            return false;
+        }
+        Specifiers base;
+        if (!specifiers(base)) {
+            return false;
+        }
+        bases.push_back(base.type);
+    } while (accept(TokenKind::comma));
+    decl.bases = arena_.copy(bases);
+    return true;
 }
 
 Decl* Parser::enumDeclaration() {

@@ -178,6 +178,16 @@ Expr* Parser::unaryAtDepth() {
                 makeExpr(token.is(Keyword::sizeofWord) ? ExprKind::sizeOf : ExprKind::alignOf,
                          token.range());
             advance();
+            if (accept(TokenKind::ellipsis)) {
+                expr->kind = ExprKind::sizeOfPack;
+                if (!expect(TokenKind::leftParen, "after 'sizeof...'")) {
+                    return nullptr;
+                }
+                expr->name = qualifiedName(false);
+                return expr->name != nullptr && expect(TokenKind::rightParen, "after the pack")
+                           ? expr
+                           : nullptr;
+            }
             if (at(TokenKind::leftParen)) {
                 const size_t before = position_;
                 advance();
@@ -210,7 +220,7 @@ bool Parser::arguments(TokenKind close, std::vector<Expr*>& list) {
             if (at(close)) {
                 break; // a trailing comma in braces
             }
-            Expr* argument = initializer();
+            Expr* argument = expanded(initializer());
             if (argument == nullptr) {
                 good = false;
                 break;
@@ -220,6 +230,17 @@ bool Parser::arguments(TokenKind close, std::vector<Expr*>& list) {
     }
     angleDepth_ = outerAngle;
     return good && expect(close, "after the arguments");
+}
+
+// The pattern, or its expansion where "..." follows.
+Expr* Parser::expanded(Expr* pattern) {
+    if (pattern == nullptr || !at(TokenKind::ellipsis)) {
+        return pattern;
+    }
+    Expr* expansion = makeExpr(ExprKind::packExpansion, pattern->range);
+    advance();
+    expansion->a = pattern;
+    return finish(expansion) ? expansion : nullptr;
 }
 
 Expr* Parser::initList() {
@@ -245,7 +266,7 @@ Expr* Parser::initList() {
             }
             designated = true;
         }
-        Expr* item = initializer();
+        Expr* item = expanded(initializer());
         if (item == nullptr) {
             return nullptr;
         }
@@ -264,6 +285,28 @@ Expr* Parser::initList() {
         list->designators = arena_.copy(designators);
     }
     return finish(list) ? list : nullptr;
+}
+
+// The name behind a '.' or '->'. Which members are templates is not known here: "m<type>(" and
+// "m<number>(" can hardly be anything else.
+QualifiedName* Parser::memberName() {
+    const size_t at = peek().is(Keyword::templateWord) ? 1 : 0;
+    const Token& first = peek(at);
+    if (!first.is(TokenKind::identifier) || !peek(at + 1).is(TokenKind::less) ||
+        !peek(at + skipName(at)).is(TokenKind::leftParen)) {
+        return qualifiedName(false);
+    }
+    const size_t before = position_;
+    position_ += at + 2;
+    const bool isTemplate = this->at(TokenKind::number) || startsType();
+    position_ = before;
+    const auto kind = first.name->parserKind;
+    if (isTemplate) {
+        first.name->parserKind = ParserKind::functionTemplate;
+    }
+    auto* result = qualifiedName(false);
+    first.name->parserKind = kind;
+    return result;
 }
 
 Expr* Parser::postfix(Expr* base) {
@@ -303,7 +346,7 @@ Expr* Parser::postfix(Expr* base) {
             expr = makeExpr(ExprKind::member, peek(1).range());
             expr->op = advance().kind;
             expr->a = base;
-            expr->name = qualifiedName(false);
+            expr->name = memberName();
             if (expr->name == nullptr) {
                 return nullptr;
             }
@@ -362,10 +405,15 @@ Expr* Parser::primary() {
         if (inner == nullptr || !expect(TokenKind::rightParen, "after the expression")) {
             return nullptr;
         }
+        inner->grouped = true;
         return inner;
     }
     case TokenKind::string:
         error(token, "string literals have no use in a shader");
+        return nullptr;
+    case TokenKind::leftBracket:
+        error(token, "the language has no lambda expressions; write a function, or a struct with "
+                     "'operator()'");
         return nullptr;
     case TokenKind::identifier:
     case TokenKind::colonColon:

@@ -35,6 +35,7 @@ class Parser {
         ast::TypeSyntax* type = nullptr;
         ast::QualifiedName* name = nullptr;
         Range range;
+        bool isPack = false;
         std::vector<ast::Attribute> attributes{}; // between the name and its array lengths
     };
     struct ShadowedName {
@@ -68,6 +69,8 @@ class Parser {
     ast::Decl* declaration(bool member);
     ast::Decl* declarationAtDepth(bool member);
     ast::Decl* templateDeclaration(bool member);
+    ast::Decl* instantiation();
+    bool templateParameter(ast::TemplateParameter& parameter);
     ast::Decl* spaceDeclaration();
     ast::Decl* usingDeclaration();
     ast::Decl* staticAssertion();
@@ -77,18 +80,21 @@ class Parser {
     bool parameters(std::vector<ast::Variable*>& list);
     ast::Variable* variableRest(const Specifiers& specifiers, const Declarator& declarator);
     ast::Decl* structDeclaration(bool& definition);
+    bool baseStructs(ast::Decl& decl);
     ast::Decl* enumDeclaration();
     bool functionBody(ast::Function& function);
+    bool memberInitializers(ast::Function& function);
     bool looksLikeParameters() const;
     ast::Decl* makeDecl(ast::DeclKind kind, Range range);
     ast::Decl* inStruct_ = nullptr;
+    bool derived_ = false;    // names that are not known may be types of the struct's bases
     bool inTemplate_ = false; // the declaration at hand is a template's
 
     // type_syntax.cpp
     bool specifiers(Specifiers& result);
     bool typeSpecifier(Specifiers& result, bool& seen);
     bool declarator(const Specifiers& specifiers, Declarator& result, bool abstract);
-    ast::TypeSyntax* typeName();
+    ast::TypeSyntax* typeName(bool* expands = nullptr);
     bool operatorName(ast::QualifiedName& name);
     ast::TypeSyntax* builtinSyntax(const Type* type, Range range);
     bool arraySuffixes(ast::TypeSyntax*& type);
@@ -120,8 +126,10 @@ class Parser {
     ast::Expr* unary();
     ast::Expr* unaryAtDepth();
     ast::Expr* postfix(ast::Expr* base);
+    ast::QualifiedName* memberName();
     ast::Expr* primary();
     ast::Expr* number();
+    ast::Expr* expanded(ast::Expr* pattern);
     ast::Expr* initList();
     ast::Expr* initializer() { return at(TokenKind::leftBrace) ? initList() : assignment(); }
     bool arguments(TokenKind close, std::vector<ast::Expr*>& list);

@@ -180,7 +180,11 @@ Stmt* Parser::statementAtDepth() {
     while (at(TokenKind::leftBracket) && peek(1).is(TokenKind::leftBracket)) {
         const size_t before = position_;
         attributes();
-        if (startsDeclaration() || position_ == before) {
+        if (startsDeclaration()) {
+            position_ = before; // they are the declaration's
+            break;
+        }
+        if (position_ == before) {
             break;
         }
     }

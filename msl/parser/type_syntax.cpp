@@ -247,12 +247,13 @@ bool Parser::templateArguments(std::vector<TemplateArgument>& list) {
                                        peek(length - 3).is(TokenKind::shiftRight)) &&
                                       !at(Keyword::typenameWord);
         if (startsType() && !memberOfTemplate) {
-            argument.type = typeName();
+            argument.type = typeName(&argument.expands);
             good = argument.type != nullptr;
         } else {
             argument.value = binary(1);
             good = argument.value != nullptr;
         }
+        argument.expands = accept(TokenKind::ellipsis) || argument.expands;
         list.push_back(argument);
         if (!accept(TokenKind::comma)) {
             break;
@@ -264,7 +265,8 @@ bool Parser::templateArguments(std::vector<TemplateArgument>& list) {
 
 void Parser::attributeArgument(Attribute& attribute) {
     if (at(TokenKind::string)) {
-        advance();
+        const auto text = advance().text();
+        attribute.string = text.size() >= 2 ? text.substr(1, text.size() - 2) : text;
         return;
     }
     if (at(TokenKind::identifier) && peek(1).is(TokenKind::rightParen)) {
@@ -352,8 +354,14 @@ bool Parser::specifiers(Specifiers& result) {
                 error(peek(), std::string(reason));
             } else if (atIdentifier()) {
                 error(peek(), "there is no type named '" + std::string(peek().name->text) + "'");
+                const auto here = nameHere(peek().name->text);
+                if (!here.empty()) {
+                    diagnostics_.note(peek().range(),
+                                      "the language calls it '" + std::string(here) + "'");
+                }
                 for (const auto name : names_.all()) {
-                    if ((name->parserKind == ParserKind::type || builtinTypeOf(name) != nullptr) &&
+                    if (here.empty() &&
+                        (name->parserKind == ParserKind::type || builtinTypeOf(name) != nullptr) &&
                         name != peek().name &&
                         editDistance(name->text, peek().name->text, 2) <= 2) {
                         diagnostics_.note(peek().range(),
@@ -514,7 +522,11 @@ bool Parser::typeSpecifier(Specifiers& result, bool& seen) {
         (following == TokenKind::ampersand || following == TokenKind::star ||
          following == TokenKind::greater || following == TokenKind::comma ||
          following == TokenKind::semicolon || following == TokenKind::rightParen);
-    if (!startsType() && !memberType) {
+    const bool ofBase = derived_ && atIdentifier() &&
+                        token.name->parserKind == ParserKind::unknown &&
+                        (following == TokenKind::identifier || following == TokenKind::ampersand ||
+                         following == TokenKind::star);
+    if (!startsType() && !memberType && !ofBase) {
         return false;
     }
     const bool user = last.name->parserKind == ParserKind::type ||
@@ -617,6 +629,7 @@ bool Parser::declarator(const Specifiers& specifiers, Declarator& result, bool a
             break;
         }
     }
+    result.isPack = accept(TokenKind::ellipsis);
     if (atIdentifier() || at(Keyword::operatorWord) ||
         (at(TokenKind::identifier) && peek(1).is(TokenKind::colonColon))) {
         result.range = peek().range();
@@ -643,7 +656,8 @@ bool Parser::declarator(const Specifiers& specifiers, Declarator& result, bool a
     return at(TokenKind::leftParen) || arraySuffixes(result.type);
 }
 
-TypeSyntax* Parser::typeName() {
+// `expands`, where an expansion may stand, says whether one does.
+TypeSyntax* Parser::typeName(bool* expands) {
     const Nesting nesting(*this);
     if (nesting.refused()) {
         return nullptr;
@@ -651,6 +665,12 @@ TypeSyntax* Parser::typeName() {
     Specifiers parts;
     Declarator result;
     if (!specifiers(parts) || !declarator(parts, result, true)) {
+        return nullptr;
+    }
+    if (expands != nullptr) {
+        *expands = result.isPack;
+    } else if (result.isPack) {
+        error(tokens_[position_ - 1], "a parameter pack cannot be expanded here");
         return nullptr;
     }
     return result.type;

@@ -14,6 +14,8 @@ constexpr PredefinedMacro kMacros[] = {
     {"__LINE__", "", Macro::Kind::line},
     {"__FILE__", "", Macro::Kind::file},
     {"__COUNTER__", "", Macro::Kind::counter},
+    {"_Pragma", "", Macro::Kind::function},
+    {"__typeof__", "decltype"},
     {"METAL_FUNC", "inline"},
     {"METAL_INTERNAL", "inline"},
     {"CHAR_BIT", "8"},

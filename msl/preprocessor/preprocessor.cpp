@@ -99,6 +99,10 @@ Macro* Preprocessor::macroOf(Name name) {
     }
     auto* macro = arena_.make<Macro>();
     macro->kind = predefined->kind;
+    if (macro->kind == Macro::Kind::function) {
+        // Its argument says nothing that matters here.
+        macro->parameters = arena_.copy(std::vector<Name>{names_.intern("__argument")});
+    }
     if (!predefined->body.empty()) {
         const SourceManager::File file{std::string(), std::string(), predefined->body, 0};
         Lexer lexer(file, names_, arena_, diagnostics_);

@@ -9,8 +9,14 @@ using tree::ExprKind;
 
 bool Sema::argumentsOf(std::span<ast::Expr* const> items, std::vector<tree::Expr*>& result) {
     bool good = true;
-    for (const auto* item : items) {
-        tree::Expr* argument = value(item);
+    for (const auto* item : expandItems(items)) {
+        tree::Expr* argument = nullptr;
+        if (item->kind == ast::ExprKind::list) {
+            argument = makeExpr(ExprKind::list, voidType(), item->range);
+            argument->list = item;
+        } else {
+            argument = value(item);
+        }
         good = good && argument != nullptr;
         result.push_back(argument);
     }
@@ -32,7 +38,8 @@ std::string Sema::signature(const tree::Function& function) const {
 
 // Whether a reference parameter can stand for the argument itself.
 bool Sema::bindsReference(const tree::Variable& parameter, const tree::Expr* argument) const {
-    const bool sameType = argument->type == parameter.type;
+    const bool sameType =
+        argument->type == parameter.type || derivesFrom(argument->type, parameter.type);
     if (sameType && argument->lvalue && argument->space == parameter.space &&
         (parameter.isConst || !argument->isConst)) {
         return argument->kind != ExprKind::swizzle || argument->componentCount == 1;
@@ -58,19 +65,18 @@ tree::Expr* Sema::memberCall(const ast::Expr* expr) {
     if (object->type->isArray() && name->text == "size") {
         return constantExpr(scalarType(TypeKind::ulongType), object->type->length, expr->range);
     }
-    if (const auto* method = methodOf(object->type, name)) {
+    const Type* owner = nullptr;
+    if (const auto* method = findMethod(object->type, name, owner)) {
         std::vector<tree::Expr*> arguments;
         return argumentsOf(expr->items, arguments)
-                   ? callOverloads(method->overloads, object, arguments, callee->name,
-                                   callee->range, false)
+                   ? callOverloads(method->overloads, asBase(object, owner), arguments,
+                                   callee->name, callee->range, false)
                    : nullptr;
     }
+    // A member that is itself called: s.f(x), where f has operator().
     if (object->type->isStruct()) {
-        // A member that is itself called: s.f(x), where f has operator().
-        for (const auto& field : object->type->structure->fields) {
-            if (field.name == name) {
-                return objectCall(memberExpression(callee), expr);
-            }
+        if (tree::Expr* member = findField(object, name, callee->range)) {
+            return objectCall(member, expr);
         }
     }
     error(callee->range, "'" + toText(object->type) + "' has no member function '" +
@@ -108,6 +114,9 @@ tree::Expr* Sema::call(const ast::Expr* expr) {
         return nullptr;
     }
     if (symbol != nullptr && symbol->kind == SymbolKind::type) {
+        if (expr->items.empty()) {
+            return defaultValue(symbol->type, expr->range);
+        }
         return fromList(symbol->type, expr->items, expr->designators, expr->range, false);
     }
     if (symbol == nullptr && (plain || isMetalSpace(name))) {
@@ -122,26 +131,34 @@ tree::Expr* Sema::call(const ast::Expr* expr) {
     // A member function called from another of the same struct.
     if (plain && state_ != nullptr && state_->record != nullptr &&
         (symbol == nullptr || symbol->space != nullptr)) {
-        const auto* method = methodOf(state_->record->space->self, name.name);
+        const Type* owner = nullptr;
+        const auto* method = findMethod(state_->record->space->self, name.name, owner);
         if (method != nullptr) {
             tree::Variable* self = state_->function->self;
             return good ? callOverloads(method->overloads,
-                                        self != nullptr ? variableExpr(self, callee->range)
-                                                        : nullptr,
+                                        self != nullptr
+                                            ? asBase(variableExpr(self, callee->range), owner)
+                                            : nullptr,
                                         arguments, &name, callee->range, false)
                         : nullptr;
         }
     }
     if (symbol == nullptr && !plain && (name.owner != nullptr || !isMetalSpace(name))) {
-        // A static member function.
+        // A static member function, or a base's own one.
         const Space* space = spaceOf(name);
         if (space == nullptr) {
             return nullptr;
         }
+        const Type* owner = nullptr;
         if (const auto* method =
-                space->self != nullptr ? methodOf(space->self, name.name) : nullptr) {
-            return good ? callOverloads(method->overloads, nullptr, arguments, &name, callee->range,
-                                        false)
+                space->self != nullptr ? findMethod(space->self, name.name, owner) : nullptr) {
+            tree::Variable* self = state_ != nullptr ? state_->function->self : nullptr;
+            const bool ours =
+                self != nullptr && (self->type == owner || derivesFrom(self->type, owner));
+            return good ? callOverloads(method->overloads,
+                                        ours ? asBase(variableExpr(self, callee->range), owner)
+                                             : nullptr,
+                                        arguments, &name, callee->range, false)
                         : nullptr;
         }
     }
@@ -180,6 +197,34 @@ tree::Expr* Sema::call(const ast::Expr* expr) {
     return good ? callLibrary(library, arguments, callee->range) : nullptr;
 }
 
+// Whether braces may make the value of a parameter, as far as their number of values says.
+bool Sema::mayInitialise(const ast::Expr& list, const tree::Variable& parameter) const {
+    const Type* type = parameter.type;
+    if (parameter.isReference && (!parameter.isConst || parameter.space != AddressSpace::thread)) {
+        return false;
+    }
+    const size_t count = list.items.size();
+    if (const auto* record = recordOf(type)) {
+        if (const auto* method = methodOf(type, record->constructors)) {
+            const auto& set = overloads_[method->overloads];
+            return std::any_of(set.begin(), set.end(), [&](const Overload& overload) {
+                return overload.function != nullptr &&
+                       count <= overload.function->parameters.size() &&
+                       count >= overload.function->requiredParameters;
+            });
+        }
+    }
+    if (type->isStruct()) {
+        return count <= type->structure->fields.size() || type->leaves >= count;
+    }
+    if (type->isArray()) {
+        return count <= size_t{type->length} * type->element->leaves;
+    }
+    return type->isMatrix()   ? count <= size_t{type->count} * type->element->count
+           : type->isVector() ? count <= type->count
+                              : count <= 1;
+}
+
 // Whether the function takes these arguments, and how well each fits, the object's fit first.
 bool Sema::viable(const tree::Function& function, const tree::Expr* self,
                   const std::vector<tree::Expr*>& arguments, std::vector<Rank>& ranks) const {
@@ -204,6 +249,13 @@ bool Sema::viable(const tree::Function& function, const tree::Expr* self,
     ranks.push_back(fit);
     for (size_t i = 0; i < arguments.size(); ++i) {
         const auto& parameter = *function.parameters[i];
+        if (arguments[i]->kind == ExprKind::list) {
+            if (!mayInitialise(*arguments[i]->list, parameter)) {
+                return false;
+            }
+            ranks.push_back(Rank::user);
+            continue;
+        }
         fit = rank(arguments[i]->type, parameter.type);
         if (parameter.isReference && !bindsReference(parameter, arguments[i])) {
             fit = Rank::none;
@@ -231,7 +283,7 @@ tree::Expr* Sema::callOverloads(uint32_t set, tree::Expr* self, std::vector<tree
     struct Candidate {
         tree::Function* function = nullptr;
         std::vector<Rank> ranks;
-        bool fromTemplate = false;
+        const ast::Function* pattern = nullptr; // of a template's instance
     };
     std::vector<Candidate> candidates;
     // Instantiating may add overload sets, so the set is found anew at every step.
@@ -243,12 +295,13 @@ tree::Expr* Sema::callOverloads(uint32_t set, tree::Expr* self, std::vector<tree
         } else if (name != nullptr && name->hasArguments && !isSpecialisation(overload, *name)) {
             continue;
         }
-        Candidate candidate{function, {}, overload.function == nullptr};
+        Candidate candidate{
+            function, {}, overload.function == nullptr ? overload.pattern : nullptr};
         if (function != nullptr && viable(*function, self, arguments, candidate.ranks)) {
             candidates.push_back(std::move(candidate));
         }
     }
-    const auto better = [](const Candidate& a, const Candidate& b) {
+    const auto better = [&](const Candidate& a, const Candidate& b) {
         bool some = false;
         for (size_t i = 0; i < a.ranks.size(); ++i) {
             if (a.ranks[i] > b.ranks[i]) {
@@ -256,7 +309,10 @@ tree::Expr* Sema::callOverloads(uint32_t set, tree::Expr* self, std::vector<tree
             }
             some = some || a.ranks[i] < b.ranks[i];
         }
-        return some || (b.fromTemplate && !a.fromTemplate);
+        if (some || b.pattern == nullptr) {
+            return some;
+        }
+        return a.pattern == nullptr || specificity(*a.pattern) > specificity(*b.pattern);
     };
     const Candidate* best = nullptr;
     for (const auto& candidate : candidates) {
@@ -302,7 +358,8 @@ void Sema::reportNoOverload(uint32_t set, const std::vector<tree::Expr*>& argume
                             bool ambiguous) {
     std::string types;
     for (size_t i = 0; i < arguments.size(); ++i) {
-        types += (i > 0 ? ", " : "") + toText(arguments[i]->type);
+        types += (i > 0 ? ", " : "") +
+                 (arguments[i]->kind == ExprKind::list ? "{...}" : toText(arguments[i]->type));
     }
     const auto& overloads = overloads_[set];
     const auto called = std::string(overloads.front().pattern->name->text);
@@ -328,6 +385,16 @@ tree::Expr* Sema::finishCall(tree::Function& function, tree::Expr* self,
         if (argument == nullptr) {
             return nullptr;
         }
+        if (argument->kind == ExprKind::list) {
+            const auto& list = *argument->list;
+            argument = fromList(parameter.type, list.items, list.designators, list.range, true);
+            if (argument == nullptr) {
+                return nullptr;
+            }
+        }
+        if (parameter.isReference && argument->lvalue) {
+            argument = asBase(argument, parameter.type);
+        }
         if (parameter.isReference && argument->type == parameter.type && argument->lvalue) {
             if (!parameter.isConst) {
                 noteAssigned(argument);
@@ -346,7 +413,18 @@ tree::Expr* Sema::finishCall(tree::Function& function, tree::Expr* self,
     if (self != nullptr && function.self != nullptr && self->lvalue && !function.isConst) {
         noteAssigned(self);
     }
+    const uint32_t before = diagnostics_.errorCount();
     analysePending(function);
+    // A call ahead of the definition: the body is analysed as soon as it is met.
+    function.pending = function.pending || function.syntax->body == nullptr;
+    if (diagnostics_.errorCount() != before && function.syntax->isTemplate) {
+        diagnostics_.note(range, "this call needs that instance of the template");
+    }
+    if (function.result == nullptr) {
+        error(range, "the type of what '" + std::string(function.name->text) +
+                         "' returns is not known before its definition");
+        return nullptr;
+    }
     tree::Expr* result = makeExpr(ExprKind::call, function.result, range);
     result->function = &function;
     result->a = function.self != nullptr && !function.constructor ? self : nullptr;

@@ -3,7 +3,7 @@
 
 #include "msl/ir/builder.h"
 #include "msl/sema/depth.h"
-#include "msl/sema/sema.h"
+#include "msl/sema/evaluator.h"
 
 namespace msl {
 namespace {
@@ -54,8 +54,13 @@ std::optional<Sema::Scalar> Sema::convertScalar(Scalar value, const Type* to) {
     return Scalar{to, wrapped(value.bits, to)};
 }
 
+// One constant takes so much work at most, and all of them together.
+bool Sema::spendConstantStep() {
+    return ++constantSteps_ <= kMaxConstantSteps && ++allConstantSteps_ <= kMaxAllConstantSteps;
+}
+
 std::optional<Sema::Scalar> Sema::evaluate(const tree::Expr* expr) {
-    if (expr == nullptr || ++constantSteps_ > kMaxConstantSteps) {
+    if (expr == nullptr || !spendConstantStep()) {
         return std::nullopt;
     }
     const DepthGuard guard(depth_);
@@ -101,127 +106,133 @@ std::optional<Sema::Scalar> Sema::evaluateAtDepth(const tree::Expr* expr) {
     }
     case tree::ExprKind::unary: {
         const auto value = evaluate(expr->a);
-        if (!value || !expr->type->isScalar()) {
-            return std::nullopt;
-        }
-        switch (expr->op) {
-        case TokenKind::minus:
-            return expr->type->isFloating()
-                       ? Scalar{expr->type, bitsOf(-asDouble(value->bits))}
-                       : Scalar{expr->type, wrapped(0 - value->bits, expr->type)};
-        case TokenKind::tilde:
-            return Scalar{expr->type, wrapped(~value->bits, expr->type)};
-        case TokenKind::exclamation:
-            return Scalar{boolType(), value->bits == 0 ? 1U : 0U};
-        default:
-            return value;
-        }
+        return value && expr->type->isScalar() ? foldUnary(expr->op, expr->type, *value)
+                                               : std::nullopt;
     }
     case tree::ExprKind::binary: {
         const auto left = evaluate(expr->a);
         const auto right = evaluate(expr->b);
-        if (!left || !right || !left->type->isScalar() || !right->type->isScalar()) {
-            return std::nullopt;
-        }
-        const Type* type = left->type;
-        if (type->isFloating()) {
-            const double a = asDouble(left->bits);
-            const double b = asDouble(right->bits);
-            const auto number = [&](double value) {
-                return Scalar{expr->type, bitsOf(static_cast<double>(static_cast<float>(value)))};
-            };
-            const auto truth = [](bool value) { return Scalar{boolType(), value ? 1U : 0U}; };
-            switch (expr->op) {
-            case TokenKind::plus:
-                return number(a + b);
-            case TokenKind::minus:
-                return number(a - b);
-            case TokenKind::star:
-                return number(a * b);
-            case TokenKind::slash:
-                return b == 0 ? std::nullopt : std::optional(number(a / b));
-            case TokenKind::less:
-                return truth(a < b);
-            case TokenKind::greater:
-                return truth(a > b);
-            case TokenKind::lessEqual:
-                return truth(a <= b);
-            case TokenKind::greaterEqual:
-                return truth(a >= b);
-            case TokenKind::equalEqual:
-                return truth(a == b);
-            case TokenKind::exclamationEqual:
-                return truth(a != b);
-            default:
-                return std::nullopt;
-            }
-        }
-        const bool isSigned = type->isSigned() || type->isBool();
-        const auto pick = [&](ir::Op whenSigned, ir::Op whenUnsigned) {
-            return isSigned ? whenSigned : whenUnsigned;
+        return left && right && left->type->isScalar() && right->type->isScalar()
+                   ? foldBinary(expr->op, expr->type, *left, *right)
+                   : std::nullopt;
+    }
+    default:
+        return Evaluator(*this).scalar(expr);
+    }
+}
+
+// An operation on one scalar, and on two of one type. `type` is that of the result.
+std::optional<Sema::Scalar> Sema::foldUnary(TokenKind op, const Type* type, Scalar value) {
+    switch (op) {
+    case TokenKind::minus:
+        return type->isFloating() ? Scalar{type, bitsOf(-asDouble(value.bits))}
+                                  : Scalar{type, wrapped(0 - value.bits, type)};
+    case TokenKind::tilde:
+        return Scalar{type, wrapped(~value.bits, type)};
+    case TokenKind::exclamation:
+        return Scalar{boolType(), value.bits == 0 ? 1U : 0U};
+    default:
+        return value;
+    }
+}
+
+std::optional<Sema::Scalar> Sema::foldBinary(TokenKind op, const Type* type, Scalar left,
+                                             Scalar right) {
+    const Type* operand = left.type;
+    if (operand->isFloating()) {
+        const double a = asDouble(left.bits);
+        const double b = asDouble(right.bits);
+        const auto number = [&](double value) {
+            return Scalar{type, bitsOf(static_cast<double>(static_cast<float>(value)))};
         };
-        ir::Op op = ir::Op::none;
-        switch (expr->op) {
+        const auto truth = [](bool value) { return Scalar{boolType(), value ? 1U : 0U}; };
+        switch (op) {
         case TokenKind::plus:
-            op = ir::Op::iAdd;
-            break;
+            return number(a + b);
         case TokenKind::minus:
-            op = ir::Op::iSub;
-            break;
+            return number(a - b);
         case TokenKind::star:
-            op = ir::Op::iMul;
-            break;
+            return number(a * b);
         case TokenKind::slash:
-            op = pick(ir::Op::sDiv, ir::Op::uDiv);
-            break;
-        case TokenKind::percent:
-            op = pick(ir::Op::sRem, ir::Op::uMod);
-            break;
-        case TokenKind::ampersand:
-            op = ir::Op::bitAnd;
-            break;
-        case TokenKind::pipe:
-            op = ir::Op::bitOr;
-            break;
-        case TokenKind::caret:
-            op = ir::Op::bitXor;
-            break;
-        case TokenKind::shiftLeft:
-            op = ir::Op::shiftLeft;
-            break;
-        case TokenKind::shiftRight:
-            op = pick(ir::Op::shiftRightArithmetic, ir::Op::shiftRightLogical);
-            break;
+            return b == 0 ? std::nullopt : std::optional(number(a / b));
         case TokenKind::less:
-            op = pick(ir::Op::sLess, ir::Op::uLess);
-            break;
+            return truth(a < b);
         case TokenKind::greater:
-            op = pick(ir::Op::sGreater, ir::Op::uGreater);
-            break;
+            return truth(a > b);
         case TokenKind::lessEqual:
-            op = pick(ir::Op::sLessEqual, ir::Op::uLessEqual);
-            break;
+            return truth(a <= b);
         case TokenKind::greaterEqual:
-            op = pick(ir::Op::sGreaterEqual, ir::Op::uGreaterEqual);
-            break;
+            return truth(a >= b);
         case TokenKind::equalEqual:
-            op = ir::Op::iEqual;
-            break;
+            return truth(a == b);
         case TokenKind::exclamationEqual:
-            op = ir::Op::iNotEqual;
-            break;
+            return truth(a != b);
         default:
             return std::nullopt;
         }
-        const auto folded = ir::foldScalar(op, ir::kLong, left->bits, right->bits);
-        if (!folded) {
-            return std::nullopt;
-        }
-        return Scalar{expr->type, wrapped(*folded, expr->type)};
     }
+    const bool isSigned = operand->isSigned() || operand->isBool();
+    const auto pick = [&](ir::Op whenSigned, ir::Op whenUnsigned) {
+        return isSigned ? whenSigned : whenUnsigned;
+    };
+    ir::Op folding = ir::Op::none;
+    switch (op) {
+    case TokenKind::plus:
+        folding = ir::Op::iAdd;
+        break;
+    case TokenKind::minus:
+        folding = ir::Op::iSub;
+        break;
+    case TokenKind::star:
+        folding = ir::Op::iMul;
+        break;
+    case TokenKind::slash:
+        folding = pick(ir::Op::sDiv, ir::Op::uDiv);
+        break;
+    case TokenKind::percent:
+        folding = pick(ir::Op::sRem, ir::Op::uMod);
+        break;
+    case TokenKind::ampersand:
+        folding = ir::Op::bitAnd;
+        break;
+    case TokenKind::pipe:
+        folding = ir::Op::bitOr;
+        break;
+    case TokenKind::caret:
+        folding = ir::Op::bitXor;
+        break;
+    case TokenKind::shiftLeft:
+        folding = ir::Op::shiftLeft;
+        break;
+    case TokenKind::shiftRight:
+        folding = pick(ir::Op::shiftRightArithmetic, ir::Op::shiftRightLogical);
+        break;
+    case TokenKind::less:
+        folding = pick(ir::Op::sLess, ir::Op::uLess);
+        break;
+    case TokenKind::greater:
+        folding = pick(ir::Op::sGreater, ir::Op::uGreater);
+        break;
+    case TokenKind::lessEqual:
+        folding = pick(ir::Op::sLessEqual, ir::Op::uLessEqual);
+        break;
+    case TokenKind::greaterEqual:
+        folding = pick(ir::Op::sGreaterEqual, ir::Op::uGreaterEqual);
+        break;
+    case TokenKind::equalEqual:
+        folding = ir::Op::iEqual;
+        break;
+    case TokenKind::exclamationEqual:
+        folding = ir::Op::iNotEqual;
+        break;
     default:
         return std::nullopt;
     }
+    const auto folded = ir::foldScalar(folding, ir::kLong, left.bits, right.bits);
+    if (!folded) {
+        return std::nullopt;
+    }
+    return Scalar{type, wrapped(*folded, type)};
 }
 
 std::optional<int64_t> Sema::integerConstant(const ast::Expr* expr, std::string_view what) {

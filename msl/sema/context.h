@@ -9,7 +9,9 @@ namespace msl {
 class Sema::Context {
   public:
     Context(Sema& sema, Space* space)
-        : sema_(sema), space_(sema.space_), state_(sema.state_), scopeStart_(sema.scopeStart_) {
+        : sema_(sema), space_(sema.space_), state_(sema.state_), scopeStart_(sema.scopeStart_),
+          packIndex_(sema.packIndex_) {
+        sema.packIndex_.reset();
         sema.space_ = space;
         sema.state_ = nullptr;
         sema.scopeStart_ = sema.scope_.size();
@@ -18,6 +20,7 @@ class Sema::Context {
         sema_.space_ = space_;
         sema_.state_ = state_;
         sema_.scopeStart_ = scopeStart_;
+        sema_.packIndex_ = packIndex_;
     }
     Context(const Context&) = delete;
     Context& operator=(const Context&) = delete;
@@ -27,6 +30,7 @@ class Sema::Context {
     Space* space_;
     FunctionState* state_;
     size_t scopeStart_;
+    std::optional<size_t> packIndex_;
 };
 
 } // namespace msl

@@ -103,6 +103,13 @@ Rank Sema::standardRank(const Type* from, const Type* to) const {
     if (from->isEnum() && from->enumeration->scoped) {
         return Rank::none;
     }
+    if (derivesFrom(from, to)) {
+        return Rank::conversion;
+    }
+    if (to->isPointer() && from->isPointer() && derivesFrom(from->element, to->element) &&
+        from->space == to->space && (to->constPointee || !from->constPointee)) {
+        return Rank::conversion;
+    }
     if (from->isScalar() && to->isScalar()) {
         const bool small = from->isInteger() && from->kind < TypeKind::intType;
         if ((small && to == intType()) || (from->kind == TypeKind::halfType && to == floatType())) {
@@ -139,6 +146,15 @@ tree::Expr* Sema::convertTo(tree::Expr* expr, const Type* to) {
         if (const auto value = convertScalar({expr->type, expr->bits}, to)) {
             return constantExpr(to, value->bits, expr->range);
         }
+    }
+    if (derivesFrom(expr->type, to)) {
+        return asBase(expr, to);
+    }
+    if (to->isPointer() && expr->type->isPointer() &&
+        derivesFrom(expr->type->element, to->element)) {
+        tree::Expr* address = makeExpr(ExprKind::addressOf, to, expr->range);
+        address->a = asBase(derefExpr(expr, expr->range), to->element);
+        return finish(address);
     }
     if (expr->type->isStruct() || to->isStruct()) {
         const auto* function = userConversion(expr->type, to);
@@ -191,11 +207,18 @@ tree::Expr* Sema::convert(tree::Expr* expr, const Type* to, Range range, std::st
         }
         noteAssigned(expr);
     }
+    warnLostFraction(*expr, to);
     return convertTo(expr, to);
 }
 
 tree::Expr* Sema::explicitConvert(tree::Expr* expr, const Type* to, Range range) {
     const Type* from = expr->type;
+    if (to->isReference()) {
+        tree::Expr* target = asBase(expr, to->element);
+        if (target->lvalue && target->type == to->element && target->space == to->space) {
+            return target;
+        }
+    }
     if (from->isEnum() && (to->isScalar() || to->isEnum())) {
         return convertTo(expr, to);
     }
@@ -256,6 +279,10 @@ tree::Expr* Sema::vectorFrom(const Type* type, std::vector<tree::Expr*> parts, R
     type = unpacked(type);
     if (parts.empty()) {
         return defaultValue(type, range);
+    }
+    for (auto*& part : parts) {
+        const bool own = parts.size() == 1 && userConversion(part->type, type) != nullptr;
+        part = own ? convertTo(part, type) : decayed(part);
     }
     if (parts.size() == 1 &&
         (parts[0]->type->isScalar() || parts[0]->type->isEnum() ||
@@ -397,6 +424,7 @@ bool Sema::wrapsElements(const Type* type, std::span<ast::Expr* const> items) co
 
 tree::Expr* Sema::fromList(const Type* type, std::span<ast::Expr* const> items,
                            std::span<const Name> designators, Range range, bool braces) {
+    items = expandItems(items);
     if (items.empty() && braces) {
         return defaultValue(type, range);
     }
@@ -448,8 +476,15 @@ tree::Expr* Sema::fromList(const Type* type, std::span<ast::Expr* const> items,
         return result;
     }
     std::vector<tree::Expr*> parts;
-    if (!argumentsOf(items, parts)) {
-        return nullptr;
+    for (const auto* item : items) {
+        // Inner braces are those of a column, or needless.
+        parts.push_back(item->kind == ast::ExprKind::list
+                            ? fromList(type->isMatrix() ? type->element : type->scalar(),
+                                       item->items, item->designators, item->range, true)
+                            : value(item));
+        if (parts.back() == nullptr) {
+            return nullptr;
+        }
     }
     if (type->isVector()) {
         return vectorFrom(type, parts, range);
@@ -485,6 +520,40 @@ tree::Expr* Sema::referenceTo(const Type* pointer, tree::Expr* target) {
     return finish(result);
 }
 
+// A union from its first member's value, or from the one that is named.
+tree::Expr* Sema::unionFrom(const Type* type, std::span<ast::Expr* const> items,
+                            std::span<const Name> designators, size_t& used, Range range) {
+    const auto fields = type->structure->fields;
+    if (used >= items.size() || fields.empty()) {
+        return finish(makeExpr(ExprKind::zero, type, range));
+    }
+    uint32_t member = 0;
+    if (!designators.empty() && designators[used] != nullptr) {
+        while (member < fields.size() && fields[member].name != designators[used]) {
+            ++member;
+        }
+        if (member == fields.size()) {
+            error(items[used]->range, "'" + toText(type) + "' has no member '" +
+                                          std::string(designators[used]->text) + "'");
+            return nullptr;
+        }
+    }
+    const Type* part = fields[member].type;
+    tree::Expr* made = nullptr;
+    if (items[used]->kind != ast::ExprKind::list && (part->isArray() || part->isStruct())) {
+        made = aggregate(part, items, {}, used, range);
+    } else {
+        made = initialise(part, items[used++], ast::InitKind::brace);
+    }
+    if (made == nullptr) {
+        return nullptr;
+    }
+    tree::Expr* result = makeExpr(ExprKind::construct, type, range);
+    result->items = arena_.copy(std::vector<tree::Expr*>{made});
+    result->index = member;
+    return finish(result);
+}
+
 // An array or struct from a list, whose inner braces may be left out.
 tree::Expr* Sema::aggregate(const Type* type, std::span<ast::Expr* const> items,
                             std::span<const Name> designators, size_t& used, Range range) {
@@ -493,6 +562,9 @@ tree::Expr* Sema::aggregate(const Type* type, std::span<ast::Expr* const> items,
         error(range, "a value of more than " + std::to_string(kMaxTypeLeaves * 4) +
                          " parts cannot be initialised");
         return nullptr;
+    }
+    if (type->isStruct() && type->structure->isUnion) {
+        return unionFrom(type, items, designators, used, range);
     }
     std::vector<tree::Expr*> parts(count, nullptr);
     size_t position = 0;

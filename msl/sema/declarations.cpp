@@ -49,6 +49,9 @@ void Sema::declaration(const ast::Decl* decl) {
         }
         break;
     }
+    case ast::DeclKind::instantiation:
+        Sema::instantiation(decl);
+        break;
     case ast::DeclKind::space:
         spaceDeclaration(decl);
         break;
@@ -111,6 +114,11 @@ void Sema::spaceDeclaration(const ast::Decl* decl) {
         inner->parent = space_;
         if (decl->name != nullptr) {
             declare(SymbolKind::space, decl->name, decl->range)->target = inner;
+            if (decl->isInline) {
+                std::vector<Space*> inside(space_->bases.begin(), space_->bases.end());
+                inside.push_back(inner);
+                space_->bases = arena_.copy(inside);
+            }
         } else {
             used_.push_back(inner);
         }

@@ -36,6 +36,7 @@ tree::Expr* Sema::finish(tree::Expr* expr) {
     case ExprKind::assign:
     case ExprKind::compound:
     case ExprKind::step:
+    case ExprKind::pointerStep:
     case ExprKind::call:
         simple = false;
         break;
@@ -233,6 +234,13 @@ tree::Expr* Sema::expressionAtDepth(const ast::Expr* expr) {
         return constantExpr(scalarType(TypeKind::ulongType),
                             expr->kind == sizeOf ? type->size : type->alignment, expr->range);
     }
+    case ast::ExprKind::packElement:
+        return Sema::packElement(expr);
+    case ast::ExprKind::sizeOfPack:
+        return Sema::sizeOfPack(expr);
+    case packExpansion:
+        error(expr->range, "a parameter pack is expanded among arguments or in braces");
+        return nullptr;
     case thisObject: {
         if (state_ == nullptr || state_->function->self == nullptr) {
             error(expr->range, "'this' has no meaning outside a member function");
@@ -266,11 +274,9 @@ tree::Expr* Sema::nameExpression(const ast::Expr* expr) {
     const bool local = symbol != nullptr && symbol->space == nullptr;
     if (!local && name.spaces.empty() && name.owner == nullptr && state_ != nullptr &&
         state_->function->self != nullptr) {
-        const Type* self = state_->function->self->type;
-        for (uint32_t i = 0; i < self->structure->fields.size(); ++i) {
-            if (self->structure->fields[i].name == name.name) {
-                return memberOf(variableExpr(state_->function->self, expr->range), i, expr->range);
-            }
+        if (tree::Expr* member = findField(variableExpr(state_->function->self, expr->range),
+                                           name.name, expr->range)) {
+            return member;
         }
     }
     if (symbol == nullptr) {
@@ -286,11 +292,22 @@ tree::Expr* Sema::nameExpression(const ast::Expr* expr) {
         reportUnknown(name, "variable");
         return nullptr;
     }
+    if (symbol->isPack) {
+        error(expr->range, "'" + std::string(name.name->text) +
+                               "' is a parameter pack; '...' behind it expands it");
+        return nullptr;
+    }
     switch (symbol->kind) {
     case SymbolKind::variable:
         if (symbol->variable == nullptr) {
-            return nullptr; // its declaration was wrong and has been reported
+            // Its declaration was wrong and has been reported, or has not come to its end.
+            if (!diagnostics_.hasErrors()) {
+                error(expr->range,
+                      "'" + std::string(name.name->text) + "' stands in its own value");
+            }
+            return nullptr;
         }
+        symbol->variable->isUsed = true;
         return variableExpr(symbol->variable, expr->range);
     case SymbolKind::enumerator:
     case SymbolKind::value:
@@ -320,23 +337,22 @@ tree::Expr* Sema::memberExpression(const ast::Expr* expr) {
     if (base->type->isVector()) {
         return swizzle(base, expr);
     }
+    if (base->type->isMatrix() && name->text == "columns") {
+        return base; // what an index of it picks is a column
+    }
     if (base->type->isStruct()) {
-        const auto& fields = base->type->structure->fields;
-        for (uint32_t i = 0; i < fields.size(); ++i) {
-            if (fields[i].name == name) {
-                return memberOf(base, i, expr->range);
-            }
+        if (tree::Expr* member = findField(base, name, expr->range)) {
+            return member;
         }
         const uint32_t before = diagnostics_.errorCount();
         error(expr->range,
               "'" + toText(base->type) + "' has no member '" + std::string(name->text) + "'");
-        for (const auto& field : fields) {
-            if (diagnostics_.errorCount() > before &&
-                editDistance(field.name->text, name->text, 2) <= 2) {
-                diagnostics_.note(expr->range,
-                                  "did you mean '" + std::string(field.name->text) + "'?");
-                break;
+        if (diagnostics_.errorCount() > before) {
+            std::vector<std::string_view> known;
+            for (const auto& field : base->type->structure->fields) {
+                known.push_back(field.name != nullptr ? field.name->text : std::string_view());
             }
+            suggest(known, name->text, expr->range);
         }
         return nullptr;
     }
@@ -433,7 +449,8 @@ tree::Expr* Sema::unary(const ast::Expr* expr) {
     if (operand == nullptr) {
         return nullptr;
     }
-    if (operand->type->isStruct() && expr->op != TokenKind::ampersand) {
+    if ((operand->type->isStruct() || operand->type->isEnum()) &&
+        expr->op != TokenKind::ampersand) {
         bool found = false;
         tree::Expr* result = operatorCall("operator" + std::string(spelling(expr->op)), {operand},
                                           expr->range, found);
@@ -528,8 +545,29 @@ bool Sema::writable(const tree::Expr* expr, Range range) {
 
 tree::Expr* Sema::stepExpression(const ast::Expr* expr, bool after) {
     tree::Expr* operand = value(expr->a);
-    if (operand == nullptr || !writable(operand, expr->range)) {
+    if (operand == nullptr) {
         return nullptr;
+    }
+    if (operand->type->isStruct()) {
+        // The operator behind its operand takes an int that says so.
+        std::vector<tree::Expr*> operands{operand};
+        if (after) {
+            operands.push_back(constantExpr(intType(), 0, expr->range));
+        }
+        bool found = false;
+        tree::Expr* result = operatorCall("operator" + std::string(spelling(expr->op)), operands,
+                                          expr->range, found);
+        if (found) {
+            return result;
+        }
+    }
+    if (!writable(operand, expr->range)) {
+        return nullptr;
+    }
+    if (operand->type->isPointer()) {
+        return pointerStep(operand, constantExpr(intType(), 1, expr->range),
+                           expr->op == TokenKind::plusPlus ? TokenKind::plus : TokenKind::minus,
+                           after, expr->range);
     }
     if (!operand->type->isArithmetic() || operand->type->scalar()->isBool()) {
         error(expr->range, "'" + std::string(spelling(expr->op)) + "' does not apply to '" +
@@ -539,6 +577,22 @@ tree::Expr* Sema::stepExpression(const ast::Expr* expr, bool after) {
     tree::Expr* result = makeExpr(ExprKind::step, unpacked(operand->type), expr->range);
     result->op = expr->op;
     result->a = operand;
+    result->after = after;
+    return finish(result);
+}
+
+// p += n, and p++ with `after`. The pointer must be a variable: lowering keeps how far it has gone.
+tree::Expr* Sema::pointerStep(tree::Expr* pointer, tree::Expr* count, TokenKind op, bool after,
+                              Range range) {
+    if (pointer->kind != ExprKind::variable) {
+        error(range, "only a pointer that is a variable can be moved");
+        return nullptr;
+    }
+    pointer->variable->isMoved = true;
+    tree::Expr* result = makeExpr(ExprKind::pointerStep, pointer->type, range);
+    result->op = op;
+    result->a = pointer;
+    result->b = count;
     result->after = after;
     return finish(result);
 }

@@ -5,6 +5,83 @@
 
 namespace msl {
 
+namespace {
+
+// The Metal Shading Language specification, chapter 5, and what C++ and its compilers add.
+constexpr std::string_view kAttributes[] = {
+    "alias_implicit_groups",
+    "always_inline",
+    "amplification_count",
+    "amplification_id",
+    "attribute",
+    "barycentric_coord",
+    "base_instance",
+    "base_vertex",
+    "buffer",
+    "center_no_perspective",
+    "center_perspective",
+    "centroid_no_perspective",
+    "centroid_perspective",
+    "clip_distance",
+    "color",
+    "deprecated",
+    "depth",
+    "dispatch_quadgroups_per_threadgroup",
+    "early_fragment_tests",
+    "fallthrough",
+    "flat",
+    "fragment",
+    "front_facing",
+    "function_constant",
+    "host_name",
+    "id",
+    "index",
+    "instance_id",
+    "intersection",
+    "invariant",
+    "kernel",
+    "max_total_threadgroups_per_mesh_grid",
+    "max_total_threads_per_threadgroup",
+    "maybe_unused",
+    "mesh",
+    "nodiscard",
+    "noreturn",
+    "object",
+    "origin",
+    "patch",
+    "patch_id",
+    "payload",
+    "point_coord",
+    "point_size",
+    "position",
+    "position_in_patch",
+    "primitive_culled",
+    "primitive_id",
+    "raster_order_group",
+    "render_target_array_index",
+    "sample_id",
+    "sample_mask",
+    "sample_no_perspective",
+    "sample_perspective",
+    "sampler",
+    "shared",
+    "stage_in",
+    "stitchable",
+    "texture",
+    "thread_index_in_quadgroup",
+    "thread_index_in_simdgroup",
+    "threadgroup",
+    "threads_per_simdgroup",
+    "user",
+    "vertex",
+    "vertex_id",
+    "viewport_array_index",
+    "visible",
+};
+static_assert(std::is_sorted(std::begin(kAttributes), std::end(kAttributes)));
+
+} // namespace
+
 bool Sema::sameParameters(const tree::Function& a, const tree::Function& b) const {
     return std::equal(a.parameters.begin(), a.parameters.end(), b.parameters.begin(),
                       b.parameters.end(), [](const auto* left, const auto* right) {
@@ -13,6 +90,42 @@ bool Sema::sameParameters(const tree::Function& a, const tree::Function& b) cons
                                  (!left->isReference ||
                                   (left->space == right->space && left->isConst == right->isConst));
                       });
+}
+
+// A parameter of a function, and what it is where none is given.
+tree::Variable* Sema::makeParameter(tree::Function& function, const ast::Variable& syntax,
+                                    tree::Expr*& init) {
+    const bool reference = syntax.type->kind == ast::TypeSyntaxKind::reference;
+    const auto* named = reference ? syntax.type->element : syntax.type;
+    const Type* type = resolve(named);
+    if (type == nullptr || !attributeNumbers(syntax.attributes)) {
+        return nullptr;
+    }
+    if (type->isVoid() || (type->isStruct() && !type->structure->complete && !reference &&
+                           function.syntax->body != nullptr)) {
+        error(syntax.range, "a parameter cannot have the type '" + toText(type) + "'");
+        return nullptr;
+    }
+    if (!reference && type->isArray() && named->kind == ast::TypeSyntaxKind::array &&
+        !type->element->isResource()) {
+        type = types_.pointer(
+            type->element, named->space == AddressSpace::none ? AddressSpace::thread : named->space,
+            named->isConst || named->space == AddressSpace::constant);
+    }
+    auto* variable = makeVariable(syntax, type, tree::VariableKind::parameter);
+    variable->function = &function;
+    variable->isReference = reference;
+    if (reference) {
+        variable->space = named->space == AddressSpace::none ? AddressSpace::thread : named->space;
+        variable->isConst = named->isConst || variable->space == AddressSpace::constant;
+    } else if (type->isResource()) {
+        variable->isConst = true;
+    }
+    if (syntax.init != nullptr) {
+        init = initialise(type, syntax.init, ast::InitKind::equal);
+        return init != nullptr ? variable : nullptr;
+    }
+    return variable;
 }
 
 // The function without its body. `self` is the struct that it belongs to.
@@ -26,72 +139,30 @@ tree::Function* Sema::makeFunction(const ast::Function& syntax, const Type* self
     function->constructor = syntax.isConstructor;
     function->isExplicit = syntax.isExplicit;
     function->selfSpace = syntax.selfSpace;
-    bool good = true;
-    if (syntax.isConstructor) {
-        function->result = self;
-    } else if (syntax.result->kind == ast::TypeSyntaxKind::automatic) {
-        error(syntax.range, "a function's result type must be written");
-        return nullptr;
-    } else {
-        function->result = resolve(syntax.result);
-        good = function->result != nullptr;
-    }
-    if (good && function->result->isReference()) {
-        function->returnsReference = true;
-        function->resultConst = function->result->constPointee;
-        function->resultSpace = function->result->space;
-        function->result = function->result->element;
-    }
-    if (good && !function->returnsReference && function->result->isArray() &&
-        syntax.result->kind == ast::TypeSyntaxKind::array) {
-        error(syntax.range, "a function cannot return '" + toText(function->result) + "'");
-        return nullptr;
-    }
+    bool good = syntax.trailingResult || functionResult(*function, self);
     good = attributeNumbers(syntax.attributes) && good;
     uint32_t slot = 0;
     std::vector<tree::Variable*> parameters;
     std::vector<tree::Expr*> defaults;
     for (const auto* parameter : syntax.parameters) {
-        const bool reference = parameter->type->kind == ast::TypeSyntaxKind::reference;
-        const auto* named = reference ? parameter->type->element : parameter->type;
-        const Type* type = resolve(named);
-        if (type == nullptr) {
-            good = false;
-            continue;
+        const auto outerIndex = packIndex_;
+        const size_t count = parameter->isPack ? parameterPackLength(*parameter).value_or(0) : 1;
+        for (size_t i = 0; i < count; ++i) {
+            packIndex_ = parameter->isPack ? std::optional(i) : outerIndex;
+            tree::Expr* init = nullptr;
+            auto* variable = makeParameter(*function, *parameter, init);
+            packIndex_ = outerIndex;
+            if (variable == nullptr) {
+                good = false;
+                continue;
+            }
+            variable->slot = slot++;
+            if (init == nullptr) {
+                function->requiredParameters = static_cast<uint32_t>(parameters.size() + 1);
+            }
+            parameters.push_back(variable);
+            defaults.push_back(init);
         }
-        good = attributeNumbers(parameter->attributes) && good;
-        if (type->isVoid() || (type->isStruct() && !type->structure->complete && !reference &&
-                               syntax.body != nullptr)) {
-            error(parameter->range, "a parameter cannot have the type '" + toText(type) + "'");
-            good = false;
-            continue;
-        }
-        if (!reference && type->isArray() && named->kind == ast::TypeSyntaxKind::array) {
-            type = types_.pointer(type->element,
-                                  named->space == AddressSpace::none ? AddressSpace::thread
-                                                                     : named->space,
-                                  named->isConst || named->space == AddressSpace::constant);
-        }
-        auto* variable = makeVariable(*parameter, type, tree::VariableKind::parameter);
-        variable->function = function;
-        variable->slot = slot++;
-        variable->isReference = reference;
-        if (reference) {
-            variable->space =
-                named->space == AddressSpace::none ? AddressSpace::thread : named->space;
-            variable->isConst = named->isConst || variable->space == AddressSpace::constant;
-        } else if (type->isResource()) {
-            variable->isConst = true;
-        }
-        tree::Expr* init = nullptr;
-        if (parameter->init != nullptr) {
-            init = initialise(type, parameter->init, ast::InitKind::equal);
-            good = good && init != nullptr;
-        } else {
-            function->requiredParameters = static_cast<uint32_t>(parameters.size() + 1);
-        }
-        parameters.push_back(variable);
-        defaults.push_back(init);
     }
     if (self != nullptr) {
         auto* object = arena_.make<tree::Variable>();
@@ -109,7 +180,78 @@ tree::Function* Sema::makeFunction(const ast::Function& syntax, const Type* self
     function->variableCount = slot;
     function->parameters = arena_.copy(parameters);
     function->defaults = arena_.copy(defaults);
+    if (good && syntax.trailingResult) {
+        good = trailingResult(*function, self);
+    }
     return good ? function : nullptr;
+}
+
+// The type that the function returns. One that is written 'auto' is known when the body has been
+// analysed, and nothing until then.
+bool Sema::functionResult(tree::Function& function, const Type* self) {
+    const auto& syntax = *function.syntax;
+    if (syntax.isConstructor) {
+        function.result = self;
+        return true;
+    }
+    if (syntax.result->kind == ast::TypeSyntaxKind::automatic) {
+        return true;
+    }
+    function.result = resolve(syntax.result);
+    if (function.result == nullptr) {
+        return false;
+    }
+    if (function.result->isReference()) {
+        function.returnsReference = true;
+        function.resultConst = function.result->constPointee;
+        function.resultSpace = function.result->space;
+        function.result = function.result->element;
+    } else if (function.result->isArray() && syntax.result->kind == ast::TypeSyntaxKind::array) {
+        error(syntax.range, "a function cannot return '" + toText(function.result) + "'");
+        return false;
+    }
+    return true;
+}
+
+// A result's type behind the parameters, which it may name.
+bool Sema::trailingResult(tree::Function& function, const Type* self) {
+    FunctionState* const outerState = state_;
+    FunctionState state;
+    state.function = &function;
+    state_ = &state;
+    const size_t mark = scope_.size();
+    declareParameters(function);
+    const bool good = functionResult(function, self);
+    closeScope(mark);
+    state_ = outerState;
+    return good;
+}
+
+void Sema::declareParameters(tree::Function& function) {
+    const auto& written = function.syntax->parameters;
+    const size_t plain = written.empty() || !written.back()->isPack ? function.parameters.size()
+                                                                    : written.size() - 1;
+    for (size_t i = 0; i < function.parameters.size(); ++i) {
+        auto* parameter = function.parameters[i];
+        parameter->function = &function;
+        if (parameter->name == nullptr || i >= plain) {
+            continue;
+        }
+        Symbol* previous = lookup(parameter->name);
+        if (previous != nullptr && previous->space == nullptr && sameScope(*previous)) {
+            error(parameter->range,
+                  "the parameter '" + std::string(parameter->name->text) + "' is declared twice");
+        }
+        declare(SymbolKind::variable, parameter->name, parameter->range)->variable = parameter;
+    }
+    if (!written.empty() && written.back()->isPack && written.back()->name != nullptr) {
+        const auto elements = function.parameters.subspan(plain);
+        const Symbol* pack = declarePack(SymbolKind::variable, written.back()->name,
+                                         written.back()->range, elements.size());
+        for (size_t i = 0; i < elements.size(); ++i) {
+            pack->pack[i]->variable = elements[i];
+        }
+    }
 }
 
 void Sema::functionDeclaration(const ast::Decl* decl) {
@@ -188,19 +330,36 @@ void Sema::functionDeclaration(const ast::Decl* decl) {
         for (auto* parameter : function->parameters) {
             parameter->function = overload.function;
         }
+        const bool called = overload.function->pending;
         *overload.function = *function;
         overload.function->defaults = defaults;
         overload.function->requiredParameters = required;
-        analyseBody(*overload.function, nullptr);
-        entryPoint(*overload.function);
+        if (called) {
+            analyseBody(*overload.function, nullptr);
+            entryPoint(*overload.function);
+        } else {
+            define(*overload.function);
+        }
         return;
     }
     overloads_[known->overloads].push_back(
         {.function = function, .pattern = &syntax, .space = space_, .self = nullptr});
     if (syntax.body != nullptr) {
-        analyseBody(*function, nullptr);
-        entryPoint(*function);
+        define(*function);
     }
+}
+
+// Beside kernels, a function is analysed when it is first called: it may be one that only they
+// call, and use what only they have.
+void Sema::define(tree::Function& function) {
+    if (unit_.hasKernels && function.stage == ast::FunctionStage::none &&
+        function.result != nullptr) {
+        function.pending = true;
+        function.space = space_;
+        return;
+    }
+    analyseBody(function, nullptr);
+    entryPoint(function);
 }
 
 // A function of a struct or namespace that is defined outside it.
@@ -246,6 +405,13 @@ bool Sema::attributeNumbers(std::span<ast::Attribute> attributes) {
     static constexpr std::string_view kNumbered[] = {
         "attribute", "buffer", "color", "function_constant", "id", "index", "sampler", "texture"};
     for (auto& attribute : attributes) {
+        const auto text = attribute.name->text;
+        if (templateDepth_ == 0 &&
+            !std::binary_search(std::begin(kAttributes), std::end(kAttributes), text)) {
+            diagnostics_.warning(attribute.range,
+                                 "there is no attribute '[[" + std::string(text) + "]]'");
+            suggest(kAttributes, text, attribute.range);
+        }
         const bool numbered = std::find(std::begin(kNumbered), std::end(kNumbered),
                                         attribute.name->text) != std::end(kNumbered);
         if (!numbered || attribute.argument == nullptr) {
@@ -289,6 +455,7 @@ void Sema::analyseBody(tree::Function& function, StructRecord* record) {
     FunctionState state;
     state.function = &function;
     state.result = syntax.isConstructor ? voidType() : function.result;
+    state.deducedResult = state.result == nullptr;
     function.pending = false;
     state.record = record;
     state.slots = function.variableCount;
@@ -296,66 +463,23 @@ void Sema::analyseBody(tree::Function& function, StructRecord* record) {
     const size_t mark = scope_.size();
     const size_t outerStart = scopeStart_;
     scopeStart_ = mark;
-    for (auto* parameter : function.parameters) {
-        parameter->function = &function;
-        if (parameter->name == nullptr) {
-            continue;
-        }
-        Symbol* previous = lookup(parameter->name);
-        if (previous != nullptr && previous->space == nullptr && sameScope(*previous)) {
-            error(parameter->range,
-                  "the parameter '" + std::string(parameter->name->text) + "' is declared twice");
-        }
-        declare(SymbolKind::variable, parameter->name, parameter->range)->variable = parameter;
-    }
+    declareParameters(function);
     std::vector<tree::Stmt*> items;
-    bool good = true;
-    if (syntax.isConstructor) {
-        tree::Stmt* object = makeStmt(tree::StmtKind::declare, syntax.range);
-        object->variable = function.self;
-        object->expr = memberDefaults(function.self->type, syntax.range);
-        good = object->expr != nullptr;
-        items.push_back(object);
-        for (const auto* init : syntax.memberInits) {
-            const auto& fields = function.self->type->structure->fields;
-            const auto field = std::find_if(fields.begin(), fields.end(), [&](const Field& item) {
-                return item.name == init->name;
-            });
-            if (field == fields.end()) {
-                error(init->range, "there is no member '" + std::string(init->name->text) + "'");
-                good = false;
-                continue;
-            }
-            const auto& given = init->init->items;
-            tree::Expr* source = field->isReference && given.size() == 1
-                                     ? referenceTo(field->type, value(given[0]))
-                                     : fromList(field->type, given, {}, init->range,
-                                                init->initKind == ast::InitKind::brace);
-            if (source == nullptr) {
-                good = false;
-                continue;
-            }
-            tree::Expr* target =
-                fieldExpr(variableExpr(function.self, init->range),
-                          static_cast<uint32_t>(field - fields.begin()), init->range);
-            tree::Expr* assignExpr = makeExpr(tree::ExprKind::assign, field->type, init->range);
-            assignExpr->a = target;
-            assignExpr->b = source;
-            tree::Stmt* stmt = makeStmt(tree::StmtKind::expression, init->range);
-            stmt->expr = finish(assignExpr);
-            items.push_back(stmt);
-        }
-    }
+    const bool good = !syntax.isConstructor || constructorStart(function, items);
     tree::Stmt* body = compound(syntax.body);
     if (body != nullptr && good) {
         items.push_back(body);
         function.body = items.size() == 1 ? body : block(items, syntax.range);
+        if (state.deducedResult && state.result == nullptr) {
+            state.result = function.result = voidType();
+        }
         if (!state.result->isVoid() && !body->mayReturn) {
             error(syntax.range, "the function '" + std::string(syntax.name->text) + "' returns '" +
                                     toText(state.result) + "' but has no 'return'");
         }
     }
     function.variableCount = state.slots;
+    warnAboutFunction(function);
     closeScope(mark);
     scopeStart_ = outerStart;
     state_ = outerState;

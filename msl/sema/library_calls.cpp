@@ -177,6 +177,12 @@ tree::Expr* Sema::tryLibrary(const LibraryFunction& function, std::vector<tree::
 
 tree::Expr* Sema::callLibrary(std::span<const LibraryFunction> functions,
                               std::vector<tree::Expr*>& arguments, Range range) {
+    for (const auto* argument : arguments) {
+        if (argument->kind == ExprKind::list) {
+            error(argument->range, "a list in braces is no value by itself; name its type");
+            return nullptr;
+        }
+    }
     std::string problem;
     const uint32_t before = diagnostics_.errorCount();
     for (const auto& function : functions) {

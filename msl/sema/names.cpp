@@ -11,7 +11,18 @@ Sema::Sema(NameTable& names, Arena& arena, TypeTable& types, Diagnostics& diagno
     metal_.parent = &global_;
 }
 
+// Whether kernels stand among the declarations.
+static bool haveKernels(std::span<ast::Decl* const> declarations) {
+    return std::any_of(declarations.begin(), declarations.end(), [](const ast::Decl* decl) {
+        return decl->kind == ast::DeclKind::space
+                   ? haveKernels(decl->members)
+                   : decl->function != nullptr &&
+                         decl->function->stage == ast::FunctionStage::kernel;
+    });
+}
+
 tree::Unit Sema::run(const std::vector<ast::Decl*>& declarations) {
+    unit_.hasKernels = haveKernels(declarations);
     for (const auto* decl : declarations) {
         if (diagnostics_.exhausted()) {
             break;
@@ -29,6 +40,20 @@ bool Sema::tooDeep(Range range) {
     return true;
 }
 
+// Whether the namespace is the other one, or that of a struct derived from the other one's.
+static bool holdsNamesOf(const Space* space, const Space* other) {
+    return space == other ||
+           std::any_of(space->bases.begin(), space->bases.end(),
+                       [&](const Space* base) { return holdsNamesOf(base, other); });
+}
+
+// What a pack's name means while a pattern is expanded: one of its elements.
+Symbol* Sema::elementOf(Symbol* symbol) const {
+    return symbol != nullptr && symbol->isPack && packIndex_ && *packIndex_ < symbol->pack.size()
+               ? symbol->pack[*packIndex_]
+               : symbol;
+}
+
 Symbol* Sema::lookup(Name name) const {
     const void* function = state_ != nullptr ? state_->function : nullptr;
     Symbol* best = nullptr;
@@ -36,13 +61,13 @@ Symbol* Sema::lookup(Name name) const {
     for (Symbol* symbol = name->symbol; symbol != nullptr; symbol = symbol->outer) {
         if (symbol->space == nullptr) {
             if (symbol->owner == function) {
-                return symbol;
+                return elementOf(symbol);
             }
             continue;
         }
         uint32_t distance = 0;
         const Space* space = space_;
-        while (space != nullptr && symbol->space != space) {
+        while (space != nullptr && !holdsNamesOf(space, symbol->space)) {
             space = space->parent;
             ++distance;
         }
@@ -53,13 +78,18 @@ Symbol* Sema::lookup(Name name) const {
             bestDistance = distance;
         }
     }
-    return best;
+    return elementOf(best);
 }
 
 Symbol* Sema::lookupIn(Name name, const Space* space) const {
     for (Symbol* symbol = name->symbol; symbol != nullptr; symbol = symbol->outer) {
         if (symbol->space == space) {
             return symbol;
+        }
+    }
+    for (const Space* base : space != nullptr ? space->bases : std::span<Space*>()) {
+        if (Symbol* found = lookupIn(name, base)) {
+            return found;
         }
     }
     return nullptr;
@@ -177,6 +207,23 @@ bool Sema::sameScope(const Symbol& symbol) const {
                scope_.end();
 }
 
+// Names the one of the known words that is most like the unknown one, if one is like it.
+void Sema::suggest(std::span<const std::string_view> known, std::string_view unknown, Range range) {
+    const uint32_t limit = unknown.size() <= 3 ? 1 : 2;
+    std::string_view best;
+    uint32_t distance = limit + 1;
+    for (const auto candidate : known) {
+        const uint32_t edits = editDistance(candidate, unknown, limit);
+        if (edits < distance && edits > 0 && !candidate.empty()) {
+            distance = edits;
+            best = candidate;
+        }
+    }
+    if (!best.empty()) {
+        diagnostics_.note(range, "did you mean '" + std::string(best) + "'?");
+    }
+}
+
 void Sema::reportUnknown(const ast::QualifiedName& name, std::string_view what) {
     const auto text = name.name->text;
     if (const auto reason = unsupportedReason(text); !reason.empty()) {
@@ -188,27 +235,20 @@ void Sema::reportUnknown(const ast::QualifiedName& name, std::string_view what) 
     if (diagnostics_.errorCount() == before || diagnostics_.exhausted()) {
         return;
     }
-    const uint32_t limit = text.size() <= 4 ? 1 : 2;
-    std::string_view best;
-    uint32_t distance = limit + 1;
-    const auto consider = [&](std::string_view candidate) {
-        const uint32_t edits = editDistance(candidate, text, limit);
-        if (edits < distance && edits > 0) {
-            distance = edits;
-            best = candidate;
-        }
-    };
-    for (const Name known : names_.all()) {
-        if (known->symbol != nullptr && lookup(known) != nullptr) {
-            consider(known->text);
+    if (const auto ours = nameHere(text); !ours.empty()) {
+        diagnostics_.note(name.range, "the language calls it '" + std::string(ours) + "'");
+        return;
+    }
+    std::vector<std::string_view> known;
+    for (const Name candidate : names_.all()) {
+        if (candidate->symbol != nullptr && lookup(candidate) != nullptr) {
+            known.push_back(candidate->text);
         }
     }
     for (const auto& function : allLibraryFunctions()) {
-        consider(function.name);
+        known.push_back(function.name);
     }
-    if (!best.empty()) {
-        diagnostics_.note(name.range, "did you mean '" + std::string(best) + "'?");
-    }
+    suggest(known, text, name.range);
 }
 
 } // namespace msl

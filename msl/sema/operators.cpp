@@ -153,11 +153,16 @@ tree::Expr* Sema::operatorCall(std::string_view name, std::vector<tree::Expr*> o
     const Name interned = names_.intern(name);
     found = false;
     const Type* self = operands[0]->type;
+    std::vector<tree::Expr*> rest(operands.begin() + 1, operands.end());
+    const Member* method = nullptr;
     if (self->isStruct()) {
-        if (const auto* method = methodOf(self, interned)) {
-            std::vector<tree::Expr*> rest(operands.begin() + 1, operands.end());
+        const Type* owner = nullptr;
+        if ((method = findMethod(self, interned, owner)) != nullptr) {
             found = true;
-            return callOverloads(method->overloads, operands[0], rest, nullptr, range, false);
+            if (tree::Expr* result = callOverloads(method->overloads, asBase(operands[0], owner),
+                                                   rest, nullptr, range, true)) {
+                return result;
+            }
         }
     }
     // A free operator, visible here or beside one of the operands' structs.
@@ -181,6 +186,13 @@ tree::Expr* Sema::operatorCall(std::string_view name, std::vector<tree::Expr*> o
             return result;
         }
     }
+    const bool builtIn = std::none_of(operands.begin(), operands.end(), [](const auto* operand) {
+        return operand->type->isStruct();
+    });
+    if (builtIn) {
+        found = false; // enumerations have operators of their own where none of these fits
+        return nullptr;
+    }
     if (last != nullptr && operands.size() > 1 &&
         (userArithmetic(operands[0]->type) || userArithmetic(operands[1]->type))) {
         found = false; // the operands' conversions may lead to a built-in operator
@@ -188,6 +200,8 @@ tree::Expr* Sema::operatorCall(std::string_view name, std::vector<tree::Expr*> o
     }
     if (last != nullptr) {
         reportNoOverload(last->overloads, operands, range, false);
+    } else if (method != nullptr) {
+        reportNoOverload(method->overloads, rest, range, false);
     }
     return nullptr;
 }
@@ -219,7 +233,7 @@ tree::Expr* Sema::binary(const ast::Expr* expr) {
         result->b = b;
         return finish(result);
     }
-    if (a->type->isStruct() || b->type->isStruct()) {
+    if (a->type->isStruct() || b->type->isStruct() || a->type->isEnum() || b->type->isEnum()) {
         bool found = false;
         tree::Expr* result =
             operatorCall("operator" + std::string(spelling(expr->op)), {a, b}, expr->range, found);
@@ -263,6 +277,28 @@ tree::Expr* Sema::binary(const ast::Expr* expr) {
     return makeBinary(expr->op, a, b, expr->range);
 }
 
+// An assignment that the struct defines itself; nothing where it does not, or not for this value.
+tree::Expr* Sema::assignmentCall(tree::Expr* target, const ast::Expr* expr) {
+    const Type* owner = nullptr;
+    const auto* method = target->type->isStruct() && expr->b->kind != ast::ExprKind::list
+                             ? findMethod(target->type, names_.intern("operator="), owner)
+                             : nullptr;
+    if (method == nullptr) {
+        return nullptr;
+    }
+    tree::Expr* source = value(expr->b);
+    if (source == nullptr) {
+        return nullptr;
+    }
+    std::vector<tree::Expr*> arguments{source};
+    tree::Expr* result = callOverloads(method->overloads, asBase(target, owner), arguments, nullptr,
+                                       expr->range, true);
+    if (result == nullptr) {
+        pending_.emplace(expr->b, source);
+    }
+    return result;
+}
+
 tree::Expr* Sema::assign(const ast::Expr* expr) {
     tree::Expr* target = value(expr->a);
     if (target == nullptr) {
@@ -272,6 +308,9 @@ tree::Expr* Sema::assign(const ast::Expr* expr) {
         if (target->type->isStruct() && !target->lvalue) {
             writable(target, expr->range);
             return nullptr;
+        }
+        if (tree::Expr* called = assignmentCall(target, expr)) {
+            return called;
         }
         tree::Expr* source = initialise(target->type, expr->b, ast::InitKind::equal);
         if (source == nullptr || !writable(target, expr->range)) {
@@ -289,7 +328,7 @@ tree::Expr* Sema::assign(const ast::Expr* expr) {
         return nullptr;
     }
     const auto text = spelling(expr->op);
-    if (target->type->isStruct()) {
+    if (target->type->isStruct() || target->type->isEnum()) {
         bool found = false;
         tree::Expr* result =
             operatorCall("operator" + std::string(text), {target, source}, expr->range, found);
@@ -333,6 +372,10 @@ tree::Expr* Sema::assign(const ast::Expr* expr) {
         op = TokenKind::shiftRight;
         break;
     }
+    if (target->type->isPointer() && (op == TokenKind::plus || op == TokenKind::minus)) {
+        source = convert(source, intType(), expr->b->range, "the number of elements");
+        return source == nullptr ? nullptr : pointerStep(target, source, op, false, expr->range);
+    }
     // The operation runs on a copy of the target, so that the target itself is found only once.
     tree::Expr* left = arena_.make<tree::Expr>(*target);
     tree::Expr* right = source;
@@ -366,6 +409,15 @@ tree::Expr* Sema::conditional(const ast::Expr* expr) {
     if (!test->type->isArithmetic() && !test->type->isEnum()) {
         error(test->range, "a condition is a number or bool, not '" + toText(test->type) + "'");
         return nullptr;
+    }
+    if (a->type->isArray() && b->type->isArray() && a->type->element == b->type->element &&
+        a->space == b->space && a->lvalue && b->lvalue) {
+        // Arrays are chosen by the addresses of their first elements.
+        const Type* pointer = types_.pointer(a->type->element, a->space, a->isConst || b->isConst);
+        noteAssigned(a);
+        noteAssigned(b);
+        a = convertTo(a, pointer);
+        b = convertTo(b, pointer);
     }
     const Type* type = nullptr;
     if (unpacked(a->type) == unpacked(b->type)) {
@@ -408,10 +460,6 @@ tree::Expr* Sema::conditional(const ast::Expr* expr) {
         result->b = convertTo(a, type);
         result->c = convertTo(b, type);
         return finish(result);
-    }
-    if (type->isPointer() || type->isResource()) {
-        error(expr->range, "a condition cannot choose between values of '" + toText(type) + "'");
-        return nullptr;
     }
     tree::Expr* result = makeExpr(ExprKind::conditional, type, expr->range);
     result->a = convertTo(test, boolType());

@@ -6,6 +6,12 @@
 
 namespace msl {
 
+// Whether a sampler's initialiser lists options, rather than name another sampler.
+bool Sema::writesSampler(const ast::Expr* init) const {
+    return init == nullptr || init->kind == ast::ExprKind::list ||
+           init->kind == ast::ExprKind::construct;
+}
+
 // constexpr sampler name(option, ...): the options are words of the library's namespaces.
 bool Sema::samplerVariable(const ast::Variable* syntax, tree::Variable* variable) {
     SamplerOptions options;
@@ -108,17 +114,33 @@ bool Sema::samplerVariable(const ast::Variable* syntax, tree::Variable* variable
         }
     }
     variable->isConst = true;
+    return internSampler(options, *variable);
+}
+
+// The number of a constexpr sampler among those of the unit.
+bool Sema::internSampler(const SamplerOptions& options, tree::Variable& variable) {
     const auto same = std::find(unit_.samplers.begin(), unit_.samplers.end(), options);
-    variable->samplerIndex = static_cast<uint32_t>(same - unit_.samplers.begin());
+    variable.samplerIndex = static_cast<uint32_t>(same - unit_.samplers.begin());
     if (same == unit_.samplers.end()) {
         if (unit_.samplers.size() >= kMaxConstantSamplers) {
-            error(syntax->range, "a source has at most " + std::to_string(kMaxConstantSamplers) +
-                                     " different constexpr samplers");
+            error(variable.range, "a source has at most " + std::to_string(kMaxConstantSamplers) +
+                                      " different constexpr samplers");
             return false;
         }
         unit_.samplers.push_back(options);
     }
     return true;
+}
+
+// A sampler that gives texels as they are.
+tree::Expr* Sema::plainSampler(Range range) {
+    auto* variable = arena_.make<tree::Variable>();
+    variable->range = range;
+    variable->type = samplerType();
+    variable->kind = tree::VariableKind::global;
+    variable->isConst = true;
+    const SamplerOptions options{.mipFilter = SamplerMipFilter::nearest};
+    return internSampler(options, *variable) ? variableExpr(variable, range) : nullptr;
 }
 
 } // namespace msl

@@ -39,6 +39,9 @@ struct Overload {
 struct TemplateBinding {
     const Type* type = nullptr;
     std::optional<uint64_t> value;
+    bool isPack = false;
+    std::vector<TemplateBinding> pack{}; // its elements
+    bool known() const { return type != nullptr || value || isPack; }
     bool operator==(const TemplateBinding&) const = default;
 };
 
@@ -56,12 +59,16 @@ struct Symbol {
     uint64_t value = 0;     // of an enumerator
     uint32_t overloads = 0; // index into Sema's overload sets
     Template* pattern = nullptr;
+    bool isPack = false;
+    std::span<Symbol*> pack{}; // its elements
 };
 
 struct Space {
     Name name = nullptr;
     Space* parent = nullptr;
     const Type* self = nullptr; // the struct whose members it holds
+    // Whose names are names here too: of the struct's bases, and inline namespaces.
+    std::span<Space*> bases{};
 };
 
 // How well an argument fits a parameter, best first.
@@ -100,6 +107,10 @@ class Sema {
         const Type* type = nullptr;
         Symbol* symbol = nullptr;
     };
+    struct GivenArgument {
+        const ast::TemplateArgument* syntax = nullptr;
+        std::optional<size_t> element; // of the packs in it
+    };
     struct Loop {
         std::vector<tree::Variable*> assigned;
         size_t scopeMark = 0;
@@ -112,12 +123,15 @@ class Sema {
         std::vector<Loop> loops;
         uint32_t slots = 0;
         bool deducedResult = false;
+        std::vector<const tree::Variable*> locals{}; // as the source declares them
     };
     class DepthGuard;
     class Context;
     class TextureCall;
+    class Evaluator;
 
     // names.cpp
+    Symbol* elementOf(Symbol* symbol) const;
     Symbol* lookup(Name name) const;
     Symbol* lookup(const ast::QualifiedName& name);
     Symbol* lookupIn(Name name, const Space* space) const;
@@ -126,10 +140,18 @@ class Sema {
     Symbol* declare(SymbolKind kind, Name name, Range range);
     void closeScope(size_t mark);
     bool sameScope(const Symbol& symbol) const;
+    void suggest(std::span<const std::string_view> known, std::string_view unknown, Range range);
     void reportUnknown(const ast::QualifiedName& name, std::string_view what);
     bool isMetalSpace(const ast::QualifiedName& name) const;
     StructRecord* recordOf(const Type* type) const;
     const Member* methodOf(const Type* type, Name name) const;
+
+    // members.cpp
+    tree::Expr* findField(tree::Expr* object, Name name, Range range);
+    const Member* findMethod(const Type* type, Name name, const Type*& owner) const;
+    bool derivesFrom(const Type* type, const Type* base) const;
+    tree::Expr* asBase(tree::Expr* object, const Type* base);
+    void structBases(const ast::Decl* decl, StructRecord& record, std::vector<Field>& fields);
 
     // types.cpp
     const Type* resolve(const ast::TypeSyntax* syntax);
@@ -143,6 +165,7 @@ class Sema {
     void declaration(const ast::Decl* decl);
     void spaceDeclaration(const ast::Decl* decl);
     void structDeclaration(const ast::Decl* decl);
+    void instantiation(const ast::Decl* decl);
     void defineStruct(const ast::Decl* decl, Type* type, const Instance* instance);
     void structFields(const ast::Decl* decl, Type* type, StructRecord& record);
     void structMethods(const ast::Decl* decl, Type* type, StructRecord& record, bool isInstance);
@@ -150,13 +173,25 @@ class Sema {
     bool attributeNumbers(std::span<ast::Attribute> attributes);
     void enumDeclaration(const ast::Decl* decl);
     void functionDeclaration(const ast::Decl* decl);
+    void define(tree::Function& function);
+    tree::Variable* makeParameter(tree::Function& function, const ast::Variable& syntax,
+                                  tree::Expr*& init);
     tree::Function* makeFunction(const ast::Function& syntax, const Type* self);
+    bool functionResult(tree::Function& function, const Type* self);
+    bool trailingResult(tree::Function& function, const Type* self);
+    void declareParameters(tree::Function& function);
     void analyseBody(tree::Function& function, StructRecord* record);
+    bool constructorStart(tree::Function& function, std::vector<tree::Stmt*>& items);
+    tree::Expr* initialMember(const tree::Function& function, const ast::Variable& init,
+                              tree::Expr*& target);
     void globalVariable(const ast::Variable* variable);
     bool givenConstant(tree::Variable& variable, const ast::Attribute& attribute);
     tree::Variable* makeVariable(const ast::Variable& syntax, const Type* type,
                                  tree::VariableKind kind);
     bool sameParameters(const tree::Function& a, const tree::Function& b) const;
+    bool writesSampler(const ast::Expr* init) const;
+    bool internSampler(const SamplerOptions& options, tree::Variable& variable);
+    tree::Expr* plainSampler(Range range);
     bool samplerVariable(const ast::Variable* syntax, tree::Variable* variable);
     void usingSpace(const ast::Decl* decl);
     void entryPoint(tree::Function& function);
@@ -187,8 +222,11 @@ class Sema {
     tree::Expr* unary(const ast::Expr* expr);
     tree::Expr* binary(const ast::Expr* expr);
     tree::Expr* assign(const ast::Expr* expr);
+    tree::Expr* assignmentCall(tree::Expr* target, const ast::Expr* expr);
     tree::Expr* conditional(const ast::Expr* expr);
     tree::Expr* stepExpression(const ast::Expr* expr, bool after);
+    tree::Expr* pointerStep(tree::Expr* pointer, tree::Expr* count, TokenKind op, bool after,
+                            Range range);
     tree::Expr* makeExpr(tree::ExprKind kind, const Type* type, Range range);
     tree::Expr* finish(tree::Expr* expr);
     tree::Expr* constantExpr(const Type* type, uint64_t bits, Range range);
@@ -222,6 +260,8 @@ class Sema {
     bool wrapsElements(const Type* type, std::span<ast::Expr* const> items) const;
     tree::Expr* aggregate(const Type* type, std::span<ast::Expr* const> items,
                           std::span<const Name> designators, size_t& used, Range range);
+    tree::Expr* unionFrom(const Type* type, std::span<ast::Expr* const> items,
+                          std::span<const Name> designators, size_t& used, Range range);
     tree::Expr* vectorFrom(const Type* type, std::vector<tree::Expr*> parts, Range range);
     tree::Expr* matrixFrom(const Type* type, std::vector<tree::Expr*> parts, Range range);
     tree::Expr* defaultValue(const Type* type, Range range);
@@ -232,6 +272,7 @@ class Sema {
     tree::Expr* call(const ast::Expr* expr);
     tree::Expr* memberCall(const ast::Expr* expr);
     tree::Expr* objectCall(tree::Expr* object, const ast::Expr* expr);
+    bool mayInitialise(const ast::Expr& list, const tree::Variable& parameter) const;
     bool isSpecialisation(const Overload& overload, const ast::QualifiedName& name);
     tree::Expr* callOverloads(uint32_t set, tree::Expr* self, std::vector<tree::Expr*>& arguments,
                               const ast::QualifiedName* name, Range range, bool quiet);
@@ -260,6 +301,8 @@ class Sema {
     void declareTemplate(const ast::Decl* decl);
     bool bindGiven(std::span<const ast::TemplateArgument> given, Parameters parameters,
                    Bindings& bindings);
+    TemplateBinding bindOne(const GivenArgument& given, const ast::TemplateParameter& parameter);
+    size_t specificity(const ast::Function& pattern) const;
     bool bindDefaults(Parameters parameters, Bindings& bindings, Space* parent);
     Space* parameterSpace(Parameters parameters, const Bindings& bindings, Space* parent);
     Space* parameterSpaceOfBound(Parameters parameters, const Bindings& bindings, Space* parent);
@@ -267,6 +310,29 @@ class Sema {
     const ast::Decl* specialisation(const Template& pattern, const Bindings& arguments,
                                     Bindings& bindings);
     bool spendInstance(Range range);
+
+    // warnings.cpp
+    void warnUnusedValue(const tree::Expr& expr);
+    void warnLostFraction(const tree::Expr& expr, const Type* to);
+    void warnAboutFunction(const tree::Function& function);
+
+    // packs.cpp
+    template <typename Pattern>
+    std::optional<size_t> packLength(const Pattern& pattern, Range range);
+    std::optional<size_t> parameterPackLength(const ast::Variable& parameter);
+    std::span<ast::Expr* const> expandItems(std::span<ast::Expr* const> items);
+    std::vector<GivenArgument> expandArguments(std::span<const ast::TemplateArgument> arguments,
+                                               Range range);
+    static Bindings flattened(const Bindings& bindings);
+    template <typename Match>
+    bool matchElement(Parameters parameters, Bindings& bindings, const Match& match);
+    bool matchPackElement(const ast::TypeSyntax* syntax, const Type* type, Parameters parameters,
+                          Bindings& bindings);
+    bool matchList(std::span<const ast::TemplateArgument> syntax, const Bindings& given,
+                   Parameters parameters, Bindings& bindings);
+    Symbol* declarePack(SymbolKind kind, Name name, Range range, size_t count);
+    tree::Expr* packElement(const ast::Expr* expr);
+    tree::Expr* sizeOfPack(const ast::Expr* expr);
     bool match(const ast::TypeSyntax* syntax, const Type* type, Parameters parameters,
                Bindings& bindings);
     bool matchArgument(const ast::TemplateArgument& syntax, const TemplateBinding& given,
@@ -286,6 +352,10 @@ class Sema {
     std::optional<Scalar> evaluateAtDepth(const tree::Expr* expr);
     std::optional<int64_t> integerConstant(const ast::Expr* expr, std::string_view what);
     static std::optional<Scalar> convertScalar(Scalar value, const Type* to);
+    static std::optional<Scalar> foldUnary(TokenKind op, const Type* type, Scalar value);
+    static std::optional<Scalar> foldBinary(TokenKind op, const Type* type, Scalar left,
+                                            Scalar right);
+    bool spendConstantStep();
 
     void error(Range range, std::string message) { diagnostics_.error(range, std::move(message)); }
     bool tooDeep(Range range);
@@ -313,6 +383,8 @@ class Sema {
     uint32_t depth_ = 0;
     uint32_t templateDepth_ = 0;
     uint32_t constantSteps_ = 0;
+    uint32_t allConstantSteps_ = 0;
+    std::optional<size_t> packIndex_; // while a pattern is expanded: which element it is for
 };
 
 // A template of a struct, an alias or a variable, with its specialisations.

@@ -50,6 +50,10 @@ tree::Expr* Sema::condition(const ast::Expr* expr) {
     if (test == nullptr) {
         return nullptr;
     }
+    if (expr->kind == ast::ExprKind::assign && expr->op == TokenKind::equal && !expr->grouped) {
+        diagnostics_.warning(expr->range, "this condition assigns; '==' compares, and a second "
+                                          "pair of parentheses says that it is meant so");
+    }
     if (!test->type->isScalar() && !(test->type->isEnum() && !test->type->enumeration->scoped)) {
         error(expr->range, "a condition is a single number or bool, not '" + toText(test->type) +
                                "'" + (test->type->isVector() ? "; use 'all' or 'any'" : ""));
@@ -86,6 +90,7 @@ tree::Stmt* Sema::statementAtDepth(const ast::Stmt* stmt) {
         if (expr == nullptr) {
             return nullptr;
         }
+        warnUnusedValue(*expr);
         tree::Stmt* result = makeStmt(StmtKind::expression, stmt->range);
         result->expr = expr;
         return result;
@@ -318,11 +323,25 @@ tree::Stmt* Sema::returnStatement(const ast::Stmt* stmt) {
     tree::Stmt* result = makeStmt(StmtKind::leave, stmt->range);
     result->mayReturn = result->alwaysReturns = true;
     if (stmt->expr == nullptr) {
+        if (state_->result == nullptr) {
+            state_->result = voidType();
+        }
         if (!state_->result->isVoid()) {
             error(stmt->range, "this function returns '" + toText(state_->result) + "'");
             return nullptr;
         }
         return result;
+    }
+    if (state_->result == nullptr) {
+        // The first 'return' says what 'auto' stands for.
+        tree::Expr* expr =
+            stmt->expr->kind != ast::ExprKind::list ? expression(stmt->expr) : nullptr;
+        if (expr == nullptr) {
+            return nullptr;
+        }
+        state_->result = unpacked(expr->type);
+        const_cast<tree::Function*>(state_->function)->result = state_->result;
+        pending_.emplace(stmt->expr, expr);
     }
     if (state_->result->isVoid()) {
         if (stmt->expr->kind != ast::ExprKind::list) {
@@ -431,7 +450,8 @@ tree::Stmt* Sema::localVariable(const ast::Variable* syntax) {
     }
     tree::Variable* variable = makeVariable(*syntax, type, tree::VariableKind::local);
     symbol->variable = variable;
-    if (type->isSampler() && !reference) {
+    state_->locals.push_back(variable);
+    if (type->isSampler() && !reference && writesSampler(syntax->init)) {
         if (!samplerVariable(syntax, variable)) {
             symbol->variable = nullptr;
             return nullptr;
@@ -473,6 +493,7 @@ tree::Stmt* Sema::localVariable(const ast::Variable* syntax) {
             symbol->variable = nullptr;
             return nullptr;
         }
+        init = init->lvalue ? asBase(init, type) : init;
         if (init->type != type || !init->lvalue) {
             init = convertTo(init, type);
             variable->isReference = false;

@@ -1,4 +1,6 @@
 // Structs: their members, layout, member functions and default values.
+#include <algorithm>
+
 #include "msl/sema/sema.h"
 
 namespace msl {
@@ -57,6 +59,7 @@ void Sema::defineStruct(const ast::Decl* decl, Type* type, const Instance* insta
 void Sema::structFields(const ast::Decl* decl, Type* type, StructRecord& record) {
     FunctionState* const outerState = state_;
     std::vector<Field> fields;
+    structBases(decl, record, fields);
     for (const auto* member : decl->members) {
         if (member->kind == ast::DeclKind::function) {
             continue;
@@ -65,6 +68,13 @@ void Sema::structFields(const ast::Decl* decl, Type* type, StructRecord& record)
         if (member->kind != ast::DeclKind::variables || member->isTemplate) {
             declaration(member);
             state_ = outerState;
+            const auto made = declaredTypes_.find(member);
+            if (member->kind == ast::DeclKind::structure && member->name == nullptr &&
+                made != declaredTypes_.end()) {
+                Field unnamed;
+                unnamed.type = made->second;
+                fields.push_back(unnamed);
+            }
             continue;
         }
         if (member->typeDeclaration != nullptr) {
@@ -104,7 +114,16 @@ void Sema::structFields(const ast::Decl* decl, Type* type, StructRecord& record)
                 fieldType =
                     types_.pointer(fieldType->element, fieldType->space, fieldType->constPointee);
             }
-            fields.push_back({variable->name, fieldType, 0, reference});
+            if (decl->isUnion && fieldType->holdsResources()) {
+                error(variable->range,
+                      "a union cannot hold a member of the type '" + toText(fieldType) + "'");
+                continue;
+            }
+            Field field;
+            field.name = variable->name;
+            field.type = fieldType;
+            field.isReference = reference;
+            fields.push_back(field);
         }
     }
     uint64_t total = 0;
@@ -115,6 +134,7 @@ void Sema::structFields(const ast::Decl* decl, Type* type, StructRecord& record)
         error(decl->range, "the type has more than " + std::to_string(kMaxTypeBytes) + " bytes");
         fields.clear();
     }
+    type->structure->isUnion = decl->isUnion;
     types_.completeStruct(type, fields);
     type->structure->declaration = decl;
 }
@@ -154,13 +174,76 @@ void Sema::structMethods(const ast::Decl* decl, Type* type, StructRecord& record
         overloads_[slot->overloads].push_back(overload);
     }
     for (const auto& [function, syntax] : bodies) {
-        if (syntax->body != nullptr && isInstance) {
+        if (syntax->body != nullptr &&
+            (isInstance || unit_.hasKernels || function->result == nullptr)) {
             function->pending = true;
             function->space = record.space;
         } else if (syntax->body != nullptr) {
             analyseBody(*function, &record);
         }
     }
+}
+
+// What a constructor does before its body: the object with its default values, and what the
+// members' initialisers say.
+bool Sema::constructorStart(tree::Function& function, std::vector<tree::Stmt*>& items) {
+    const auto& syntax = *function.syntax;
+    const auto& inits = syntax.memberInits;
+    const Type* type = function.self->type;
+    tree::Stmt* object = makeStmt(tree::StmtKind::declare, syntax.range);
+    object->variable = function.self;
+    items.push_back(object);
+    if (inits.size() == 1 && inits[0]->name == recordOf(type)->constructors) {
+        // Another constructor makes the object.
+        object->expr = fromList(type, inits[0]->init->items, {}, inits[0]->range,
+                                inits[0]->initKind == ast::InitKind::brace);
+        return object->expr != nullptr;
+    }
+    object->expr = memberDefaults(type, syntax.range);
+    bool good = object->expr != nullptr;
+    for (const auto* init : inits) {
+        tree::Expr* target = nullptr;
+        tree::Expr* source = initialMember(function, *init, target);
+        if (source == nullptr) {
+            good = false;
+            continue;
+        }
+        tree::Expr* assignExpr = makeExpr(tree::ExprKind::assign, target->type, init->range);
+        assignExpr->a = target;
+        assignExpr->b = source;
+        tree::Stmt* stmt = makeStmt(tree::StmtKind::expression, init->range);
+        stmt->expr = finish(assignExpr);
+        items.push_back(stmt);
+    }
+    return good;
+}
+
+// The value of a member, or of a base, in a constructor's list; `target` becomes the member.
+tree::Expr* Sema::initialMember(const tree::Function& function, const ast::Variable& init,
+                                tree::Expr*& target) {
+    tree::Expr* self = variableExpr(function.self, init.range);
+    const auto fields = function.self->type->structure->fields;
+    const auto field = std::find_if(fields.begin(), fields.end(), [&](const Field& item) {
+        const auto* base = item.isBase ? recordOf(item.type) : nullptr;
+        return item.name == init.name || (base != nullptr && base->constructors == init.name);
+    });
+    if (field != fields.end()) {
+        target = fieldExpr(self, static_cast<uint32_t>(field - fields.begin()), init.range);
+    } else {
+        target = findField(self, init.name, init.range);
+    }
+    if (target == nullptr) {
+        error(init.range, "there is no member '" + std::string(init.name->text) + "'");
+        return nullptr;
+    }
+    const auto& given = init.init->items;
+    if (field != fields.end() && field->isReference && given.size() == 1) {
+        return referenceTo(field->type, value(given[0]));
+    }
+    if (given.empty()) {
+        return defaultValue(target->type, init.range);
+    }
+    return fromList(target->type, given, {}, init.range, init.initKind == ast::InitKind::brace);
 }
 
 } // namespace msl

@@ -26,8 +26,12 @@ const ast::Expr* nameIn(const ast::TemplateArgument& argument) {
                                                                                     : nullptr;
 }
 
+Range rangeOf(const ast::TemplateArgument& argument) {
+    return argument.type != nullptr ? argument.type->range : argument.value->range;
+}
+
 bool bind(TemplateBinding& binding, const TemplateBinding& given) {
-    if (binding.type != nullptr || binding.value) {
+    if (binding.known()) {
         return binding == given;
     }
     binding = given;
@@ -120,52 +124,66 @@ bool Sema::match(const ast::TypeSyntax* syntax, const Type* type, Parameters par
     } else {
         return text != "vec" && text != "matrix" && text != "array";
     }
-    for (size_t i = 0; i < name.arguments.size() && i < own.size(); ++i) {
-        if (!matchArgument(name.arguments[i], own[i], parameters, bindings)) {
-            return false;
-        }
-    }
-    return true;
+    return matchList(name.arguments, own, parameters, bindings);
 }
 
 // The arguments written in <>. False where they are not what the parameters take.
 bool Sema::bindGiven(std::span<const ast::TemplateArgument> given, Parameters parameters,
                      Bindings& bindings) {
-    if (given.size() > parameters.size()) {
-        return false;
-    }
-    for (size_t i = 0; i < given.size(); ++i) {
-        if (parameters[i].valueType == nullptr) {
-            if (given[i].type != nullptr) {
-                bindings[i].type = resolve(given[i].type);
-            } else if (const auto* name = nameIn(given[i])) {
-                ast::TypeSyntax syntax;
-                syntax.kind = ast::TypeSyntaxKind::named;
-                syntax.name = name->name;
-                syntax.range = name->range;
-                bindings[i].type = resolveNamed(&syntax);
-            }
-            if (bindings[i].type == nullptr) {
+    const auto list = expandArguments(given, given.empty() ? Range{} : rangeOf(given.front()));
+    size_t next = 0;
+    for (size_t i = 0; i < parameters.size() && next < list.size(); ++i) {
+        if (!parameters[i].isPack) {
+            bindings[i] = bindOne(list[next++], parameters[i]);
+            if (!bindings[i].known()) {
                 return false;
             }
-        } else {
-            const auto value = given[i].value == nullptr
-                                   ? std::nullopt
-                                   : integerConstant(given[i].value, "a template argument");
-            if (!value) {
+            continue;
+        }
+        bindings[i].isPack = true;
+        while (next < list.size()) {
+            bindings[i].pack.push_back(bindOne(list[next++], parameters[i]));
+            if (!bindings[i].pack.back().known()) {
                 return false;
             }
-            bindings[i].value = static_cast<uint64_t>(*value);
         }
     }
-    return true;
+    return next == list.size();
+}
+
+// What one argument in <> means; nothing where it is not what the parameter takes.
+TemplateBinding Sema::bindOne(const GivenArgument& given, const ast::TemplateParameter& parameter) {
+    TemplateBinding binding;
+    const auto outer = packIndex_;
+    packIndex_ = given.element;
+    if (parameter.valueType == nullptr) {
+        if (given.syntax->type != nullptr) {
+            binding.type = resolve(given.syntax->type);
+        } else if (const auto* name = nameIn(*given.syntax)) {
+            ast::TypeSyntax syntax;
+            syntax.kind = ast::TypeSyntaxKind::named;
+            syntax.name = name->name;
+            syntax.range = name->range;
+            binding.type = resolveNamed(&syntax);
+        }
+    } else if (given.syntax->value != nullptr) {
+        if (const auto value = integerConstant(given.syntax->value, "a template argument")) {
+            binding.value = static_cast<uint64_t>(*value);
+        }
+    }
+    packIndex_ = outer;
+    return binding;
 }
 
 // A default may name the parameters before it.
 bool Sema::bindDefaults(Parameters parameters, Bindings& bindings, Space* parent) {
     for (size_t i = 0; i < parameters.size(); ++i) {
         auto& binding = bindings[i];
-        if (binding.type == nullptr && !binding.value) {
+        if (parameters[i].isPack) {
+            binding.isPack = true;
+            continue;
+        }
+        if (!binding.known()) {
             if (parameters[i].defaultType == nullptr && parameters[i].defaultValue == nullptr) {
                 return false;
             }
@@ -190,6 +208,17 @@ Space* Sema::parameterSpace(Parameters parameters, const Bindings& bindings, Spa
     const Context context(*this, space);
     for (size_t i = 0; i < parameters.size(); ++i) {
         const auto& parameter = parameters[i];
+        if (parameter.isPack && parameter.name != nullptr) {
+            const bool types = parameter.valueType == nullptr;
+            const auto& elements = bindings[i].pack;
+            const Symbol* pack = declarePack(types ? SymbolKind::type : SymbolKind::value,
+                                             parameter.name, parameter.range, elements.size());
+            for (size_t j = 0; j < elements.size(); ++j) {
+                pack->pack[j]->type = types ? elements[j].type : resolve(parameter.valueType);
+                pack->pack[j]->value = elements[j].value.value_or(0);
+            }
+            continue;
+        }
         if (parameter.valueType == nullptr) {
             if (parameter.name != nullptr) {
                 declare(SymbolKind::type, parameter.name, parameter.range)->type = bindings[i].type;
@@ -215,11 +244,12 @@ tree::Function* Sema::instantiate(const Overload& overload, const ast::Qualified
     const auto& pattern = *overload.pattern;
     const auto parameters = Parameters(pattern.templateParameters);
     Instance key{.pattern = &pattern, .bindings = Bindings(parameters.size())};
-    if (overload.self != nullptr) {
+    if (overload.space->self != nullptr) {
         // Instances of a struct template share the pattern.
-        key.bindings.push_back({overload.self, std::nullopt});
+        key.bindings.push_back({.type = overload.space->self, .value = std::nullopt});
     }
-    if (arguments.size() > pattern.parameters.size()) {
+    const bool takesPack = !pattern.parameters.empty() && pattern.parameters.back()->isPack;
+    if (arguments.size() > pattern.parameters.size() && !takesPack) {
         return nullptr;
     }
     tree::Function* function = nullptr;
@@ -234,6 +264,16 @@ tree::Function* Sema::instantiate(const Overload& overload, const ast::Qualified
         {
             const Context context(*this, overload.space);
             for (size_t i = 0; i < arguments.size(); ++i) {
+                if (arguments[i]->kind == tree::ExprKind::list) {
+                    continue;
+                }
+                if (takesPack && i + 1 >= pattern.parameters.size()) {
+                    if (!matchPackElement(pattern.parameters.back()->type, arguments[i]->type,
+                                          parameters, deduced)) {
+                        return nullptr;
+                    }
+                    continue;
+                }
                 // Later arguments that would bind a parameter otherwise convert to it.
                 Bindings tried = deduced;
                 if (match(pattern.parameters[i]->type, arguments[i]->type, parameters, tried)) {
@@ -247,7 +287,7 @@ tree::Function* Sema::instantiate(const Overload& overload, const ast::Qualified
         }
         for (size_t i = 0; i < parameters.size(); ++i) {
             auto& binding = key.bindings[i];
-            binding = binding.type == nullptr && !binding.value ? deduced[i] : binding;
+            binding = binding.known() ? binding : deduced[i];
         }
         Bindings own(key.bindings.begin(),
                      key.bindings.begin() + static_cast<ptrdiff_t>(parameters.size()));
@@ -279,22 +319,90 @@ tree::Function* Sema::instantiate(const Overload& overload, const ast::Qualified
     return function;
 }
 
+// How much a template's parameters say of their arguments, a pack less than nothing.
+size_t Sema::specificity(const ast::Function& pattern) const {
+    size_t sum = 1;
+    for (const auto* parameter : pattern.parameters) {
+        const auto* syntax = parameter->type->kind == ast::TypeSyntaxKind::reference
+                                 ? parameter->type->element
+                                 : parameter->type;
+        const bool bare = syntax->kind == ast::TypeSyntaxKind::named &&
+                          parameterIndex(pattern.templateParameters, *syntax->name).has_value();
+        sum += bare ? 1 : 2;
+        if (parameter->isPack) {
+            return 0;
+        }
+    }
+    return sum;
+}
+
+// An explicit instantiation analyses what it names; that of an entry point's template is an entry
+// point, under the name that [[host_name("name")]] gives it.
+void Sema::instantiation(const ast::Decl* decl) {
+    if (decl->function == nullptr) {
+        resolve(decl->type);
+        return;
+    }
+    const auto& syntax = *decl->function;
+    if (syntax.stage == ast::FunctionStage::kernel) {
+        unit_.hasKernels = true;
+        return;
+    }
+    const Symbol* symbol = lookup(*syntax.qualifiedName);
+    if (symbol == nullptr || symbol->kind != SymbolKind::functions) {
+        error(syntax.range,
+              "there is no function template named '" + std::string(syntax.name->text) + "'");
+        return;
+    }
+    const auto* wanted = makeFunction(syntax, nullptr);
+    if (wanted == nullptr) {
+        return;
+    }
+    std::vector<tree::Expr*> arguments;
+    for (auto* parameter : wanted->parameters) {
+        arguments.push_back(variableExpr(parameter, parameter->range));
+    }
+    for (size_t i = 0; i < overloads_[symbol->overloads].size(); ++i) {
+        const Overload overload = overloads_[symbol->overloads][i];
+        tree::Function* function = overload.function != nullptr
+                                       ? nullptr
+                                       : instantiate(overload, syntax.qualifiedName, arguments);
+        if (function == nullptr || !sameParameters(*function, *wanted)) {
+            continue;
+        }
+        analysePending(*function);
+        if (function->stage != ast::FunctionStage::none) {
+            for (const auto& attribute : syntax.attributes) {
+                if (attribute.name->text == "host_name" && !attribute.string.empty()) {
+                    function->name = names_.intern(attribute.string);
+                }
+            }
+            entryPoint(*function);
+        }
+        return;
+    }
+    error(syntax.range, "no template '" + std::string(syntax.name->text) +
+                            "' has an instance with these parameters");
+}
+
 // A template's function is analysed when it is first called.
 void Sema::analysePending(tree::Function& function) {
-    if (!function.pending) {
+    if (!function.pending || function.syntax->body == nullptr) {
         return;
     }
     function.pending = false;
-    if (!spendInstance(function.range)) {
-        return;
-    }
-    ++templateDepth_;
-    const DepthGuard guard(depth_);
     Space* space = static_cast<Space*>(function.space);
     StructRecord* record = nullptr;
     for (const Space* at = space; at != nullptr && record == nullptr; at = at->parent) {
         record = at->self != nullptr ? recordOf(at->self) : nullptr;
     }
+    const bool instance =
+        function.syntax->isTemplate || (record != nullptr && record->pattern != nullptr);
+    if (instance && !spendInstance(function.range)) {
+        return;
+    }
+    templateDepth_ += instance ? 1 : 0;
+    const DepthGuard guard(depth_);
     const Context context(*this, space);
     auto outerTypes = std::move(declaredTypes_);
     declaredTypes_.clear();
@@ -303,7 +411,7 @@ void Sema::analysePending(tree::Function& function) {
     analyseBody(function, record);
     pending_ = std::move(outerPending);
     declaredTypes_ = std::move(outerTypes);
-    --templateDepth_;
+    templateDepth_ -= instance ? 1 : 0;
 }
 
 // --- structs, aliases and variables
@@ -345,18 +453,20 @@ const ast::Decl* Sema::specialisation(const Template& pattern, const Bindings& a
     for (const auto* candidate : pattern.specialisations) {
         const auto parameters = Parameters(candidate->templateParameters);
         Bindings own(parameters.size());
-        bool fits = candidate->arguments.size() <= arguments.size();
+        const Bindings flat = flattened(arguments);
+        const bool expands = !candidate->arguments.empty() && candidate->arguments.back().expands;
         const Diagnostics::Muted muted(diagnostics_);
         const Context context(*this, pattern.space);
+        bool fits = (expands || candidate->arguments.size() == flat.size()) &&
+                    matchList(candidate->arguments, flat, parameters, own);
         for (size_t i = 0; fits && i < candidate->arguments.size(); ++i) {
             const auto& argument = candidate->arguments[i];
-            fits = matchArgument(argument, arguments[i], parameters, own);
             // What holds none of the parameters must be the very type.
-            if (fits && argument.type != nullptr &&
+            if (argument.type != nullptr && !argument.expands &&
                 !(argument.type->kind == ast::TypeSyntaxKind::named &&
                   parameterIndex(parameters, *argument.type->name))) {
                 const Context inner(*this, parameterSpaceOfBound(parameters, own, pattern.space));
-                fits = resolve(argument.type) == arguments[i].type;
+                fits = resolve(argument.type) == flat[i].type;
             }
         }
         if (fits && parameters.size() < fewest) {
@@ -372,7 +482,7 @@ const ast::Decl* Sema::specialisation(const Template& pattern, const Bindings& a
 Space* Sema::parameterSpaceOfBound(Parameters parameters, const Bindings& bindings, Space* parent) {
     Space* space = parent;
     for (size_t i = 0; i < parameters.size(); ++i) {
-        if (bindings[i].type != nullptr || bindings[i].value) {
+        if (bindings[i].known()) {
             space = parameterSpace(parameters.subspan(i, 1), {bindings[i]}, space);
         }
     }
@@ -417,8 +527,9 @@ const Type* Sema::instantiateStruct(Template& pattern, const ast::QualifiedName&
               "the template '" + std::string(name.name->text) + "' is declared but not defined");
     } else {
         std::string text = std::string(decl->name->text) + "<";
-        for (size_t i = 0; i < key.bindings.size(); ++i) {
-            const auto& binding = key.bindings[i];
+        const Bindings flat = flattened(key.bindings);
+        for (size_t i = 0; i < flat.size(); ++i) {
+            const auto& binding = flat[i];
             text += (i > 0 ? ", " : "") +
                     (binding.type != nullptr
                          ? toText(binding.type)

@@ -12,6 +12,7 @@ tree::Expr* Sema::textureCall(const ast::Expr* expr, tree::Expr* texture, Name n
     if (member == nullptr) {
         error(expr->a->range, "'" + toText(texture->type) + "' has no member function '" +
                                   std::string(name->text) + "', or it is not supported");
+        suggest(textureMemberNames(), name->text, expr->a->range);
         return nullptr;
     }
     return TextureCall(*this, expr, texture, *member).analyse();
@@ -202,9 +203,10 @@ bool Sema::TextureCall::offsetOption() {
 // The texel's place, which reading and writing name alike.
 bool Sema::TextureCall::texel() {
     if (cube_) {
-        sema_.error(range_, "single texels of cube textures are not supported; view the cube as "
-                            "an array of 2d textures");
-        return false;
+        return take(tree::TextureItem::coordinate, vectorType(TypeKind::uintType, 2),
+                    "a coordinate") &&
+               take(tree::TextureItem::face, uintType(), "a face") &&
+               (!arrayed_ || take(tree::TextureItem::layer, uintType(), "an array index"));
     }
     return take(tree::TextureItem::coordinate, vectorType(TypeKind::uintType, coordinates_),
                 "a coordinate") &&
@@ -219,6 +221,13 @@ bool Sema::TextureCall::reading() {
         return false;
     }
     result_->type = type_.depth ? type_.element : four();
+    if (cube_ && type_.access != TextureAccess::readWrite) {
+        // A cube's texels are only sampled, here at their middles and without a filter.
+        items_[tree::TextureItem::sampler] = sema_.plainSampler(range_);
+        if (items_[tree::TextureItem::sampler] == nullptr) {
+            return false;
+        }
+    }
     return texel() && (!multisampled_ || take(tree::TextureItem::level, uintType(), "a sample")) &&
            (multisampled_ || next_ >= given_.size() ||
             take(tree::TextureItem::level, uintType(), "a level"));

@@ -24,7 +24,8 @@ struct Variable {
     VariableKind kind = VariableKind::local;
     bool isReference = false;
     bool isConst = false;
-    bool addressTaken = false;
+    bool isMoved = false; // a pointer that '++' or '+=' moves
+    bool isUsed = false;  // named somewhere behind its declaration
     AddressSpace space = AddressSpace::thread;
     const Expr* init = nullptr;
     const Function* function = nullptr; // that declares it
@@ -57,6 +58,8 @@ enum class ExprKind : uint8_t {
     library,
     comma,
     functionConstant, // index
+    pointerStep,      // a, a pointer variable, moved by b elements: op; its old value where `after`
+    list,             // braces as an argument, until the parameter gives them a type
 };
 
 struct Expr {
@@ -81,6 +84,7 @@ struct Expr {
     Variable* variable = nullptr;
     const Function* function = nullptr;
     const LibraryFunction* library = nullptr;
+    const ast::Expr* list = nullptr;
 };
 
 // The places of the items of a texture's member function. `index` of the call says what `level` and
@@ -96,10 +100,11 @@ enum : size_t {
     gradientX,
     gradientY,
     offset,
-    lodClamp
+    lodClamp,
+    face // of a cube, where a single texel is meant
 };
 } // namespace TextureItem
-inline constexpr size_t kTextureItems = TextureItem::lodClamp + 1;
+inline constexpr size_t kTextureItems = TextureItem::face + 1;
 
 enum class StmtKind : uint8_t {
     expression,

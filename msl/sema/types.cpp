@@ -37,7 +37,7 @@ const Type* Sema::resolveArray(const ast::TypeSyntax* syntax, const ast::Expr* i
         }
         length = static_cast<uint64_t>(*value);
     } else if (init != nullptr && init->kind == ast::ExprKind::list) {
-        length = init->items.size();
+        length = expandItems(init->items).size();
         if (length == 0 || length > kMaxArrayLength) {
             error(init->range, "an array needs at least one element");
             return nullptr;
@@ -132,6 +132,11 @@ const Type* Sema::resolveNamed(const ast::TypeSyntax* syntax) {
         return resolveTemplate(name);
     }
     if (symbol != nullptr) {
+        if (symbol->isPack) {
+            error(name.range, "'" + std::string(name.name->text) +
+                                  "' is a parameter pack; '...' behind it expands it");
+            return nullptr;
+        }
         if (symbol->kind == SymbolKind::type) {
             return symbol->type;
         }

@@ -44,16 +44,13 @@ class Section {
 class Emitter {
   public:
     explicit Emitter(const Module& module)
-        : module_(module), used_(module.instructions.size(), false),
-          ids_(module.instructions.size(), 0), types_(module.types.size(), 0),
-          blocks_(module.blocks.size(), 0) {}
+        : module_(module), used_(usedValues(module)), ids_(module.instructions.size(), 0),
+          types_(module.types.size(), 0), blocks_(module.blocks.size(), 0) {}
 
     std::vector<uint32_t> run();
 
   private:
     uint32_t newId() { return nextId_++; }
-    void markUsed();
-    void use(Value value, std::vector<Value>& work);
     uint32_t idOf(Value value);
     uint32_t typeId(TypeId type);
     uint32_t blockId(BlockId block);
@@ -70,6 +67,7 @@ class Emitter {
     void instruction(Value value);
     void terminator(const Block& block);
     void capability(spv::Capability wanted);
+    void subgroupCapability(spv::Op op);
 
     const Module& module_;
     std::vector<bool> used_;
@@ -89,63 +87,6 @@ class Emitter {
     uint32_t extended_ = 0;
     uint32_t functionType_ = 0;
 };
-
-void Emitter::use(Value value, std::vector<Value>& work) {
-    value = module_.resolve(value);
-    if (value != kNoValue && !used_[value]) {
-        used_[value] = true;
-        work.push_back(value);
-    }
-}
-
-// Everything that an effect, a branch or the interface needs, directly or through other values.
-void Emitter::markUsed() {
-    std::vector<Value> work;
-    for (const auto& function : module_.functions) {
-        for (const BlockId id : function.layout) {
-            const Block& at = module_.blocks[id];
-            if (at.condition != kNoValue) {
-                use(at.condition, work);
-            }
-            for (Value value = at.first; value != kNoValue;
-                 value = module_.instructions[value].next) {
-                if (info(module_.instructions[value].op).sideEffect) {
-                    use(value, work);
-                }
-            }
-        }
-        for (const Value variable : function.interface) {
-            use(variable, work);
-        }
-    }
-    for (const auto& item : module_.globals) {
-        if (item.initializer != kNoValue) {
-            use(item.initializer, work);
-        }
-    }
-    while (!work.empty()) {
-        const Value value = work.back();
-        work.pop_back();
-        const auto& instruction = module_.instructions[value];
-        const auto operands = module_.operandsOf(instruction);
-        if (instruction.op == Op::constant) {
-            continue;
-        }
-        if (instruction.op == Op::phi) {
-            for (size_t i = 0; i < operands.size(); i += 2) {
-                use(operands[i], work);
-            }
-            continue;
-        }
-        const auto literals = info(instruction.op).literals;
-        const size_t values = literals == Literals::allButFirst ? 1
-                              : literals == Literals::allButTwo ? 2
-                                                                : operands.size();
-        for (size_t i = 0; i < std::min(values, operands.size()); ++i) {
-            use(operands[i], work);
-        }
-    }
-}
 
 uint32_t Emitter::idOf(Value value) {
     value = module_.resolve(value);
@@ -386,7 +327,8 @@ void Emitter::globalDecorations(const Global& global, uint32_t id) {
         spv::BuiltInBaseInstance, spv::BuiltInFrontFacing,   spv::BuiltInPointCoord,
         spv::BuiltInPointSize,    spv::BuiltInSampleId,      spv::BuiltInSampleMask,
         spv::BuiltInFragDepth,    spv::BuiltInClipDistance,  spv::BuiltInPrimitiveId,
-        spv::BuiltInLayer,        spv::BuiltInViewportIndex};
+        spv::BuiltInLayer,        spv::BuiltInViewportIndex, spv::BuiltInSubgroupLocalInvocationId,
+        spv::BuiltInSubgroupSize};
     const auto decorate = [&](spv::Decoration decoration) {
         decorations_.put(spv::OpDecorate, {id, static_cast<uint32_t>(decoration)});
     };
@@ -409,6 +351,10 @@ void Emitter::globalDecorations(const Global& global, uint32_t id) {
             break;
         case BuiltIn::viewportIndex:
             capability(spv::CapabilityShaderViewportIndex);
+            break;
+        case BuiltIn::subgroupThread:
+        case BuiltIn::subgroupSize:
+            capability(spv::CapabilityGroupNonUniform);
             break;
         case BuiltIn::baseVertex:
         case BuiltIn::baseInstance:
@@ -466,6 +412,36 @@ void Emitter::global(const Global& item) {
     globalDecorations(item, id);
 }
 
+void Emitter::subgroupCapability(spv::Op op) {
+    capability(spv::CapabilityGroupNonUniform);
+    switch (op) {
+    case spv::OpGroupNonUniformElect:
+        break;
+    case spv::OpGroupNonUniformAll:
+    case spv::OpGroupNonUniformAny:
+        capability(spv::CapabilityGroupNonUniformVote);
+        break;
+    case spv::OpGroupNonUniformBroadcast:
+    case spv::OpGroupNonUniformBroadcastFirst:
+        capability(spv::CapabilityGroupNonUniformBallot);
+        break;
+    case spv::OpGroupNonUniformShuffle:
+    case spv::OpGroupNonUniformShuffleXor:
+        capability(spv::CapabilityGroupNonUniformShuffle);
+        break;
+    case spv::OpGroupNonUniformShuffleUp:
+    case spv::OpGroupNonUniformShuffleDown:
+        capability(spv::CapabilityGroupNonUniformShuffleRelative);
+        break;
+    case spv::OpGroupNonUniformQuadBroadcast:
+        capability(spv::CapabilityGroupNonUniformQuad);
+        break;
+    default:
+        capability(spv::CapabilityGroupNonUniformArithmetic);
+        break;
+    }
+}
+
 void Emitter::instruction(Value value) {
     const auto& item = module_.instructions[value];
     const OpInfo& row = info(item.op);
@@ -487,7 +463,12 @@ void Emitter::instruction(Value value) {
     default:
         break;
     }
-    code_.begin(static_cast<spv::Op>(row.spirv));
+    if (item.op == Op::subgroup) {
+        subgroupCapability(static_cast<spv::Op>(item.extra & 0xFFFFU));
+        code_.begin(static_cast<spv::Op>(item.extra & 0xFFFFU));
+    } else {
+        code_.begin(static_cast<spv::Op>(row.spirv));
+    }
     if (row.hasResult) {
         code_.add(type);
         code_.add(idOf(value));
@@ -496,10 +477,7 @@ void Emitter::instruction(Value value) {
         code_.add(extended_);
         code_.add(item.extra);
     }
-    size_t values = operands.size();
-    if (row.literals != Literals::none) {
-        values = row.literals == Literals::allButFirst ? 1 : 2;
-    }
+    const size_t values = module_.valuesOf(item).size();
     size_t maskAt = operands.size() + 1;
     if (item.op >= Op::sampleImplicit && item.op <= Op::drefGather && item.extra != 0) {
         const bool three = item.op == Op::sampleDrefImplicit || item.op == Op::sampleDrefExplicit ||
@@ -509,6 +487,9 @@ void Emitter::instruction(Value value) {
     for (size_t i = 0; i < operands.size(); ++i) {
         if (i == maskAt) {
             code_.add(item.extra);
+        }
+        if (i == 1 && item.op == Op::subgroup && item.extra >> 16U != 0) {
+            code_.add((item.extra >> 16U) - 1);
         }
         code_.add(i < values ? idOf(operands[i]) : operands[i]);
     }
@@ -629,7 +610,6 @@ void Emitter::function(const Function& item) {
 
 std::vector<uint32_t> Emitter::run() {
     extended_ = newId();
-    markUsed();
     for (const Value value : module_.constants) {
         if (used_[value]) {
             constant(value);

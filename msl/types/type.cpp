@@ -322,20 +322,25 @@ Type* TypeTable::makeEnum(Name name, const Type* underlying, bool scoped) {
 void TypeTable::completeStruct(Type* type, const std::vector<Field>& fields) {
     auto& info = *type->structure;
     info.fields = arena_.copy(fields);
-    uint32_t offset = 0;
+    uint32_t end = 0;
     type->leaves = 0;
     for (auto& field : info.fields) {
-        offset =
-            (offset + field.type->alignment - 1) / field.type->alignment * field.type->alignment;
-        field.offset = offset;
-        offset += field.type->size;
+        const uint32_t alignment = field.type->alignment;
+        field.offset = info.isUnion ? 0 : (end + alignment - 1) / alignment * alignment;
+        // A base without members takes no room.
+        const bool empty = field.isBase && field.type->structure->fields.empty();
+        end = std::max(end, field.offset + (empty ? 0 : field.type->size));
         type->alignment = std::max(type->alignment, field.type->alignment);
         type->leaves += field.type->leaves;
         info.hasResources = info.hasResources || field.type->holdsResources();
         info.hasArray = info.hasArray || field.type->isArray() ||
                         (field.type->isStruct() && field.type->structure->hasArray);
     }
-    type->size = (std::max(offset, 1U) + type->alignment - 1) / type->alignment * type->alignment;
+    type->size = (std::max(end, 1U) + type->alignment - 1) / type->alignment * type->alignment;
+    if (info.isUnion) {
+        info.hasArray = false; // a union is carried as the words that its members share
+        type->leaves = (type->size + 3) / 4;
+    }
     info.complete = true;
 }
 

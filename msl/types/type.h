@@ -93,6 +93,7 @@ struct Field {
     const Type* type = nullptr;
     uint32_t offset = 0;
     bool isReference = false; // the type is the pointer that stands for the reference
+    bool isBase = false;      // the part that is a base struct, under the base's name
 };
 
 struct StructInfo {
@@ -100,6 +101,7 @@ struct StructInfo {
     std::span<Field> fields{};
     const void* declaration = nullptr; // the analysis's record of it
     bool complete = false;
+    bool isUnion = false;
     bool hasArray = false;     // somewhere inside
     bool hasResources = false; // textures, samplers or pointers, somewhere inside
 };

@@ -37,7 +37,7 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 //
 // slot        what it does                                   useful range   default
 // color1      colour of the curtains' upper reaches          any            violet
-// color2      colour that the lower hems can take            any            cyan
+// color2      replaces the green of the hems, by params.y     any            cyan
 // color3      tints the night sky above the horizon          any            blue
 // background  colour of the sky overhead and of the land     dark           near black
 // params.x    height of the curtains                         0.4 .. 2       1
@@ -89,13 +89,15 @@ float3 curtains(float2 p, float t, constant Uniforms& u) {
         base += 0.024 * sin(s * 4.7 + turns(t, 0.027) + n);
         float height = (0.20 + 0.26 * noise(s * 1.9 + 20.0, n + 1.0)) * max(u.params.x, 0.1);
 
-        float up = p.y - base;
-        float below = smoothstep(-0.055, 0.018, up);
-        float fade = exp(-max(up, 0.0) / height * 1.5) * below;
-        // Rays are fine near the hem and run together higher up.
+        // Rays are fine near the hem and run together higher up. Each reaches down by its own
+        // length, and the hem is sharp only here and there: it is never the outline of a hill.
         float shift = 4.0 * sin(turns(t, 0.0061) + n);
         float rays = noise(s * 34.0 + shift * 3.0, n + 11.0) * 0.55 +
                      noise(s * 13.0 - shift * 2.0, n + 21.0) * 0.65;
+        float up = p.y - base + 0.018 * (rays - 0.55);
+        float soft = 0.05 + 0.15 * smoothstep(0.3, 0.8, noise(s * 2.3 - shift, n + 51.0));
+        float below = smoothstep(-soft, 0.35 * soft, up);
+        float fade = exp(-max(up, 0.0) / height * 1.5) * below;
         rays = mix(rays, 0.6, saturate(up * 1.1));
         float patches = smoothstep(0.18, 0.75, noise(s * 1.1 + shift * 0.4, n + 31.0));
         float bright = fade * (0.25 + 1.15 * rays * rays) * (0.12 + 0.88 * patches) * near;
@@ -105,6 +107,9 @@ float3 curtains(float2 p, float t, constant Uniforms& u) {
         float edge = exp(-up * up * 1800.0);
         colour += float3(0.45, 0.35, 0.25) * edge * 0.35;
         sum += colour * bright;
+        // The air around a curtain is never quite dark.
+        float away = up - 0.03;
+        sum += hem * 0.045 * (0.3 + patches) * near * exp(-away * away * 22.0);
     }
     return sum * (1.0 + u.params.z);
 }

@@ -22,11 +22,24 @@ vertex VOut v_main(uint vid [[vertex_id]]) {
 
 // An oscilloscope drawing a slowly drifting Lissajous figure.
 //
-// Look: speed scales the drift, tint multiplies; the colours are those of the phosphor.
+// slot        what it does                                   useful range   default
+// color1..3   not read: the colours are the phosphor's       -              -
+// background  not read                                       -              -
+// params.x..w not read: the figure is a fixed one            -              -
 
 constant float kTwoPi = 6.2831853;
 constant int kGroups = 30;    // 30 groups of 6 make the 180 segments of the trace
 constant float kReach = 0.16; // past this the glow is below half a step of an 8-bit display
+
+float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.5453); }
+
+// An angle, rate in radians a second. The seconds are taken in two parts, each small enough for its
+// product to keep its fraction: after a day the beam still runs evenly.
+float angle(float t, float rate) {
+    float each = rate / kTwoPi;
+    float whole = floor(t / 256.0);
+    return kTwoPi * fract(fract(256.0 * each) * whole + each * (t - 256.0 * whole));
+}
 
 // Brightness of a line of about one pixel at distance d (height units).
 float hairline(float d, float pixel) { return saturate(1.2 - abs(d) / pixel); }
@@ -61,8 +74,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     centre = max(centre, hairline(tick.y, pixel) * step(abs(p.x), 0.008));
     colour += float3(0.10, 0.22, 0.16) * centre;
 
-    float fx = 3.0 + 0.5 * sin(fmod(t * 0.13, kTwoPi));
-    float phase = fmod(t * 0.35, kTwoPi);
+    float fx = 3.0 + 0.5 * sin(angle(t, 0.13));
+    float phase = angle(t, 0.35);
 
     // The trace is walked by turning both angles by a fixed step: no sine inside the loop. A group
     // of segments lies within half its arc of its middle, so most groups are passed over whole.
@@ -89,8 +102,9 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     colour += float3(0.30, 1.0, 0.5) * exp(-nearest * 220.0);
     colour += float3(0.15, 0.7, 0.35) * 0.5 * exp(-nearest * 40.0);
 
-    float s = fract(t * 0.15) * kTwoPi;
+    float s = angle(t, 0.15 * kTwoPi);
     float2 head = float2(0.62 * sin(fx * s + phase), 0.44 * sin(2.0 * s + 1.1));
     colour += float3(0.9, 1.0, 0.92) * exp(-length(p - head) * 160.0) * 0.9;
-    return float4(colour * u.tint.rgb, 1.0);
+    colour += (hash(fmod(in.position.xy, 128.0) + 0.11) - 0.5) * (0.9 / 255.0);
+    return float4(saturate(colour) * u.tint.rgb, 1.0);
 }

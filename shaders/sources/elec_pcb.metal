@@ -56,9 +56,11 @@ constant float kTrace = 0.22;     // half the width of a trace
 constant float kPad = 0.41;       // radius of a via's ring
 constant float kDrill = 0.19;     // radius of a via's hole
 constant float kClear = 0.42;     // clearance that the pour keeps
-constant float kMargin = 1.3;     // from a tile's edge to the first via of a bus that ends
+constant float kMargin = 1.3;     // least from a tile's edge to the first via of a bus that ends
 constant float kStagger = 1.3;    // between the two rows of a staggered row of vias
+constant float kHalo = 2.1;       // how far a signal's light reaches
 constant float kPin = 1.1;        // length of a chip's pin
+constant float2 kReach = float2(0.42, 0.23); // of a passive's clearance over the edge of its cell
 constant float2 kFanOut = float2(1.58, -0.55); // from a passive's middle to one of its vias
 
 constant float3 kLaminate = float3(0.035, 0.165, 0.078);
@@ -76,6 +78,8 @@ constant int kGlyphs[16] = {31599, 29850, 29671, 31207, 18925, 31183, 31695, 938
 struct Layers {
     float copper; // to the nearest copper that the pour must clear
     float masked; // to the nearest trace, under the solder mask
+    float2 aside; // which way is out of that trace
+    float pour;   // to the pour's outline, its clearances cut out
     float gold;   // to the nearest exposed pad or ring
     float hole;   // to the nearest drill
     float silk;   // coverage of silkscreen
@@ -92,10 +96,29 @@ float box(float2 p, float2 size) {
     return length(max(d, 0.0)) + min(max(d.x, d.y), 0.0);
 }
 
-float capsule(float2 p, float2 from, float2 to, float radius) {
+// From the nearest point of a line to p.
+float2 offLine(float2 p, float2 from, float2 to) {
     float2 along = to - from;
     float2 q = p - from;
-    return length(q - along * saturate(dot(q, along) / dot(along, along))) - radius;
+    return q - along * saturate(dot(q, along) / dot(along, along));
+}
+
+// A phase in turns. The seconds are taken in two parts, each small enough for its product to keep
+// its fraction: after a day the lights still run evenly.
+float turns(float t, float rate) {
+    float whole = floor(t / 256.0);
+    return fract(fract(256.0 * rate) * whole + rate * (t - 256.0 * whole));
+}
+
+// Smooth noise, 0 to 1; the lattice wraps every 128 cells.
+float noise(float2 p) {
+    float2 i = floor(p);
+    float2 f = p - i;
+    f = f * f * (3.0 - 2.0 * f);
+    float2 a = i - 128.0 * floor(i / 128.0);
+    float2 b = i + 1.0 - 128.0 * floor((i + 1.0) / 128.0);
+    return mix(mix(hash(a), hash(float2(b.x, a.y)), f.x), mix(hash(float2(a.x, b.y)), hash(b), f.x),
+               f.y);
 }
 
 float coverage(float d, float pixel) { return saturate(0.5 - d / pixel); }
@@ -107,9 +130,15 @@ void addVia(float2 p, float2 at, thread Layers& l) {
     l.hole = min(l.hole, d - kDrill);
 }
 
-void addTrace(float d, thread Layers& l) {
+// A trace whose middle is `off` away.
+void addTrace(float2 off, float radius, thread Layers& l) {
+    float r = length(off);
+    float d = r - radius;
     l.copper = min(l.copper, d);
-    l.masked = min(l.masked, d);
+    if (d < l.masked) {
+        l.masked = d;
+        l.aside = off / max(r, 0.001);
+    }
 }
 
 void addPad(float d, thread Layers& l) {
@@ -153,6 +182,14 @@ bool hasChip(float2 tile) { return hash(tile + float2(8.0, 18.0)) < 0.6; }
 // Half the length of a tile's chip.
 float chipLength(float2 tile) { return 4.0 + floor(hash(tile + float2(7.0, 31.0)) * 5.0); }
 
+// Where the middle of a tile's chip stands along the tile. Short chips have room to stand aside.
+float chipAt(float2 tile) {
+    float room = 0.5 * (8.0 - chipLength(tile));
+    return 14.0 + floor((hash(tile + float2(5.0, 83.0)) * 2.0 - 1.0) * (room + 0.5) + 0.5);
+}
+
+bool hasPour(float2 tile) { return hash(tile + float2(1.0, 11.0)) < 0.5; }
+
 // Whether band (0 to 2) of a tile that runs the given way carries a bus.
 bool isLive(float2 tile, float band, bool horizontal) {
     if (isHorizontal(tile) != horizontal) {
@@ -177,6 +214,12 @@ float jogAt(float row, float station, float room) {
     return floor(sum * (room + 0.5)) - room;
 }
 
+// From the edge of a tile, before it or after it, to the first via of a bus that ends there.
+float marginOf(float2 tile, float row, float side) {
+    float room = hasChip(tile) ? 0.5 * (8.0 - chipLength(tile)) : 3.5;
+    return kMargin + room * hash(float2(row + 0.5 * side, dot(tile, float2(1.0, 3.0)) + 23.0));
+}
+
 // The number that decides what a cell of a free band's grid holds.
 float cellChance(float2 cell, float2 tile) {
     float2 corner = tile - 4.0 * floor(tile / 4.0);
@@ -193,7 +236,7 @@ bool holdsPassive(float2 cell, float2 tile, bool chip, float chipSize) {
     if (!chip) {
         return chance < 0.42;
     }
-    float2 home = abs((cell + 0.5) * kCell - 14.0);
+    float2 home = abs((cell + 0.5) * kCell - float2(chipAt(tile), 14.0));
     float beyond = home.y - (0.5 * (chipSize - 1.0) + 1.2 + 2.25 + kStagger + kPad + 1.15);
     return beyond > 0.0 && beyond < kCell.y && home.x < chipLength(tile) + 1.0 && chance < 0.7;
 }
@@ -210,7 +253,8 @@ float signalAt(float along, float row, float trace, float t, float share) {
     float spacing = 34.0 + 30.0 * hash(float2(id, 73.0));
     float rate = (5.0 + 6.0 * hash(float2(id, 79.0))) / spacing;
     float way = chance * 2.0 < share ? 1.0 : -1.0;
-    float behind = fract(rate * t - way * along / spacing + hash(float2(id, 83.0))) * spacing;
+    float behind =
+        fract(turns(t, rate) - way * along / spacing + hash(float2(id, 83.0))) * spacing;
     float ahead = spacing - behind;
     return exp(-behind * 0.34) + exp(-ahead * 2.6);
 }
@@ -254,14 +298,28 @@ void addBus(float2 p, float2 tile, float row, float band, bool horizontal, float
     float middle = 14.0 * joint + (hash(float2(row, station + 0.25)) * 2.0 - 1.0) * wander;
     float a = p.x - middle;
     float e = p.y - left;
+    float2 out = float2(0.0, 1.0);
     if (a + way * e * kTan > -reach) {
-        float slanted = (p.y - left - way * (a + reach)) * 0.70710678;
-        float after = p.y - right;
-        e = a + way * after * kTan >= reach ? after : slanted;
+        e = p.y - right;
+        if (a + way * e * kTan < reach) {
+            e = (p.y - left - way * (a + reach)) * 0.70710678;
+            out = float2(-way, 1.0) * 0.70710678;
+        }
     }
 
+    float chipMiddle = chipAt(tile);
     float chipEnd = chipLength(tile) + kPin;
+    float margin = marginOf(tile, row, 0.0);
+    float endMargin = marginOf(tile, row, 1.0);
     float first = floor(e + 0.5 * (size - 1.0));
+    // No sliver of pour is left between the vias of a bus that ends.
+    float2 rows = float2(0.5 * kStagger, 0.5 * (size - 1.0));
+    if (!fromBefore) {
+        l.copper = min(l.copper, box(p - float2(margin + rows.x, 0.0), rows));
+    }
+    if (!toAfter) {
+        l.copper = min(l.copper, box(p - float2(kTile - endMargin - rows.x, 0.0), rows));
+    }
     // A signal's halo fades before the edge of what this bus may light.
     float inside = 0.5 * kBand - abs(p.y);
     inside = fromBefore ? inside : min(inside, p.x);
@@ -271,38 +329,42 @@ void addBus(float2 p, float2 tile, float row, float band, bool horizontal, float
         float trace = clamp(first + float(j), 0.0, size - 1.0);
         float across = e - (trace - 0.5 * (size - 1.0));
         float back = fract(trace * 0.5) * 2.0 * kStagger;
-        float from = fromBefore ? -2.0 : kMargin + back;
-        float to = toAfter ? kTile + 2.0 : kTile - kMargin - back;
+        float from = fromBefore ? -2.0 : margin + back;
+        float to = toAfter ? kTile + 2.0 : kTile - endMargin - back;
         if (chip) {
-            if (p.x < 14.0) {
-                to = 14.0 - chipEnd + 0.3;
+            if (p.x < chipMiddle) {
+                to = chipMiddle - chipEnd + 0.3;
             } else {
-                from = 14.0 + chipEnd - 0.3;
+                from = chipMiddle + chipEnd - 0.3;
             }
         }
-        float d = length(float2(max(max(from - p.x, p.x - to), 0.0), across)) - kTrace;
-        addTrace(d, l);
-        if (!fromBefore && (p.x < 14.0 || !chip)) {
+        float beyond = p.x < from ? p.x - from : max(p.x - to, 0.0);
+        addTrace(beyond * float2(1.0, 0.0) + across * out, kTrace, l);
+        float d = length(float2(beyond, across)) - kTrace;
+        if (!fromBefore && (p.x < chipMiddle || !chip)) {
             addVia(float2(p.x, across), float2(from, 0.0), l);
         }
-        if (!toAfter && (p.x > 14.0 || !chip)) {
+        if (!toAfter && (p.x > chipMiddle || !chip)) {
             addVia(float2(p.x, across), float2(to, 0.0), l);
         }
         if (chip) {
-            addPad(box(float2(abs(p.x - 14.0) - chipEnd + 0.42, across), float2(0.55, 0.28)), l);
+            float2 toPin = float2(abs(p.x - chipMiddle) - chipEnd + 0.42, across);
+            addPad(box(toPin, float2(0.55, 0.28)), l);
         }
 
+        // Past this the halo is below half a step of an 8-bit display. Of two neighbours each lights
+        // the space between them; past the outermost one the clamp gives the same trace twice,
+        // which counts once.
+        if (d > kHalo || (j > 0 && (first < 0.0 || first + 1.0 >= size))) {
+            continue;
+        }
         float glow = signalAt(here * kTile + p.x, row + (horizontal ? 0.0 : 500.0), trace, t,
                               0.72 + u.params.w);
         float pick = hash(float2(trace + 16.0 * row, 89.0));
         float3 hue = pick < 0.25 ? u.color1.rgb : (pick < 0.75 ? u.color2.rgb : u.color3.rgb);
         float core = exp(-max(d + 0.10, 0.0) * 16.0);
         float halo = exp(-max(d, 0.0) * 2.3) * soften;
-        // Each of two neighbours lights the space between them; past the outermost one the clamp
-        // gives the same trace twice, which counts once.
-        if (j == 0 || trace > first) {
-            l.light += glow * (hue * (0.75 * core + 0.20 * halo) + float3(0.35) * glow * core);
-        }
+        l.light += glow * (hue * (0.75 * core + 0.20 * halo) + float3(0.35) * glow * core);
     }
 }
 
@@ -312,7 +374,7 @@ void addBus(float2 p, float2 tile, float row, float band, bool horizontal, float
 // two ends are each other's image turned by half a turn.
 float passiveCopper(float2 p) {
     float2 q = p.x < 0.0 ? -p : p;
-    float d = capsule(q, float2(1.0, 0.0), kFanOut, 0.17);
+    float d = length(offLine(q, float2(1.0, 0.0), kFanOut)) - 0.17;
     d = min(d, length(q - kFanOut) - kPad);
     return min(d, box(q - float2(0.96, 0.0), float2(0.34, 0.62)));
 }
@@ -320,7 +382,8 @@ float passiveCopper(float2 p) {
 // A passive of the 0603 size and its fan-out, p from its middle.
 void addPassive(float2 p, float seed, float2 toShadow, float pixel, thread Layers& l) {
     float2 q = p.x < 0.0 ? -p : p;
-    addTrace(capsule(q, float2(1.0, 0.0), kFanOut, 0.17), l);
+    float2 off = offLine(q, float2(1.0, 0.0), kFanOut);
+    addTrace(p.x < 0.0 ? -off : off, 0.17, l);
     addVia(q, kFanOut, l);
     addPad(box(q - float2(0.96, 0.0), float2(0.34, 0.62)), l);
 
@@ -341,7 +404,8 @@ void addPassive(float2 p, float seed, float2 toShadow, float pixel, thread Layer
 
     float name = lettering((p - float2(-0.66, -1.10)) / 0.085, 3.0, resistor ? 11 : 10, seed + 7.0,
                            pixel / 0.085);
-    l.silk = max(l.silk, name);
+    float line = coverage(box(p - float2(0.0, 0.80), float2(0.55, 0.04)), pixel);
+    l.silk = max(l.silk, max(name, line));
 }
 
 // A chip with pins on four sides, p from its middle. Its ends take the bus one pin to a trace; its
@@ -363,7 +427,8 @@ void addChip(float2 p, float2 tile, float size, float2 toShadow, float pixel, th
         bool connected = hash(float2(pin + 20.0 + side, seed)) > 0.14;
         if (connected) {
             float far = 2.25 + kStagger * fract(0.5 * (pin + half1)) * 2.0;
-            addTrace(capsule(float2(x, y), float2(0.0, 0.9), float2(0.0, far), 0.17), l);
+            float2 off = offLine(float2(x, y), float2(0.0, 0.9), float2(0.0, far));
+            addTrace(float2(off.x, p.y < 0.0 ? -off.y : off.y), 0.17, l);
             addVia(float2(x, y), float2(0.0, far), l);
         }
     }
@@ -375,7 +440,11 @@ void addChip(float2 p, float2 tile, float size, float2 toShadow, float pixel, th
     l.copper = min(l.copper, disc - 0.30);
     float2 t = (p - float2(half1 + 0.35, -half2 - 2.2)) / 0.19;
     l.silk = max(l.silk, lettering(t, 3.0, 12, seed, pixel / 0.19));
-    l.silk = max(l.silk, coverage(length(p - float2(-half1 - 0.75, half2 + 0.55)) - 0.22, pixel));
+    l.silk = max(l.silk, coverage(length(p - float2(-half1 - 0.95, half2 + 0.75)) - 0.22, pixel));
+    // Brackets around the corners of the body.
+    float2 bracket = abs(p) - body;
+    float stroke = abs(max(bracket.x, bracket.y) - 0.34) - 0.05;
+    l.silk = max(l.silk, coverage(max(stroke, -0.62 - min(bracket.x, bracket.y)), pixel));
 
     addShadow(box(p - toShadow, body), 0.9, l);
 
@@ -414,6 +483,111 @@ void addChip(float2 p, float2 tile, float size, float2 toShadow, float pixel, th
     addPart(epoxy, coverage(d, pixel), l);
 }
 
+// The pour's outline alone: a chamfered polygon that keeps within its tile. p from the tile's
+// corner.
+float pourOutline(float2 p, float2 tile) {
+    float2 size = float2(9.5 + 3.8 * hash(tile + float2(2.0, 61.0)),
+                         9.5 + 3.8 * hash(tile + float2(9.0, 67.0)));
+    float2 middle = (13.4 - size) * (float2(hash(tile + float2(6.0, 71.0)),
+                                            hash(tile + float2(3.0, 79.0))) * 2.0 - 1.0);
+    float chamfer = 2.0 + 4.0 * hash(tile + float2(4.0, 59.0));
+    float2 q = abs(p - 14.0 - middle) - size;
+    return max(max(q.x, q.y), (q.x + q.y + chamfer) * 0.70710678);
+}
+
+Layers bareLaminate() {
+    Layers l;
+    l.copper = 100.0;
+    l.masked = 100.0;
+    l.aside = float2(0.0);
+    l.pour = 100.0;
+    l.gold = 100.0;
+    l.hole = 100.0;
+    l.silk = 0.0;
+    l.shade = 1.0;
+    l.light = float3(0.0);
+    l.part = float3(0.0);
+    l.cover = 0.0;
+    return l;
+}
+
+// What stands at a point of the board; `pixel` is a pixel's size in board units.
+Layers survey(float2 board, float pixel, float t, constant Uniforms& u) {
+    float2 tile = floor(board / kTile);
+    float2 local = board - tile * kTile;
+    bool horizontal = isHorizontal(tile);
+    // A vertical tile is a horizontal one turned by a quarter, not mirrored: its lettering reads.
+    float2 p = horizontal ? local : float2(local.y, kTile - local.x);
+    float2 toShadow = horizontal ? float2(0.30, 0.42) : float2(0.42, -0.30);
+    float band = clamp(floor(p.y / kBand), 0.0, 2.0);
+    float row = 3.0 * (horizontal ? tile.y : tile.x) + band;
+    bool chip = hasChip(tile);
+    bool live = isLive(tile, band, horizontal);
+    bool poured = hasPour(tile);
+
+    Layers l = bareLaminate();
+    float2 inBand = float2(p.x, p.y - (band + 0.5) * kBand);
+    if (live) {
+        addBus(inBand, tile, row, band, horizontal, t, u, l);
+    }
+    float keepOut = 100.0;
+    float chipSize = busSize(3.0 * (horizontal ? tile.y : tile.x) + 1.0);
+    if (chip) {
+        float2 middle = p - float2(chipAt(tile), 14.0);
+        addChip(middle, tile, chipSize, toShadow, pixel, l);
+        float rows = 0.5 * (chipSize - 1.0) + 1.2 + 2.25 + kStagger;
+        keepOut = box(middle, float2(chipLength(tile) + 0.4, rows));
+    }
+
+    // The free bands are laid out on a grid of 4 by 2.33.
+    float2 cell = floor(p / kCell);
+    float2 inCell = p - (cell + 0.5) * kCell;
+    if (!live) {
+        float chance = cellChance(cell, tile);
+        if (holdsPassive(cell, tile, chip, chipSize)) {
+            addPassive(inCell, floor(chance * 997.0), toShadow, pixel, l);
+        } else if (poured && chance > 0.72) {
+            // A stitching via ties the pour to the plane below; it stands in the copper.
+            float2 at = (cell + 0.5) * kCell;
+            bool clear = !chip || abs(at.y - 14.0) > 0.5 * (chipSize - 1.0) + 6.6 ||
+                         abs(at.x - chipAt(tile)) > chipLength(tile) + 2.5;
+            if (pourOutline(at, tile) < -0.9 && clear) {
+                float d = length(inCell);
+                l.gold = min(l.gold, d - kPad);
+                l.hole = min(l.hole, d - kDrill);
+            }
+        }
+    }
+    if (poured) {
+        // A passive's vias nearly fill its cell, so the pour must clear those of the next cells
+        // too, and a wide bus nearly fills its band.
+        float2 toward = float2(inCell.x < 0.0 ? -1.0 : 1.0, inCell.y < 0.0 ? -1.0 : 1.0);
+        for (int j = 1; j < 4; ++j) {
+            float2 next = cell + toward * float2(float(j & 1), float(j >> 1));
+            float itsBand = floor(next.y * 0.25);
+            bool near = ((j & 1) == 0 || abs(inCell.x) > 0.5 * kCell.x - kReach.x) &&
+                        ((j & 2) == 0 || abs(inCell.y) > 0.5 * kCell.y - kReach.y);
+            if (near && itsBand >= 0.0 && itsBand <= 2.0 && !isLive(tile, itsBand, horizontal) &&
+                holdsPassive(next, tile, chip, chipSize)) {
+                l.copper = min(l.copper, passiveCopper(p - (next + 0.5) * kCell));
+            }
+        }
+        float side = inBand.y < 0.0 ? -1.0 : 1.0;
+        if (abs(inBand.y) > 0.5 * kBand - kClear && abs(band + side - 1.0) < 1.5 &&
+            isLive(tile, band + side, horizontal)) {
+            Layers beside = bareLaminate();
+            addBus(inBand - float2(0.0, side * kBand), tile, row + side, band + side, horizontal,
+                   t, u, beside);
+            l.copper = min(l.copper, beside.copper);
+        }
+        l.pour = max(max(pourOutline(p, tile), kClear - l.copper), -keepOut);
+    }
+    if (!horizontal) {
+        l.aside = float2(-l.aside.y, l.aside.x);
+    }
+    return l;
+}
+
 fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {
     float2 screen = (in.position.xy - 0.5 * u.resolution) / u.resolution.y;
     float t = u.time * u.speed;
@@ -425,93 +599,36 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     // Small pictures frame a chip with its bus leaving to the right.
     float2 origin = u.resolution.y < 600.0 ? float2(301.0, 92.0) : float2(301.0, 57.0);
     float2 board = origin + screen * units;
+    Layers l = survey(board, pixel, t, u);
 
-    float2 tile = floor(board / kTile);
-    float2 local = board - tile * kTile;
-    bool horizontal = isHorizontal(tile);
-    // A vertical tile is a horizontal one turned by a quarter, not mirrored: its lettering reads.
-    float2 p = horizontal ? local : float2(local.y, kTile - local.x);
-    float2 toShadow = horizontal ? float2(0.30, 0.42) : float2(0.42, -0.30);
-    float band = clamp(floor(p.y / kBand), 0.0, 2.0);
-    float row = 3.0 * (horizontal ? tile.y : tile.x) + band;
-    bool chip = hasChip(tile);
-    bool live = isLive(tile, band, horizontal);
-
-    Layers l;
-    l.copper = 100.0;
-    l.masked = 100.0;
-    l.gold = 100.0;
-    l.hole = 100.0;
-    l.silk = 0.0;
-    l.shade = 1.0;
-    l.light = float3(0.0);
-    l.part = float3(0.0);
-    l.cover = 0.0;
-
-    // The pour: a chamfered polygon over about half the tiles.
-    float2 middle = p - 14.0;
-    float2 poured = float2(11.0 + 2.0 * hash(tile + float2(2.0, 61.0)),
-                           11.0 + 2.0 * hash(tile + float2(9.0, 67.0)));
-    float2 q = abs(middle) - poured;
-    float chamfer = 2.0 + 3.0 * hash(tile + float2(4.0, 59.0));
-    float pour = max(max(q.x, q.y), (q.x + q.y + chamfer) * 0.70710678);
-    bool hasPour = hash(tile + float2(1.0, 11.0)) < 0.5;
-
-    if (live) {
-        addBus(float2(p.x, p.y - (band + 0.5) * kBand), tile, row, band, horizontal, t, u, l);
-    }
-    float keepOut = 100.0;
-    float chipSize = busSize(3.0 * (horizontal ? tile.y : tile.x) + 1.0);
-    if (chip) {
-        addChip(middle, tile, chipSize, toShadow, pixel, l);
-        keepOut = box(middle, float2(chipLength(tile) + 0.4, 0.5 * (chipSize - 1.0) + 2.6));
-    }
-
-    // The free bands are laid out on a grid of 4 by 2.33.
-    if (!live) {
-        float2 cell = floor(p / kCell);
-        float2 inCell = p - (cell + 0.5) * kCell;
-        float chance = cellChance(cell, tile);
-        if (holdsPassive(cell, tile, chip, chipSize)) {
-            addPassive(inCell, floor(chance * 997.0), toShadow, pixel, l);
-        } else if (hasPour && chance > 0.72) {
-            // A stitching via ties the pour to the plane below; it stands in the copper.
-            float2 home = (cell + 0.5) * kCell - 14.0;
-            float2 r = abs(home) - poured;
-            float depth = max(max(r.x, r.y), (r.x + r.y + chamfer) * 0.70710678);
-            bool clear = !chip || abs(home.y) > 0.5 * (chipSize - 1.0) + 6.6 ||
-                         abs(home.x) > chipLength(tile) + 2.5;
-            if (depth < -0.9 && clear) {
-                float d = length(inCell);
-                l.gold = min(l.gold, d - kPad);
-                l.hole = min(l.hole, d - kDrill);
-            }
-        }
-        // A passive's vias nearly fill its cell, so the pour must clear those of the next cells
-        // too.
-        if (hasPour) {
-            float2 toward = float2(inCell.x < 0.0 ? -1.0 : 1.0, inCell.y < 0.0 ? -1.0 : 1.0);
-            for (int j = 1; j < 4; ++j) {
-                float2 next = toward * float2(float(j & 1), float(j >> 1));
-                bool sameBand = floor((cell.y + next.y) * 0.25) == band;
-                if (sameBand && holdsPassive(cell + next, tile, chip, chipSize)) {
-                    l.copper = min(l.copper, passiveCopper(inCell - next * kCell));
-                }
-            }
-        }
-    }
-
-    // From the laminate upwards.
+    // The laminate: a woven cloth of glass, each thread over one and under the next, below a mask
+    // that was not poured quite evenly.
     float3 mask = mix(float3(1.0), u.color3.rgb * 1.6, u.params.z);
-    float weave = sin(board.x * 11.0) * sin(board.y * 11.0);
-    float3 colour = kLaminate * mask * (1.0 + 0.05 * weave * saturate(1.0 - 3.0 * pixel));
-    if (hasPour) {
-        float edge = max(max(pour, kClear - l.copper), -keepOut);
-        colour = mix(colour, kCopper * mask * 0.70, coverage(edge, pixel));
-    }
-    // Traces stand proud of the board: the mask over them is a little brighter along their middle.
+    float2 yarn = board * 5.2;
+    float2 bundle = sin(yarn);
+    float weave = abs(bundle.x * bundle.y > 0.0 ? bundle.x : bundle.y) - 0.64;
+    float cloudy = noise(board * 0.11) + 0.5 * noise(board * 0.31 + 40.0) - 0.75;
+    float3 colour = kLaminate * mask * (1.0 + 0.14 * weave * saturate(1.6 - 12.0 * pixel));
+
+    // Copper below the mask. The mask runs over its edges and catches the light on one flank; it
+    // lies thinner along the middle of a trace.
+    float3 copper = kCopper * mask;
+    colour = mix(colour, copper * 0.70, coverage(l.pour, pixel));
+    float bead = max(0.09, 0.8 * pixel);
+    float lip = exp(-l.pour * l.pour / (bead * bead));
+    colour *= 1.0 + 0.16 * lip;
     float ridge = saturate(-l.masked / kTrace);
-    colour = mix(colour, kCopper * mask * (0.85 + 0.30 * ridge), coverage(l.masked, pixel));
+    colour = mix(colour, copper * (0.80 + 0.34 * ridge), coverage(l.masked, pixel));
+    float flank = exp(-l.masked * l.masked / (bead * bead)) * saturate(2.0 - 12.0 * pixel);
+    float facing = dot(l.aside, float2(-0.58, -0.81));
+    colour *= 1.0 + flank * facing * 0.55;
+    colour *= 1.0 + 0.26 * cloudy;
+    // A window's soft reflection lies on the gloss and wanders with the day.
+    float wander = 6.2831853 * turns(t, 0.004);
+    float2 window = screen - float2(0.55 * cos(wander) - 0.25, 0.30 * sin(wander) - 0.22);
+    float gloss = exp(-2.6 * dot(window, window)) * (1.0 + 0.9 * cloudy + 0.8 * flank * facing);
+    colour += float3(0.030, 0.046, 0.042) * gloss;
+
     float ring = saturate(-l.gold / 0.4);
     colour = mix(colour, kGold * (0.88 + 0.22 * ring), coverage(l.gold, pixel));
     colour = mix(colour, float3(0.015, 0.02, 0.018), coverage(l.hole, pixel));

@@ -73,8 +73,10 @@ float cloud(float2 p) {
     return sum;
 }
 
-// Stars of one size class, at most one to a cell; share is how many cells hold one.
-float3 stars(float2 pixel, float cellSize, float share, float spread, float t) {
+// Stars of one size class, at most one to a cell; share is how many cells hold one. None is narrower
+// than `least`, about a pixel squared: the sky turns, and a finer one would flicker from pixel to
+// pixel. Its light stays the same.
+float3 stars(float2 pixel, float cellSize, float share, float spread, float least, float t) {
     float2 cell = floor(pixel / cellSize);
     float2 local = pixel - cell * cellSize;
     float2 id = wrap(cell);
@@ -85,7 +87,9 @@ float3 stars(float2 pixel, float cellSize, float share, float spread, float t) {
     float warmth = hash(id + 0.13);
     float3 colour = mix(float3(0.62, 0.76, 1.0), float3(1.0, 0.96, 0.90), saturate(warmth * 2.0));
     colour = mix(colour, float3(1.0, 0.66, 0.40), saturate(warmth * 4.0 - 3.0));
-    return colour * power * exp(-dot(d, d) / (spread * (0.35 + magnitude * magnitude)));
+    float size = spread * (0.35 + magnitude * magnitude);
+    float wide = max(size, least);
+    return colour * (power * size / wide) * exp(-dot(d, d) / wide);
 }
 
 fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {
@@ -93,12 +97,12 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float t = u.time * u.speed;
 
     // x runs along the band and y across it. The sky turns, but so little that it seems to sway.
-    float turn = 0.06 * sin(kTwoPi * fract(t * 0.0032));
+    float turn = 0.06 * sin(kTwoPi * fract(t * 0.0047));
     float angle = -0.56 + kTwoPi * u.params.w + turn;
     float c = cos(angle);
     float s = sin(angle);
     float2 b = float2(c * p.x + s * p.y, c * p.y - s * p.x);
-    float2 sway = 0.10 * float2(sin(kTwoPi * fract(t * 0.0041)), cos(kTwoPi * fract(t * 0.0037)));
+    float2 sway = 0.16 * float2(sin(kTwoPi * fract(t * 0.0083)), cos(kTwoPi * fract(t * 0.0071)));
 
     float width = max(u.params.x, 0.1);
     float bend = 0.10 * (cloud(b * 1.2 + 5.0) - 0.5) + 0.03 * sin(b.x * 2.1);
@@ -135,12 +139,14 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float clear = exp(-dust * 2.2);
     // Stars keep their look from a thumbnail to a wall: their size follows the height of the
     // display. They turn with the band.
-    float2 px = p * u.resolution.y / clamp(u.resolution.y / 900.0, 0.7, 3.0);
+    float grow = clamp(u.resolution.y / 900.0, 0.7, 3.0);
+    float least = 0.55 / (grow * grow);
+    float2 px = p * u.resolution.y / grow;
     px = float2(cos(turn) * px.x + sin(turn) * px.y, cos(turn) * px.y - sin(turn) * px.x);
-    float3 field = stars(px, 4.0, crowd * clear * 0.75, 0.55, t) * 0.55;
-    field += stars(px + 37.0, 7.0, crowd * (0.3 + 0.7 * clear), 0.7, t) * 0.8;
-    field += stars(px + 91.0, 15.0, 0.18 + 0.3 * crowd, 1.0, t) * 1.0;
-    field += stars(px + 203.0, 61.0, 0.34, 2.4, t) * 1.6;
+    float3 field = stars(px, 4.0, crowd * clear * 0.75, 0.55, least, t) * 0.75;
+    field += stars(px + 37.0, 7.0, crowd * (0.3 + 0.7 * clear), 0.7, least, t) * 1.0;
+    field += stars(px + 91.0, 15.0, 0.18 + 0.3 * crowd, 1.0, least, t) * 1.1;
+    field += stars(px + 203.0, 61.0, 0.34, 2.4, least, t) * 1.6;
     colour += field;
 
     colour = 1.0 - exp(-1.45 * colour);

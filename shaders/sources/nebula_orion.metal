@@ -118,7 +118,7 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float t = u.time * u.speed;
 
     // Gas is far too large to be seen moving, but it may breathe: two layers slide on small orbits.
-    float a = kTwoPi * fract(t * 0.0032);
+    float a = kTwoPi * fract(t * 0.0061);
     float2 slide = 0.45 * float2(cos(a), sin(a));
     float2 heart = p - float2(0.07, -0.03);
 

@@ -123,7 +123,7 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         float3 n = float3(d.x, d.y, z);
         float latitude = asin(clamp(-n.y, -1.0, 1.0));
         float longitude = atan2(n.x, max(n.z, 0.0001)) / kTwoPi;
-        float spin = fract(t * 0.0052);
+        float spin = fract(t * 0.0083);
         float unrest = 1.0 + u.params.w;
 
         // The great oval turns in its own place and carries the clouds around it.
@@ -149,14 +149,14 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         float lower = floor(row);
         float blend = smoothstep(0.30, 0.70, row - lower);
         float driftA =
-            fract(t * 0.0016 * (hash(float2(lower, 3.0)) - 0.35) + hash(float2(lower, 5.0)));
-        float driftB = fract(t * 0.0016 * (hash(float2(lower + 1.0, 3.0)) - 0.35) +
+            fract(t * 0.0042 * (hash(float2(lower, 3.0)) - 0.35) + hash(float2(lower, 5.0)));
+        float driftB = fract(t * 0.0042 * (hash(float2(lower + 1.0, 3.0)) - 0.35) +
                              hash(float2(lower + 1.0, 5.0)));
         float2 swirl =
             float2(0.0, 0.55 * sin(lx * 5.0 + y * 30.0) + 0.35 * sin(lx * 11.0 - y * 47.0)) *
             unrest;
         float2 at = float2(longitude + spin, y * 3.2);
-        float fine = 3.2 * edge;
+        float fine = 3.2 * edge * max(unrest, 1.0);
         float cloudA = streaks(at + float2(driftA, 0.0), swirl, fine);
         float cloudB = streaks(at + float2(driftB, 0.0), swirl, fine);
         float cloud = mix(cloudA, cloudB, blend);
@@ -177,18 +177,31 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
                       0.35 * smoothstep(0.12, 0.0, abs(latitude - 0.03)));
         surface = mix(surface, polar, smoothstep(0.7, 1.2, abs(latitude)) * 0.8);
 
-        // The oval itself: a pale collar, then rust wound into a spiral.
-        within *= 1.0 + 0.14 * (curl - 0.5) + 0.26 * (cloud - 0.5);
-        float spiral = sin(6.0 * sqrt(within) + 2.0 * atan2(o.y, o.x) - kTwoPi * fract(t * 0.02));
-        float3 rust = mix(float3(0.74, 0.34, 0.20), u.color1.rgb, u.params.z);
-        rust *= 0.92 + 0.08 * spiral + 0.25 * (cloud - 0.5);
-        surface = mix(surface, zone * 1.02, 0.75 * smoothstep(2.1, 1.35, within));
-        surface = mix(surface, rust, smoothstep(1.25, 0.75, within));
+        // The oval itself: a pale collar, then rust wound into a spiral. Its clouds turn as one, with
+        // a twist that is always the same, so they never wind up.
+        if (within < 3.0) {
+            float twist = 4.2 * sqrt(within) - kTwoPi * fract(t * 0.02);
+            float2 wound = float2(cos(twist) * o.x + sin(twist) * o.y,
+                                  cos(twist) * o.y - sin(twist) * o.x);
+            float grain = 0.62 * noise(wound * 2.3 + 32.0, 64.0) +
+                          0.38 * noise(wound * float2(5.3, 4.1) + 32.0, 64.0);
+            float3 rust = mix(float3(0.76, 0.36, 0.21), u.color1.rgb, u.params.z);
+            rust *= 0.77 + 0.44 * grain;
+            rust = mix(rust, deep * 1.5, 0.45 * smoothstep(0.30, 0.0, within));
+            within *= 1.0 + 0.14 * (curl - 0.5) + 0.26 * (cloud - 0.5) + 0.30 * (grain - 0.5);
+            surface = mix(surface, zone * (0.90 + 0.24 * grain),
+                          0.75 * smoothstep(2.1, 1.35, within));
+            surface = mix(surface, rust, smoothstep(1.22, 0.72, within));
+        }
         // White ovals follow each other along one southern latitude.
-        float pearl = fract((longitude + spin) * 9.0 + 0.2) - 0.5;
-        float2 w =
-            float2(pearl * kTwoPi / 9.0 * cos(latitude), latitude + 0.62) / float2(0.055, 0.042);
-        surface = mix(surface, zone * 1.06, 0.8 * smoothstep(1.3, 0.5, dot(w, w)));
+        float place = fract(longitude + spin) * 9.0 + 0.2;
+        float pearl = hash(float2(floor(place) - 9.0 * floor(place / 9.0), 7.0));
+        float2 w = float2((fract(place) - 0.5) * kTwoPi / 9.0 * cos(latitude),
+                          latitude + 0.60 + 0.04 * pearl) /
+                   (float2(0.062, 0.044) * (0.45 + 0.65 * pearl));
+        float pale = dot(w, w) * (1.0 + 0.9 * (cloud - 0.5));
+        surface = mix(surface, deep, 0.30 * smoothstep(2.4, 1.2, pale));
+        surface = mix(surface, zone * (1.06 - 0.10 * pale), 0.9 * smoothstep(1.35, 0.35, pale));
 
         float lambert = dot(n, toSun);
         float day = smoothstep(-0.06, 0.30, lambert) * pow(saturate(lambert), 0.65);

@@ -62,7 +62,9 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float2 centre = float2(1.1 * sin(turns(t, 0.017)), 0.8 * cos(turns(t, 0.023)));
     float v = sin(q.x * 1.9 + turns(t, 0.041));
     v += sin(dot(q, float2(1.1, 1.7)) - turns(t, 0.037));
-    v += sin(length(q - centre) * 2.7 - turns(t, 0.053));
+    // The ring wave's middle is rounded off: a bare distance would show as the tip of a cone.
+    float2 d = q - centre;
+    v += sin(sqrt(dot(d, d) + 0.16) * 2.7 - turns(t, 0.053));
     v *= 1.0 / 3.0;
 
     float cycle = v * 0.85 + 0.12 * q.x + u.params.y;

@@ -51,8 +51,15 @@ float hash(float2 p) { return fract(sin(dot(p, float2(41.13, 289.7))) * 43758.54
 
 float2 wrap(float2 cell) { return cell - 128.0 * floor(cell / 128.0); }
 
-// Value noise and its gradient, (value, d/dx, d/dy). The quintic has a continuous second
-// derivative, without which contour lines would show kinks along the lattice.
+// A direction of any length up to that of a diagonal, from one random number.
+float2 slopeAt(float2 cell) {
+    float h = hash(cell);
+    return float2(h, fract(h * 91.7)) * 2.0 - 1.0;
+}
+
+// Gradient noise about 0 and its gradient, (value, d/dx, d/dy): K. Perlin, "Improving Noise", 2002.
+// It has no flats along its lattice, as value noise has, so contours bend where the ground does.
+// The quintic has a continuous second derivative, without which they would show kinks.
 float3 noise(float2 p) {
     float2 i = floor(p);
     float2 f = p - i;
@@ -60,19 +67,24 @@ float3 noise(float2 p) {
     float2 dw = 30.0 * f * f * (f * (f - 2.0) + 1.0);
     float2 lo = wrap(i);
     float2 hi = wrap(i + 1.0);
-    float a = hash(lo);
-    float b = hash(float2(hi.x, lo.y));
-    float c = hash(float2(lo.x, hi.y));
-    float d = hash(hi);
-    float2 slope = float2(mix(b - a, d - c, w.y), mix(c - a, d - b, w.x));
-    return float3(mix(mix(a, b, w.x), mix(c, d, w.x), w.y), dw * slope);
+    float2 ga = slopeAt(lo);
+    float2 gb = slopeAt(float2(hi.x, lo.y));
+    float2 gc = slopeAt(float2(lo.x, hi.y));
+    float2 gd = slopeAt(hi);
+    float a = dot(ga, f);
+    float b = dot(gb, f - float2(1.0, 0.0));
+    float c = dot(gc, f - float2(0.0, 1.0));
+    float d = dot(gd, f - 1.0);
+    float2 along = float2(mix(b - a, d - c, w.y), mix(c - a, d - b, w.x));
+    float2 slope = mix(mix(ga, gb, w.x), mix(gc, gd, w.x), w.y) + dw * along;
+    return float3(mix(mix(a, b, w.x), mix(c, d, w.x), w.y), slope);
 }
 
 // Height of the ground, 0 to 1, and its gradient. Every octave slides on a small orbit of its own,
 // so the ground changes for ever and never wanders off.
-float3 ground(float2 p, float t, float detail) {
-    float3 sum = float3(0.0);
-    float weight = 0.56;
+float3 ground(float2 p, float t) {
+    float3 sum = float3(0.52, 0.0, 0.0);
+    float weight = 0.62;
     float pitch = 1.0;
     // (c, s) turns the lattice of each octave by 37 degrees against the last.
     float c = 1.0;
@@ -88,7 +100,7 @@ float3 ground(float2 p, float t, float detail) {
         s = 0.602 * c + 0.799 * s;
         c = turned;
         pitch *= 2.03;
-        weight *= 0.40 * detail;
+        weight *= 0.37;
     }
     return sum;
 }
@@ -98,16 +110,16 @@ float ink(float distance, float width) { return saturate(0.5 * width + 0.5 - dis
 
 fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]]) {
     float2 screen = (in.position.xy - 0.5 * u.resolution) / u.resolution.y;
-    float scale = 2.7 / max(u.params.x, 0.05);
+    float scale = 2.2 / max(u.params.x, 0.05);
     float2 p = screen * scale;
     float t = u.time * u.speed;
     // Map units a pixel; lines keep their weight in proportion from 360 lines up to 2160.
     float pixel = scale / u.resolution.y;
     float pen = clamp(u.resolution.y / 900.0, 0.75, 2.6);
 
-    float3 g = ground(p, t, 1.0);
+    float3 g = ground(p, t);
     float slope = max(length(g.yz), 0.02);
-    float above = g.x - 0.36 - u.params.w;
+    float above = g.x - 0.40 - u.params.w;
 
     float high = saturate(above / 0.42);
     float3 hue = mix(u.color2.rgb, u.color3.rgb, smoothstep(0.0, 0.45, high));
@@ -122,7 +134,7 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     float room = smoothstep(2.2, 5.0, interval / (slope * pixel));
     float under = step(above, -0.5 * interval);
 
-    float thin = ink(away, pen) * mix(0.25, 1.0, room) * mix(0.52, 0.17, under);
+    float thin = ink(away, pen) * mix(0.25, 1.0, room) * mix(0.62, 0.22, under);
     float thick = isIndex * ink(away, 1.5 * pen) * mix(1.0, 0.28, under);
     float glow = isIndex * exp(-away / (4.5 * pen)) * (1.0 + u.params.z) * mix(0.26, 0.05, under);
     float3 colour = u.background.rgb * (0.7 + 0.5 * mix(high, 0.0, under));

@@ -114,10 +114,15 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
     // Walk down the line of sight, four steps to a sheet: the first where it meets the plane of the
     // sheet's top, the others along its wall. Outlines cover a pixel in part where they cross it.
     // Where the ground lies far below, several steps are taken at once: a step along the ground
-    // changes its height by no more than about three times what the step descends.
+    // changes its height by no more than about three times what the step descends. Between two
+    // steps down the same wall the ground is taken for a parabola, so that walls are smooth however
+    // few the steps are.
     float3 colour = float3(0.0);
     float through = 1.0;
     int i = kSteps;
+    float2 down = float2(s, c) * (-rise / float(kSteps));
+    int before = kSteps; // the step before, and the ground there
+    float3 groundBefore = float3(0.0);
     while (i > 0) {
         int sheet = (i + kPart - 1) / kPart;
         float top = float(sheet) / float(kSheets);
@@ -125,7 +130,26 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
         float2 g = base + float2(0.0, rise * (z - 0.42));
         float2 at = float2(c * g.x + s * g.y, c * g.y - s * g.x);
         float3 h = ground(at, orbit);
-        float inside = (h.x - top) / max(length(h.yz), 0.05);
+        float slope = max(length(h.yz), 0.05);
+        float height = h.x;
+        float2 uphill = h.yz;
+        float since = 0.0; // steps since the line of sight met the wall
+        if (kPart * sheet != i) {
+            float taken = float(before - i);
+            float rise0 = dot(groundBefore.yz, down);
+            float rise1 = dot(h.yz, down);
+            if (rise0 > 0.0 && rise1 < 0.0) {
+                height = groundBefore.x + 0.5 * taken * rise0 * rise0 / (rise0 - rise1);
+                // On the crest the ground falls to the sides alone.
+                slope = max(abs(h.y * down.y - h.z * down.x) / length(down), 0.02);
+            }
+            float share = saturate((height - top) / max(height - groundBefore.x, 0.0001));
+            uphill = mix(h.yz, groundBefore.yz, share);
+            since = taken * share;
+        }
+        before = i;
+        groundBefore = h;
+        float inside = (height - top) / slope;
         float cover = saturate(0.5 + inside / (1.25 * pixel));
         if (cover > 0.0) {
             float3 hue = sheetColour(top, u);
@@ -144,8 +168,8 @@ fragment float4 f_main(VOut in [[stage_in]], constant Uniforms& u [[buffer(0)]])
                 seen += (hue + 0.12) * edge * (0.30 - 0.24 * shadow);
             } else {
                 // A wall: facing the light or turned from it, darker towards its foot.
-                float deep = float(kPart * sheet - i) / float(kPart);
-                float2 n = -h.yz / max(length(h.yz), 0.05);
+                float deep = max(float(kPart * sheet - i) - since, 0.0) / float(kPart);
+                float2 n = -uphill / max(length(uphill), 0.05);
                 float facing = saturate(0.5 + 0.5 * dot(n, l) / length(l));
                 seen = mix(u.background.rgb, hue, (0.16 + 0.30 * facing) * (1.0 - 0.55 * deep));
                 seen *= 0.5 + 0.6 * top;

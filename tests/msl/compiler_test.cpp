@@ -77,5 +77,16 @@ TEST(CompilerTest, ManyOutputsAndDepthValidate) {
     EXPECT_EQ(compiled.validator, "");
 }
 
+TEST(CompilerTest, FeaturesThatTheDeviceNeedsAreTold) {
+    const auto plain = compileAndValidate(fragmentSource("return v.v1234;"));
+    const auto across = compileAndValidate(fragmentSource("return float4(simd_sum(v.one));"));
+    const auto wide = compileAndValidate(fragmentSource("long a = v.i3; return float4(a * 2);"));
+    ASSERT_TRUE(plain.result.module && across.result.module && wide.result.module);
+    EXPECT_FALSE(plain.result.module->usesSubgroups);
+    EXPECT_FALSE(plain.result.module->usesInt64);
+    EXPECT_TRUE(across.result.module->usesSubgroups);
+    EXPECT_TRUE(wide.result.module->usesInt64);
+}
+
 } // namespace
 } // namespace msl::tests

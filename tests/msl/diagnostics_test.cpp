@@ -25,6 +25,38 @@ TEST(DiagnosticsTest, MisspeltNamesAreSuggested) {
     EXPECT_NE(compiled.text.find("note: did you mean 'floor'?"), std::string::npos);
 }
 
+TEST(DiagnosticsTest, TheMostSimilarMemberIsSuggested) {
+    const auto compiled = compileAndValidate(
+        fragmentSource("S s; return float4(s.uvs, 0, 1);", "struct S { float3 pos; float2 uv; };"));
+    EXPECT_NE(compiled.text.find("note: did you mean 'uv'?"), std::string::npos) << compiled.text;
+}
+
+TEST(DiagnosticsTest, NamesOfOtherLanguagesAreTranslated) {
+    const auto compiled =
+        compileAndValidate(fragmentSource("vec3 a = v.one; return float4(lerp(a, a, 0.5), 1);"));
+    EXPECT_NE(compiled.text.find("note: the language calls it 'float3'"), std::string::npos);
+    const auto called = compileAndValidate(fragmentSource("return lerp(v.one, v.two, 0.5);"));
+    EXPECT_NE(called.text.find("note: the language calls it 'mix'"), std::string::npos);
+}
+
+TEST(DiagnosticsTest, WhatIsMeantIsNotWarnedOf) {
+    const auto compiled = compileAndValidate(
+        fragmentSource("[[maybe_unused]] float a = 1; float b; (void)b; Guard g(1); int n = 3; "
+                       "if ((n = 2)) {} for (int i = 0; i < 2; i++) {} return pick(v.i3);",
+                       "struct Guard { float x; Guard(float y) : x(y) {} };\n"
+                       "float pick(int i) { switch (i) { case 1: return 1; default: return 2; } }\n"
+                       "float walk() { for (;;) { return 1; } }"));
+    EXPECT_TRUE(compiled.result.diagnostics.empty()) << compiled.text;
+}
+
+TEST(DiagnosticsTest, AnErrorOfAMemberStandsAtTheMember) {
+    const auto compiled =
+        compileAndValidate("struct In {\n    float a;\n    bool b;\n};\n"
+                           "fragment float4 f(In in [[stage_in]]) { return in.a; }");
+    ASSERT_FALSE(compiled.result.diagnostics.empty());
+    EXPECT_EQ(compiled.result.diagnostics.front().line, 3U) << compiled.text;
+}
+
 TEST(DiagnosticsTest, SeveralErrorsAreReportedAndNoMoreThanTwenty) {
     std::string body;
     for (int i = 0; i < 40; ++i) {
@@ -58,6 +90,8 @@ struct Wrong {
     const char* source;
     const char* first;
 };
+
+void PrintTo(const Wrong& item, std::ostream* stream) { *stream << item.name; }
 
 const Wrong kWrong[] = {
     {"MissingSemicolon", "float f() {\n    float a = 1\n    return a; }",
@@ -104,7 +138,9 @@ const Wrong kWrong[] = {
     {"Double", "void f() { double d = 1; }",
      "1:12: error: the language has no 'double'; 'float' is its widest floating-point type"},
     {"Goto", "void f() { goto end; }", "1:12: error: the language has no 'goto'"},
-    {"Union", "union U { int a; };", "1:1: error: unions are not supported"},
+    {"Lambda", "void f() { auto g = [](float x) { return x; }; }",
+     "1:21: error: the language has no lambda expressions; write a function, or a struct with "
+     "'operator()'"},
     {"ParameterWithoutAttribute", "fragment float4 m(float x) { return x; }",
      "1:25: error: this parameter of an entry point has no attribute that says where its value "
      "comes from"},
@@ -112,6 +148,22 @@ const Wrong kWrong[] = {
      "1:21: error: '%' does not apply to 'float'; 'fmod' does"},
     {"LibraryArgumentCount", "void f() { metal::sin(1, 2); }",
      "1:12: error: 'sin' takes 1 argument, not 2"},
+    {"OperatorWithoutResult", "struct S { float x; operator+(S o) { return o; } };",
+     "1:21: error: the type of the operator's result is missing before it"},
+    {"UnknownAttribute", "struct S { float4 p [[positon]]; };",
+     "1:23: warning: there is no attribute '[[positon]]'"},
+    {"TemplateWithoutName", "template <typename T> struct { T x; };",
+     "1:23: error: a template needs a name"},
+    {"UnusedVariable", "void f() { float a = 1; }", "1:18: warning: the variable 'a' is not used"},
+    {"UnusedValue", "void f(float a) { a + 1; }",
+     "1:21: warning: the value of this expression is not used"},
+    {"AssigningCondition", "void f(int a) { if (a = 1) {} }",
+     "1:23: warning: this condition assigns; '==' compares, and a second pair of parentheses says "
+     "that it is meant so"},
+    {"LostFraction", "void f(int a) { a = 1.5; }",
+     "1:21: warning: this number loses its fraction when it becomes 'int'"},
+    {"WayWithoutReturn", "float f(float x) { if (x > 0) return 1; }",
+     "1:7: warning: the function 'f' may end without returning a value"},
     {"AssertionFails", "static_assert(sizeof(int) == 8, \"no\");",
      "1:1: error: the assertion does not hold"},
 };
@@ -139,6 +191,8 @@ struct Hostile {
     const char* part; // of the diagnostic
 };
 
+void PrintTo(const Hostile& item, std::ostream* stream) { *stream << item.name; }
+
 std::vector<Hostile> hostileSources() {
     std::string bomb = "#define G 1 + 1 +\n";
     for (char c = 'A'; c < 'G'; ++c) {
@@ -165,6 +219,15 @@ std::vector<Hostile> hostileSources() {
         {"Conditions", repeated("#if 1\n", 5000), "conditions are nested more than"},
         {"ManyTokens", repeated("; ", 600000), "tokens after preprocessing"},
         {"Braces", "constant int a[1] = " + repeated("{", 100000), "nested more than"},
+        {"ConstantCopies",
+         "struct B { int a[16000]; }; constexpr int f(int n) { B b = {}; for (int i = 0; i < n; "
+         "++i) "
+         "{ B c = b; b = c; } return 1; } constant int x[f(60000)] = {1};",
+         "must be an integer known when compiling"},
+        {"ConstantLoops",
+         "constexpr int f() { int n = 0; while (n < 20000) ++n; return 1; }\n" +
+             repeated("static_assert(f() == 1, \"\");\n", 5000),
+         "must be known when compiling"},
         {"Conditionals", entry + repeated("true ? 1 : ", 100000) + "0; }", "nested more than"},
     };
 }

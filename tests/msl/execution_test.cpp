@@ -18,6 +18,8 @@ struct Case {
     const char* globals = "";
 };
 
+void PrintTo(const Case& item, std::ostream* stream) { *stream << item.name; }
+
 // The buffer `v` that every case may read.
 struct Values {
     float zero = 0;
@@ -531,6 +533,8 @@ struct WholeCase {
     const char* source; // without the header and v_main
     std::array<float, 4> expected;
 };
+
+void PrintTo(const WholeCase& item, std::ostream* stream) { *stream << item.name; }
 
 const WholeCase kWholeCases[] = {
     {"ValuesPassBetweenStagesByName",

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/msl/compile_helper.h"
 #include "tests/msl/stages_test_support.h"
 
 namespace msl::tests {
@@ -60,6 +61,14 @@ TEST(SemaTest, ALoopKnowsTheOuterVariablesThatItWrites) {
         written += std::string(variable->name->text) + " ";
     }
     EXPECT_EQ(written, "i a c ");
+}
+
+TEST(SemaTest, AConstantDoesNotStandInItsOwnValue) {
+    EXPECT_EQ(firstDiagnostic("constant int a = a;\nfragment float4 m() { return a; }"),
+              "1:18: error: 'a' stands in its own value");
+    EXPECT_EQ(firstDiagnostic("template <int N> struct F { static constexpr constant int v = "
+                              "F<N>::v; };\nfragment float4 m() { return F<1>::v; }"),
+              "1:63: error: 'v' stands in its own value");
 }
 
 } // namespace

@@ -68,6 +68,8 @@ std::string toGLSL(const msl::Module& module) {
         spvc_compiler_create_compiler_options(compiler, &options) == SPVC_SUCCESS) {
         spvc_compiler_options_set_uint(options, SPVC_COMPILER_OPTION_GLSL_VERSION, 450);
         spvc_compiler_options_set_bool(options, SPVC_COMPILER_OPTION_GLSL_VULKAN_SEMANTICS, 1);
+        // GLSL's own min, max and clamp, rather than ones that test for NaN.
+        spvc_compiler_options_set_bool(options, SPVC_COMPILER_OPTION_RELAX_NAN_CHECKS, 1);
         spvc_compiler_install_compiler_options(compiler, options);
         if (spvc_compiler_compile(compiler, &text) == SPVC_SUCCESS) {
             result = text;

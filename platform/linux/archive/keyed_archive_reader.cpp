@@ -16,7 +16,7 @@ Failure<Error> notAnArchive(const std::string& why) {
     return Failure{cocoaError(kCoderReadCorrupt, "not a keyed archive: " + why)};
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     constexpr std::size_t kShown = 80;
     return "\"" + std::string(text.substr(0, kShown)) + (text.size() > kShown ? "…" : "") + "\"";
 }
@@ -187,7 +187,7 @@ const ObjectClass* KeyedArchiveReader::classFor(std::string_view archivedName,
 bool KeyedArchiveReader::checkClasses(std::span<const ObjectClass* const> allowed) {
     for (const ClassRecord& record : classRecords_) {
         if (record.plain == PlainClass::none && classFor(record.name, allowed) == nullptr) {
-            return fail("the class " + quoted(record.name) + " is not allowed here");
+            return fail("the class " + inQuotes(record.name) + " is not allowed here");
         }
     }
     return true;
@@ -219,7 +219,7 @@ ObjectRef KeyedArchiveReader::decodeRootObject(std::span<const ObjectClass* cons
     ObjectRef decoded = objectClass->decodeInstance(*this);
     current_.reset();
     if (!decoded && !error_) {
-        fail("the class " + quoted(objectClass->name()) + " decoded nothing");
+        fail("the class " + inQuotes(objectClass->name()) + " decoded nothing");
     }
     return decoded;
 }
@@ -234,7 +234,7 @@ ObjectRef KeyedArchiveReader::decodePlainRoot(std::span<const ObjectClass* const
     const std::string_view name = plainClassName(kind);
     const ObjectClass* objectClass = name.empty() ? nullptr : classFor(name, allowed);
     if (objectClass == nullptr) {
-        fail("a root object of the class " + quoted(name) + " is not allowed here");
+        fail("a root object of the class " + inQuotes(name) + " is not allowed here");
         return nullptr;
     }
     if (object && !readGraph(root_, 0, value)) {
@@ -344,7 +344,7 @@ bool KeyedArchiveReader::readKeyedValue(std::uint32_t index, const Container& ob
     case PlainClass::none:
         break;
     }
-    return fail("the class " + quoted(record->name) + " does not belong in a value");
+    return fail("the class " + inQuotes(record->name) + " does not belong in a value");
 }
 
 bool KeyedArchiveReader::readDate(std::uint32_t index, const Container& object, PropertyList& out) {

@@ -9,6 +9,17 @@
 namespace msl::tests {
 namespace {
 
+constexpr std::string_view kGives = "//=> ";
+
+void readExpected(std::istringstream& words, ConformanceCase& item) {
+    item.outcome = ConformanceCase::Outcome::gives;
+    for (float& number : item.expected) {
+        std::string word;
+        words >> word;
+        number = std::strtof(word.c_str(), nullptr);
+    }
+}
+
 void readFile(const std::filesystem::path& path, std::vector<ConformanceCase>& cases) {
     std::ifstream stream(path);
     std::string line;
@@ -21,8 +32,13 @@ void readFile(const std::filesystem::path& path, std::vector<ConformanceCase>& c
                 auto& item = cases.emplace_back();
                 item.file = path.stem().string();
                 item.name = family + std::to_string(++ordinal);
-                item.body = line + "\n";
+                const auto arrow = line.find(kGives);
+                item.body = line.substr(0, arrow) + "\n";
                 item.hasBody = true;
+                if (arrow != std::string::npos) {
+                    std::istringstream words(line.substr(arrow + kGives.size()));
+                    readExpected(words, item);
+                }
             } else if (text != nullptr) {
                 *text += line + "\n";
             }
@@ -55,12 +71,7 @@ void readFile(const std::filesystem::path& path, std::vector<ConformanceCase>& c
             std::getline(words, item.refusal);
             text = nullptr;
         } else if (what == "gives") {
-            item.outcome = ConformanceCase::Outcome::gives;
-            for (float& number : item.expected) {
-                std::string word;
-                words >> word;
-                number = std::strtof(word.c_str(), nullptr);
-            }
+            readExpected(words, item);
             text = nullptr;
         } else if (what == "compiles") {
             text = nullptr;
@@ -71,6 +82,10 @@ void readFile(const std::filesystem::path& path, std::vector<ConformanceCase>& c
 }
 
 } // namespace
+
+void PrintTo(const ConformanceCase& item, std::ostream* stream) {
+    *stream << item.file << " " << item.name;
+}
 
 std::vector<ConformanceCase> readCases(const std::string& folder) {
     std::vector<std::filesystem::path> paths;

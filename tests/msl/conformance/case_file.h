@@ -7,7 +7,8 @@
 //   the body of f_main, which sees the values of fragmentSource
 //   //! gives 1 2 3 4
 //
-// "each FAMILY" begins lines of which every one is the body of a case of its own.
+// "each FAMILY" begins lines of which every one is the body of a case of its own; behind "//=> " it
+// says what that gives.
 //
 // A case without a body is a whole source; v_main is added where it has none. In place of what a
 // case gives, "refused SENTENCE" says how its first error begins, and "compiles" that the validator
@@ -15,6 +16,7 @@
 #pragma once
 
 #include <array>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -33,6 +35,9 @@ struct ConformanceCase {
     std::array<float, 4> expected{};
     std::string refusal;
 };
+
+// How a case is named in lists of tests.
+void PrintTo(const ConformanceCase& item, std::ostream* stream);
 
 // Every case of every file in the folder, files in alphabetical order.
 std::vector<ConformanceCase> readCases(const std::string& folder);

@@ -79,6 +79,7 @@ class Conformance : public testing::TestWithParam<ConformanceCase> {};
 TEST_P(Conformance, HoldsWhatItsNameSays) {
     const auto& item = GetParam();
     const auto compiled = compileAndValidate(sourceOf(item));
+    SCOPED_TRACE(sourceOf(item));
     if (item.outcome == ConformanceCase::Outcome::refused) {
         ASSERT_FALSE(compiled.result.module);
         ASSERT_FALSE(compiled.result.diagnostics.empty());
@@ -133,10 +134,4 @@ INSTANTIATE_TEST_SUITE_P(Language, Conformance, testing::ValuesIn(readCases(MSL_
                          [](const auto& test) { return test.param.file + "_" + test.param.name; });
 
 } // namespace
-
-// How a failing case is named in the test's output.
-void PrintTo(const ConformanceCase& item, std::ostream* stream) {
-    *stream << item.file << " " << item.name << "\n" << sourceOf(item);
-}
-
 } // namespace msl::tests

@@ -112,9 +112,4 @@ INSTANTIATE_TEST_SUITE_P(Glsl, TwoRoads, testing::ValuesIn(readCases(GLSL_CASE_F
 
 } // namespace
 
-// How a failing case is named in the test's output.
-void PrintTo(const ConformanceCase& item, std::ostream* stream) {
-    *stream << item.file << " " << item.name;
-}
-
 } // namespace msl::tests

@@ -1,280 +1,142 @@
+// Statements and functions of random programs.
 #include "tests/msl/conformance/random_glsl.h"
 
 #include <array>
-#include <random>
-#include <string_view>
-#include <vector>
+
+#include "tests/msl/conformance/random_generator.h"
 
 namespace msl::tests {
 namespace {
 
-enum class Kind { number, integer, natural, truth };
+// Matrices of small whole numbers.
+const char* const kSmall =
+    "mat2 small(mat2 a) { return mat2(floor(clamp(a[0], -8.0, 8.0)), floor(clamp(a[1], -8.0, "
+    "8.0))); }\n"
+    "mat3 small(mat3 a) { for (int i = 0; i < 3; i++) a[i] = floor(clamp(a[i], -8.0, 8.0)); return "
+    "a; }\n"
+    "mat4 small(mat4 a) { return mat4(floor(clamp(a[0], -8.0, 8.0)), floor(clamp(a[1], -8.0, "
+    "8.0)), floor(clamp(a[2], -8.0, 8.0)), floor(clamp(a[3], -8.0, 8.0))); }\n";
 
-struct Shape {
-    Kind kind = Kind::number;
-    uint32_t count = 1;
-    bool operator==(const Shape&) const = default;
-};
+} // namespace
 
-struct Variable {
-    std::string name;
-    Shape shape;
-    bool writable = true;
-};
-
-// Floats stay on multiples of small powers of two and within bounds, so that two compilers that
-// order operations differently still agree.
-class Generator {
-  public:
-    explicit Generator(uint32_t seed) : random_(seed) {}
-    RandomGlsl run();
-
-  private:
-    uint32_t below(uint32_t bound) { return static_cast<uint32_t>(random_() % bound); }
-    std::string_view pick(std::initializer_list<std::string_view> choices) {
-        return choices.begin()[below(static_cast<uint32_t>(choices.size()))];
-    }
-    static std::string typeName(Shape shape);
-    Shape anyShape() { return {static_cast<Kind>(below(4)), 1 + below(4)}; }
-    std::string leaf(Shape shape);
-    std::string expression(Shape shape, int depth);
-    std::string number(Shape shape, int depth);
-    std::string integer(Shape shape, int depth);
-    std::string truth(Shape shape, int depth);
-    std::string bounded(Shape shape, const std::string& text);
-    std::string function(uint32_t index);
-    void statements(int count, int depth);
-    void statement(int depth);
-    void line(const std::string& text) { body_ += text + "\n"; }
-
-    std::mt19937 random_;
-    std::vector<Variable> variables_;
-    std::vector<Shape> functions_; // results; each takes a vec2 and an int
-    std::string body_;
-    uint32_t names_ = 0;
-};
-
-std::string Generator::typeName(Shape shape) {
-    static constexpr std::array<std::string_view, 4> kScalars{"float", "int", "uint", "bool"};
-    static constexpr std::array<std::string_view, 4> kVectors{"vec", "ivec", "uvec", "bvec"};
-    const auto kind = static_cast<size_t>(shape.kind);
-    return shape.count == 1 ? std::string(kScalars[kind])
-                            : std::string(kVectors[kind]) + std::to_string(shape.count);
+void RandomGenerator::declare(Shape shape) {
+    const std::string name = newName("v");
+    line(typeName(shape) + " " + name + " = " + bounded(shape, expression(shape, 2)) + ";");
+    variables_.push_back({name, shape});
 }
 
-std::string Generator::leaf(Shape shape) {
-    std::vector<std::string> found;
-    for (const auto& variable : variables_) {
-        if (variable.shape == shape) {
-            found.push_back(variable.name);
-        } else if (variable.shape.kind == shape.kind && variable.shape.count > 1) {
-            std::string swizzle = variable.name + ".";
-            for (uint32_t i = 0; i < shape.count; ++i) {
-                swizzle += "xyzw"[below(variable.shape.count)];
-            }
-            found.push_back(swizzle);
+void RandomGenerator::declareArray() {
+    const Shape shape = anyShape();
+    const uint32_t length = below(2) != 0 ? 2 : 4;
+    const std::string name = newName("a");
+    const std::string type = typeName(shape) + "[" + std::to_string(length) + "]";
+    std::string values;
+    for (uint32_t i = 0; i < length; ++i) {
+        values += (i == 0 ? "" : ", ") + bounded(shape, expression(shape, 1));
+    }
+    line(type + " " + name + " = " + type + "(" + values + ");");
+    variables_.push_back({name, shape, true, length});
+}
+
+// A struct, and with luck a copy of it, so that both can be changed.
+void RandomGenerator::declareStruct() {
+    const auto& type = structs_[below(static_cast<uint32_t>(structs_.size()))];
+    const std::string name = newName("s");
+    std::string values;
+    for (const auto& member : type.members) {
+        std::string value;
+        for (uint32_t i = 0; i < std::max(1U, member.length); ++i) {
+            value += (i == 0 ? "" : ", ") + bounded(member.shape, expression(member.shape, 1));
+        }
+        if (member.length > 0) {
+            value =
+                typeName(member.shape) + "[" + std::to_string(member.length) + "](" + value + ")";
+        }
+        values += (values.empty() ? "" : ", ") + value;
+    }
+    line(type.name + " " + name + " = " + type.name + "(" + values + ");");
+    std::vector<std::string> made{name};
+    if (below(2) != 0) {
+        made.push_back(newName("s"));
+        line(type.name + " " + made.back() + " = " + name + ";");
+    }
+    for (const auto& whole : made) {
+        for (const auto& member : type.members) {
+            variables_.push_back({whole + "." + member.name, member.shape, true, member.length});
         }
     }
-    if (!found.empty() && below(4) != 0) {
-        return found[below(static_cast<uint32_t>(found.size()))];
-    }
-    const std::string value = std::to_string(below(5));
-    switch (shape.kind) {
-    case Kind::number:
-        return typeName(shape) + "(" + value + ".5)";
-    case Kind::natural:
-        return typeName(shape) + "(" + value + "u)";
-    case Kind::integer:
-        return typeName(shape) + "(" + value + " - 2)";
-    case Kind::truth:
-        return typeName(shape) + (below(2) != 0 ? "(true)" : "(n > 7)");
-    }
-    return {};
 }
 
-std::string Generator::bounded(Shape shape, const std::string& text) {
-    switch (shape.kind) {
-    case Kind::number:
-        return "clamp(" + text + ", -64.0, 64.0)";
-    case Kind::integer:
-        return "clamp(" + text + ", -999, 999)";
-    case Kind::natural:
-        return "(" + text + " & 1023u)";
-    case Kind::truth:
-        return text;
+// References are bound to variables of their own, because what a call with one variable for two of
+// them gives is left open.
+void RandomGenerator::callWithReferences() {
+    const auto index = below(static_cast<uint32_t>(functions_.size()));
+    const Callee callee = functions_[index];
+    std::string arguments =
+        expression({Kind::number, 2}, 2) + ", " + expression({Kind::integer, 1}, 2);
+    for (const Shape shape : callee.references) {
+        declare(shape);
+        arguments += ", " + variables_.back().name;
     }
-    return {};
+    const std::string name = newName("v");
+    line(typeName(callee.result) + " " + name + " = f" + std::to_string(index) + "(" + arguments +
+         ");");
+    variables_.push_back({name, callee.result});
 }
 
-std::string Generator::number(Shape shape, int depth) {
-    const auto part = [&] { return expression(shape, depth - 1); };
-    switch (below(9)) {
-    case 0:
-        return "(" + part() + " + " + part() + ")";
-    case 1:
-        return "(" + part() + " - " + part() + ")";
-    case 2:
-        return "(" + part() + " * " + leaf(shape) + ")";
-    case 3:
-        return std::string(pick({"abs", "floor", "sign", "-", "ceil"})) + "(" + part() + ")";
-    case 4:
-        return std::string(pick({"min", "max", "step"})) + "(" + part() + ", " + part() + ")";
-    case 5:
-        return "mix(" + part() + ", " + part() + ", " +
-               expression({Kind::truth, shape.count}, depth - 1) + ")";
-    case 6:
-        return typeName(shape) + "(" + expression({Kind::integer, shape.count}, depth - 1) + ")";
-    case 7:
-        return "(" + expression({Kind::truth, 1}, depth - 1) + " ? " + part() + " : " + part() +
-               ")";
-    default:
-        return "(" + part() + " * 0.5)";
-    }
-}
-
-std::string Generator::integer(Shape shape, int depth) {
-    const bool natural = shape.kind == Kind::natural;
-    const auto part = [&] { return expression(shape, depth - 1); };
-    const std::string one = natural ? "1u" : "1";
-    switch (below(8)) {
-    case 0:
-    case 1:
-        return "(" + part() + " " + std::string(pick({"+", "-", "*", "&", "|", "^"})) + " " +
-               part() + ")";
-    case 2:
-        return "(" + part() + std::string(pick({" << ", " >> "})) + std::to_string(below(4)) + ")";
-    case 3:
-        // GLSL leaves the remainder of negative numbers open, so both are made positive.
-        return natural ? "(" + part() + std::string(pick({" / ", " % "})) + "(" + part() + " | 1u))"
-                       : "(abs(" + part() + ")" + std::string(pick({" / ", " % "})) + "(abs(" +
-                             part() + ") + 1))";
-    case 4:
-        return std::string(pick({"min", "max"})) + "(" + part() + ", " + part() + ")";
-    case 5:
-        return natural ? "(~" + part() + " >> 1)" : "abs(" + part() + ")";
-    case 6:
-        return natural ? typeName(shape) + "(abs(" +
-                             expression({Kind::integer, shape.count}, depth - 1) + "))"
-                       : typeName(shape) + "(" +
-                             bounded({Kind::number, shape.count},
-                                     expression({Kind::number, shape.count}, depth - 1)) +
-                             ")";
-    default:
-        return "(" + expression({Kind::truth, 1}, depth - 1) + " ? " + part() + " : " + part() +
-               ")";
-    }
-}
-
-std::string Generator::truth(Shape shape, int depth) {
-    const auto kind = static_cast<Kind>(below(3));
-    const Shape operand{kind, shape.count};
-    if (shape.count > 1) {
-        return below(3) == 0
-                   ? "not(" + expression(shape, depth - 1) + ")"
-                   : std::string(pick({"lessThan", "greaterThanEqual", "equal", "notEqual"})) +
-                         "(" + expression(operand, depth - 1) + ", " +
-                         expression(operand, depth - 1) + ")";
-    }
-    switch (below(5)) {
-    case 0:
-        return "(" + expression(shape, depth - 1) + std::string(pick({" && ", " || ", " ^^ "})) +
-               expression(shape, depth - 1) + ")";
-    case 1:
-        return "!(" + expression(shape, depth - 1) + ")";
-    case 2:
-        return std::string(pick({"any", "all"})) + "(" +
-               expression({Kind::truth, 2 + below(3)}, depth - 1) + ")";
-    default:
-        return "(" + expression(operand, depth - 1) +
-               std::string(pick({" < ", " > ", " <= ", " >= ", " == ", " != "})) +
-               expression(operand, depth - 1) + ")";
-    }
-}
-
-std::string Generator::expression(Shape shape, int depth) {
-    if (depth <= 0 || below(5) == 0) {
-        return leaf(shape);
-    }
-    if (shape.count > 1 && below(4) == 0) {
-        std::string text = typeName(shape) + "(";
-        for (uint32_t left = shape.count; left > 0;) {
-            const uint32_t taken = 1 + below(left == shape.count ? left - 1 : left);
-            text += (left == shape.count ? "" : ", ") + expression({shape.kind, taken}, depth - 1);
-            left -= taken;
-        }
-        return text + ")";
-    }
-    for (size_t i = 0; i < functions_.size(); ++i) {
-        if (functions_[i] == shape && below(3) == 0) {
-            return "f" + std::to_string(i) + "(" + expression({Kind::number, 2}, depth - 1) + ", " +
-                   expression({Kind::integer, 1}, depth - 1) + ")";
-        }
-    }
-    switch (shape.kind) {
-    case Kind::number:
-        return number(shape, depth);
-    case Kind::truth:
-        return truth(shape, depth);
-    default:
-        return integer(shape, depth);
-    }
-}
-
-void Generator::statement(int depth) {
+void RandomGenerator::branch(int depth) {
     const size_t known = variables_.size();
-    switch (depth <= 0 ? below(3) : below(7)) {
-    case 0: {
-        const Shape shape = anyShape();
-        const std::string name = "v" + std::to_string(names_++);
-        line(typeName(shape) + " " + name + " = " + bounded(shape, expression(shape, 3)) + ";");
-        variables_.push_back({name, shape});
-        return;
-    }
-    case 3: {
-        line("if (" + expression({Kind::truth, 1}, 2) + ") {");
-        statements(2, depth - 1);
+    line("if (" + expression({Kind::truth, 1}, 2) + ") {");
+    statements(1 + static_cast<int>(below(2)), depth - 1);
+    variables_.resize(known);
+    if (below(2) != 0) {
+        line("} else {");
+        statements(1 + static_cast<int>(below(2)), depth - 1);
         variables_.resize(known);
-        if (below(2) != 0) {
-            line("} else {");
-            statements(2, depth - 1);
-            variables_.resize(known);
-        }
-        line("}");
-        return;
     }
-    case 4: {
-        const std::string counter = "i" + std::to_string(names_++);
-        line("for (int " + counter + " = 0; " + counter + " < " + std::to_string(2 + below(3)) +
-             "; " + counter + "++) {");
-        variables_.push_back({counter, {Kind::integer, 1}, false});
-        statements(2, depth - 1);
-        if (below(2) != 0) {
-            line("if (" + expression({Kind::truth, 1}, 2) + ") " +
-                 std::string(pick({"break", "continue"})) + ";");
-        }
+    line("}");
+}
+
+void RandomGenerator::loop(int depth) {
+    const size_t known = variables_.size();
+    const std::string counter = newName("i");
+    const std::string bound = std::to_string(2 + below(3));
+    const uint32_t form = below(3);
+    if (form == 0) {
+        line("for (int " + counter + " = 0; " + counter + " < " + bound + "; " + counter + "++) {");
+    } else {
+        line("int " + counter + " = 0;");
+        line(form == 1 ? "while (" + counter + " < " + bound + ") {" : "do {");
+        line(counter + "++;");
+    }
+    variables_.push_back({counter, {Kind::integer, 1}, false});
+    statements(1 + static_cast<int>(below(2)), depth - 1);
+    if (below(2) != 0) {
+        line("if (" + expression({Kind::truth, 1}, 2) + ") " +
+             std::string(pick({"break", "continue"})) + ";");
+    }
+    statements(1, depth - 1);
+    variables_.resize(known);
+    line(form == 2 ? "} while (" + counter + " < " + bound + ");" : "}");
+}
+
+void RandomGenerator::multiway(int depth) {
+    const size_t known = variables_.size();
+    line("switch (" + expression({Kind::integer, 1}, 2) + ") {");
+    for (int i = 0; i < 3; ++i) {
+        line(i == 2 ? "default:" : "case " + std::to_string(i) + ":");
+        line("{");
         statements(1, depth - 1);
         variables_.resize(known);
         line("}");
-        return;
-    }
-    case 5: {
-        line("switch (" + expression({Kind::integer, 1}, 2) + ") {");
-        for (int i = 0; i < 3; ++i) {
-            line(i == 2 ? "default:" : "case " + std::to_string(i) + ":");
-            line("{");
-            statements(1, depth - 1);
-            variables_.resize(known);
-            line("}");
-            if (below(3) != 0) {
-                line("break;");
-            }
+        if (below(3) != 0) {
+            line("break;");
         }
-        line("}");
-        return;
     }
-    default:
-        break;
-    }
+    line("}");
+}
+
+void RandomGenerator::assign() {
     std::vector<Variable> writable;
     for (const auto& variable : variables_) {
         if (variable.writable) {
@@ -286,8 +148,15 @@ void Generator::statement(int depth) {
     }
     const auto& target = writable[below(static_cast<uint32_t>(writable.size()))];
     Shape shape = target.shape;
-    std::string place = target.name;
-    if (shape.count > 1 && below(2) != 0) {
+    std::string place = element(target);
+    if (shape.kind == Kind::matrix) {
+        if (below(2) != 0) {
+            // A column, so that the matrix stays one of small whole numbers.
+            shape.kind = Kind::number;
+            line(place + "[n & 1] = " + small(shape, expression(shape, 2)) + ";");
+            return;
+        }
+    } else if (shape.count > 1 && below(2) != 0) {
         static constexpr std::array<std::string_view, 5> kPlaces{"x", "y", "yx", "xy", "x"};
         const auto swizzle = kPlaces[below(static_cast<uint32_t>(kPlaces.size()))];
         place += "." + std::string(swizzle);
@@ -296,34 +165,90 @@ void Generator::statement(int depth) {
         place += "[n % " + std::to_string(shape.count) + "]";
         shape.count = 1;
     }
-    line(place + " = " + bounded(shape, expression(shape, 3)) + ";");
+    line(place + " = " + bounded(shape, expression(shape, 2)) + ";");
 }
 
-void Generator::statements(int count, int depth) {
+void RandomGenerator::statement(int depth) {
+    switch (below(depth <= 0 ? 5 : 11)) {
+    case 0:
+        return declare(anyShape());
+    case 1:
+        return below(3) == 0 ? declareArray() : assign();
+    case 2:
+        return below(3) == 0 && !structs_.empty() ? declareStruct() : assign();
+    case 5:
+    case 6:
+        return branch(depth);
+    case 7:
+    case 8:
+        return loop(depth);
+    case 9:
+        return multiway(depth);
+    case 10:
+        return functions_.empty() ? assign() : callWithReferences();
+    default:
+        return assign();
+    }
+}
+
+void RandomGenerator::statements(int count, int depth) {
     for (int i = 0; i < count; ++i) {
         statement(depth);
     }
 }
 
-std::string Generator::function(uint32_t index) {
-    const Shape result = anyShape();
-    variables_ = {{"a", {Kind::number, 2}}, {"b", {Kind::integer, 1}}};
-    body_.clear();
-    line("a = clamp(a, -64.0, 64.0); b = clamp(b, -99, 99); int n = b & 15;");
-    statements(2, 1);
-    line("if (" + expression({Kind::truth, 1}, 2) + ") return " +
-         bounded(result, expression(result, 2)) + ";");
-    statements(2, 1);
-    line("return " + bounded(result, expression(result, 2)) + ";");
-    const std::string text =
-        typeName(result) + " f" + std::to_string(index) + "(vec2 a, int b) {\n" + body_ + "}\n";
-    functions_.push_back(result);
-    return text;
+std::string RandomGenerator::structure(uint32_t index) {
+    Struct made{"S" + std::to_string(index), {}};
+    std::string text = "struct " + made.name + " {";
+    const uint32_t count = 2 + below(3);
+    for (uint32_t i = 0; i < count; ++i) {
+        Variable member{"m" + std::to_string(i), anyShape(), true, below(3) == 0 ? 2U : 0U};
+        if (member.shape.kind == Kind::truth) {
+            member.length = 0; // SPIRV-Cross makes no sense of arrays of bool in structs
+        }
+        text += " " + typeName(member.shape) + " " + member.name +
+                (member.length > 0 ? "[" + std::to_string(member.length) + "];" : ";");
+        made.members.push_back(member);
+    }
+    structs_.push_back(made);
+    return text + " };\n";
 }
 
-RandomGlsl Generator::run() {
+std::string RandomGenerator::function(uint32_t index) {
+    Callee callee{anyShape(), {}};
+    variables_ = {{"a", {Kind::number, 2}}, {"b", {Kind::integer, 1}}};
+    std::string parameters = "vec2 a, int b";
+    body_.clear();
+    line("a = clamp(a, -64.0, 64.0); b = clamp(b, -99, 99); int n = b & 15; uint m = uint(n);");
+    for (uint32_t i = below(3); i > 0; --i) {
+        const Shape shape = anyShape();
+        const std::string name = "r" + std::to_string(i);
+        callee.references.push_back(shape);
+        if (below(2) != 0) {
+            parameters += ", inout " + typeName(shape) + " " + name;
+        } else {
+            parameters += ", out " + typeName(shape) + " " + name;
+            line(name + " = " + bounded(shape, expression(shape, 1)) + ";");
+        }
+        variables_.push_back({name, shape});
+    }
+    statements(1, 1);
+    line("if (" + expression({Kind::truth, 1}, 2) + ") return " +
+         bounded(callee.result, expression(callee.result, 2)) + ";");
+    statements(1, 1);
+    line("return " + bounded(callee.result, expression(callee.result, 2)) + ";");
+    functions_.push_back(callee);
+    return typeName(callee.result) + " f" + std::to_string(index) + "(" + parameters + ") {\n" +
+           body_ + "}\n";
+}
+
+RandomGlsl RandomGenerator::run() {
     RandomGlsl result;
-    for (uint32_t i = 0; i < 3; ++i) {
+    result.functions = kSmall;
+    for (uint32_t i = below(3); i > 0; --i) {
+        result.functions += structure(i);
+    }
+    for (uint32_t i = 0; i < 2; ++i) {
         result.functions += function(i);
     }
     body_.clear();
@@ -332,7 +257,7 @@ RandomGlsl Generator::run() {
                   {"v1234", {Kind::number, 4}, false},
                   {"n", {Kind::integer, 1}, false},
                   {"m", {Kind::natural, 1}, false}};
-    statements(9, 2);
+    statements(5, 2);
     line("color = vec4(" + expression({Kind::number, 2}, 3) + ", " +
          expression({Kind::integer, 1}, 3) + ", " + expression({Kind::natural, 1}, 3) +
          " % 1024u);");
@@ -340,8 +265,6 @@ RandomGlsl Generator::run() {
     return result;
 }
 
-} // namespace
-
-RandomGlsl randomGlsl(uint32_t seed) { return Generator(seed).run(); }
+RandomGlsl randomGlsl(uint32_t seed) { return RandomGenerator(seed).run(); }
 
 } // namespace msl::tests

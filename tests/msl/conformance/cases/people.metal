@@ -293,3 +293,27 @@ template <int N> int times(int x) { return x * N; }
 //! body
 switch (v.i3) { case kA: return 1; case kC: return float4(times<kB>(v.i3), times<kC>(2), 0, 0); } return 9;
 //! gives 6 6 0 0
+//! case HelpersOfKernelsAreLeftAlone
+inline void reduce(threadgroup float* s, uint t) { threadgroup_barrier(mem_flags::mem_threadgroup); s[t] += s[t + 1]; }
+kernel void k(threadgroup float* s [[threadgroup(0)]], uint t [[thread_index_in_threadgroup]]) { reduce(s, t); }
+float inner(float x) { return x + 1; } float used(float x) { return inner(x) * 2; } struct S { float a; float f() const { return used(a); } };
+//! body
+S s{v.one}; return float4(used(v.two), s.f(), 0, 0);
+//! gives 6 4 0 0
+//! case ColumnsOfMatrices
+//! body
+float3x3 m(v.two); m.columns[1].z = 5; return float4(m.columns[0], m.columns[1][2]);
+//! gives 2 0 0 5
+//! case TypesOfExpressions
+//! body
+__typeof__(v.v12) a = v.v12 * 2; decltype(a.x) b = a.y; return float4(a, b, sizeof(__typeof__(a)));
+//! gives 2 4 4 8
+//! case EmptyInitialisers
+//! body
+float4x4 m = {}; float a[3] = {}; float3 b[] = {float3(1), {1, v.two, 3}}; int2 c{}; return float4(m[2][2] + a[1], b[1].y, sizeof(b) / sizeof(b[0]), c.x);
+//! gives 0 2 2 0
+//! case CallsAheadOfDefinitionsBesideKernels
+float later(float x); float early(float x) { return later(x) + 1; } kernel void k(uint i [[thread_position_in_grid]]) {}
+fragment float4 f_main(float4 p [[position]]) { return float4(early(p.x), later(2), 0, 0); }
+float later(float x) { return x * 2; }
+//! gives 2 4 0 0

@@ -2,14 +2,14 @@
 //! body
 bfloat x = 1; return 0;
 //! refused 'bfloat' is not supported; use 'half' or 'float'
-//! case SimdGroups
+//! case BallotsOfSimdGroups
 //! body
-return float4(simd_sum(v.one));
-//! refused functions across a SIMD group are not supported
-//! case Quads
-//! body
-return float4(quad_broadcast(v.one, 0));
-//! refused functions across a quad are not supported
+return float4(simd_ballot(v.one > 0));
+//! refused this function across a SIMD group is not supported
+//! case GroupsOfVertexFunctions
+vertex float4 v_main(uint vid [[vertex_id]]) { return float4(simd_sum(vid)); }
+fragment float4 f_main() { return 0; }
+//! refused functions across a SIMD group are for fragment functions
 //! case RasterOrderGroups
 fragment float4 f_main(float4 p [[position]], float x [[raster_order_group(0)]]) { return x; }
 //! refused raster order groups are not supported
@@ -66,11 +66,6 @@ fragment float4 f_main(float x [[thread_index_in_quadgroup]]) { return x; }
 //! body
 return v.v12.xyz.xxxx;
 //! refused 'float2' has no component 'xyz'
-//! case ParameterPacks
-template <typename... Ts> float f(Ts... x) { return 0; }
-//! body
-return f(1);
-//! refused parameter packs are not supported
 //! case ErrorDirectives
 #ifndef NOTHING
 #error "write the shader"
@@ -91,8 +86,3 @@ int2 a = int2(1) + 0.5; return 0;
 //! body
 thread float* p; return *p;
 //! refused this pointer's target is not known when compiling
-//! case TexturesInConditions
-//! parameters , texture2d<float> a, texture2d<float> b
-//! body
-texture2d<float> t = v.one > 0 ? a : b; return t.read(uint2(0));
-//! refused a condition cannot choose between values of 'texture2d<float>'

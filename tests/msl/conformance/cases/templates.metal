@@ -207,3 +207,10 @@ template <typename F> float reduce(float4 x) { F f; return f(f(x.x, x.y), f(x.z,
 //! body
 return float4(apply(Add(), v.two, 3), apply(Mul{}, v.two, 3), reduce<Add>(v.v1234), reduce<Mul>(v.v1234));
 //! gives 5 6 10 24
+//! case StaticMemberTemplatesOfInstances
+template <uint N> struct Unroll { template <typename F> static void run(thread F& f) { Unroll<N - 1>::run(f); f(N - 1); } };
+template <> struct Unroll<0> { template <typename F> static void run(thread F& f) {} };
+struct Summer { float4 v; float total = 0; void operator()(uint i) { total = total * 10 + v[i]; } };
+//! body
+Summer s{v.v1234}; Unroll<3>::run(s); return s.total;
+//! gives 123 123 123 123

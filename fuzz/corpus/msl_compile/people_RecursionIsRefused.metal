@@ -1,0 +1,8 @@
+#include <metal_stdlib>
+using namespace metal;
+float f(int n) { return n <= 0 ? 0 : f(n - 1) + 1; }
+struct Values { float zero; float one; float two; float half_; int i3; uint u5; float2 v12; float4 v1234; };
+fragment float4 f_main(float4 fragCoord [[position]], constant Values& v [[buffer(0)]]) {
+return float4(f(v.i3));
+
+}

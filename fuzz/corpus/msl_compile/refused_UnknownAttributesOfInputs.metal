@@ -1,0 +1,3 @@
+#include <metal_stdlib>
+using namespace metal;
+fragment float4 f_main(float x [[thread_index_in_quadgroup]]) { return x; }

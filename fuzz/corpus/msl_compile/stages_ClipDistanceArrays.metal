@@ -1,0 +1,6 @@
+#include <metal_stdlib>
+using namespace metal;
+struct Out { float4 position [[position]]; float clip [[clip_distance]] [2]; float x; };
+vertex Out v_main(uint vid [[vertex_id]]) { Out o; o.position = float4(float2((vid << 1) & 2, vid & 2) * 2 - 1, 0, 1); o.clip[0] = 1; o.clip[1] = 2; o.x = 4; return o; }
+struct In { float x; };
+fragment float4 f_main(In in [[stage_in]]) { return float4(in.x); }

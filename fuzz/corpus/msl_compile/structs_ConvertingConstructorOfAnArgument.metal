@@ -1,0 +1,9 @@
+#include <metal_stdlib>
+using namespace metal;
+struct R { float a; R(float x) : a(x) {} };
+float get(R r) { return r.a; }
+struct Values { float zero; float one; float two; float half_; int i3; uint u5; float2 v12; float4 v1234; };
+fragment float4 f_main(float4 fragCoord [[position]], constant Values& v [[buffer(0)]]) {
+return float4(get(v.two), get(R(3)), 0, 0);
+
+}

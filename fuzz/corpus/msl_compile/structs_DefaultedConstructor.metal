@@ -1,0 +1,8 @@
+#include <metal_stdlib>
+using namespace metal;
+struct R { float a; R() = default; R(float x) : a(x) {} };
+struct Values { float zero; float one; float two; float half_; int i3; uint u5; float2 v12; float4 v1234; };
+fragment float4 f_main(float4 fragCoord [[position]], constant Values& v [[buffer(0)]]) {
+R r; r.a = 3; R s(v.two); return float4(r.a, s.a, 0, 0);
+
+}

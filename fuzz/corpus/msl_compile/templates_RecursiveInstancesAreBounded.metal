@@ -1,0 +1,8 @@
+#include <metal_stdlib>
+using namespace metal;
+template <int N> struct Deep { static constexpr constant int value = Deep<N + 1>::value; };
+struct Values { float zero; float one; float two; float half_; int i3; uint u5; float2 v12; float4 v1234; };
+fragment float4 f_main(float4 fragCoord [[position]], constant Values& v [[buffer(0)]]) {
+return float4(Deep<0>::value);
+
+}

@@ -1,0 +1,7 @@
+#include <metal_stdlib>
+using namespace metal;
+struct Values { float zero; float one; float two; float half_; int i3; uint u5; float2 v12; float4 v1234; };
+fragment float4 f_main(float4 fragCoord [[position]], constant Values& v [[buffer(0)]] , texture2d<float> t [[texture(0)]]) {
+constexpr sampler s(filter::linear); float4 y = t.gather(s, float2(0.25), int2(0), component::y); float4 o = t.gather(s, float2(0.25), int2(1, 0), component::x); return float4(y.x, y.z, o.x, o.y);
+
+}
