@@ -12,6 +12,12 @@
 namespace vantor::vulkan {
 namespace {
 
+constexpr VkSubgroupFeatureFlags kSubgroupOperations =
+    VK_SUBGROUP_FEATURE_BASIC_BIT | VK_SUBGROUP_FEATURE_VOTE_BIT |
+    VK_SUBGROUP_FEATURE_ARITHMETIC_BIT | VK_SUBGROUP_FEATURE_BALLOT_BIT |
+    VK_SUBGROUP_FEATURE_SHUFFLE_BIT | VK_SUBGROUP_FEATURE_SHUFFLE_RELATIVE_BIT |
+    VK_SUBGROUP_FEATURE_QUAD_BIT;
+
 constexpr std::uint32_t kRequiredVersion = VK_API_VERSION_1_3;
 
 std::string sentence(const char* what, VkResult result) {
@@ -113,12 +119,18 @@ Result<Done, std::string> Context::chooseDevice() {
     VkPhysicalDeviceIDProperties identity{};
     identity.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_ID_PROPERTIES;
     identity.pNext = &push;
+    VkPhysicalDeviceSubgroupProperties subgroups{};
+    subgroups.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_SUBGROUP_PROPERTIES;
+    push.pNext = &subgroups;
     VkPhysicalDeviceProperties2 properties{};
     properties.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_PROPERTIES_2;
     properties.pNext = &identity;
     vkGetPhysicalDeviceProperties2(physicalDevice_, &properties);
     properties_ = properties.properties;
     maxPushDescriptors_ = push.maxPushDescriptors;
+    abilities_.subgroups =
+        (subgroups.supportedStages & VK_SHADER_STAGE_FRAGMENT_BIT) != 0 &&
+        (subgroups.supportedOperations & kSubgroupOperations) == kSubgroupOperations;
     std::memcpy(deviceUUID_.data(), identity.deviceUUID, kUUIDSize);
     std::memcpy(driverUUID_.data(), identity.driverUUID, kUUIDSize);
     vkGetPhysicalDeviceMemoryProperties(physicalDevice_, &memory_);
@@ -161,6 +173,7 @@ Result<Done, std::string> Context::createDevice() {
     features.pNext = &features12;
     features.features.robustBufferAccess = VK_TRUE;
     features.features.shaderInt64 = supported.features.shaderInt64;
+    abilities_.int64 = supported.features.shaderInt64 == VK_TRUE;
 
     const float priority = 1.0F;
     VkDeviceQueueCreateInfo queue{};

@@ -3,6 +3,7 @@
 // draws (the extension) and what composites (the agent). Handles are raw: they live and die with
 // the objects that hold a reference to the context. Used on one thread unless said otherwise.
 
+#include "platform/linux/gpu/pipeline_needs.h"
 #include "platform/result.h"
 
 #include <array>
@@ -57,6 +58,7 @@ class Context : public std::enable_shared_from_this<Context> {
     const DeviceUUID& driverUUID() const { return driverUUID_; }
     std::string name() const { return properties_.deviceName; }
     bool canShareMemory() const { return canShareMemory_; }
+    const DeviceAbilities& abilities() const { return abilities_; }
 
     PFN_vkCmdPushDescriptorSetKHR pushDescriptorSet() const { return pushDescriptorSet_; }
     PFN_vkGetMemoryFdKHR getMemoryDescriptor() const { return getMemoryDescriptor_; }
@@ -96,6 +98,7 @@ class Context : public std::enable_shared_from_this<Context> {
     DeviceUUID deviceUUID_{};
     DeviceUUID driverUUID_{};
     bool canShareMemory_ = false;
+    DeviceAbilities abilities_;
     PFN_vkCmdPushDescriptorSetKHR pushDescriptorSet_ = nullptr;
     PFN_vkGetMemoryFdKHR getMemoryDescriptor_ = nullptr;
     VkSemaphore timeline_ = VK_NULL_HANDLE;

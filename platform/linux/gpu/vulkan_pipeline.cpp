@@ -153,6 +153,12 @@ std::shared_ptr<gpu::Function> VulkanLibrary::newFunction(std::string_view name)
 
 Result<std::shared_ptr<const PipelineObjects>>
 PipelineObjects::create(const DeviceParts& parts, const PipelineDescription& description) {
+    for (const auto& function : {description.vertex, description.fragment}) {
+        if (auto need = unmetNeed(parts.context->abilities(), function->library().module(),
+                                  function->entry())) {
+            return failure(*std::move(need));
+        }
+    }
     const std::shared_ptr<PipelineObjects> objects(new PipelineObjects(parts.context, description));
     if (auto made = objects->createLayouts(parts.zeros); !made) {
         return Failure{made.error()};

@@ -23,6 +23,7 @@ class VulkanLibrary : public gpu::Library, public std::enable_shared_from_this<V
 
     std::shared_ptr<gpu::Function> newFunction(std::string_view name) override;
     const std::vector<std::uint32_t>& words() const { return module_.words; }
+    const msl::Module& module() const { return module_; }
 
   private:
     explicit VulkanLibrary(msl::Module module) : module_(std::move(module)) {}
