@@ -13,7 +13,9 @@ endfunction()
 
 # vantor_test(NAME SOURCES files... LIBS libs... LABELS labels...)
 # A GoogleTest program; each of its tests is one CTest test. LABELS are `unit`, `e2e` or
-# `conformance`, and the name of the folder under test.
+# `conformance`, and the name of the folder under test. In sanitizer builds, where a process takes
+# longer to start than most tests to run, the whole program is one CTest test, unless its tests
+# start processes themselves.
 function(vantor_test NAME)
     cmake_parse_arguments(ARG "" "" "SOURCES;LIBS;LABELS" ${ARGN})
     add_executable(${NAME} ${ARG_SOURCES})
@@ -24,6 +26,11 @@ function(vantor_test NAME)
     vantor_reuse_headers(${NAME} vantor_test_headers)
     set_target_properties(${NAME} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    if(VANTOR_SANITIZE AND NOT "e2e" IN_LIST ARG_LABELS)
+        add_test(NAME ${NAME} COMMAND ${NAME})
+        set_tests_properties(${NAME} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 600)
+        return()
+    endif()
     gtest_discover_tests(${NAME}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 60
