@@ -191,6 +191,7 @@ class ConfinementTest : public ServiceTest {
         if (!kernelHasLandlock()) {
             GTEST_SKIP() << "this kernel offers no Landlock";
         }
+        setenv("VANTOR_SYSTEM_ROOT", bundle().parent_path().c_str(), 1);
         std::filesystem::create_directories(home() / "Documents");
         std::ofstream(home() / "Documents/letter.txt") << "private";
         std::filesystem::create_directories(stateFile().parent_path());
@@ -244,6 +245,7 @@ TEST_F(ConfinementTest, ReadsTheStateAndTheSystemAndNothingOfTheUsers) {
                     {"read /proc/self/status", "ok"},
                     {"read " + (bundle() / "Info.plist").string(), "ok"},
                     {"read " + (home() / "Documents/letter.txt").string(), denied},
+                    {"read " VANTOR_BIN "/vantorctl", denied},
                     {"list " + home().string(), denied}});
 }
 

@@ -14,7 +14,7 @@ struct ExtensionPlaces {
     std::filesystem::path home;
     /// The user's, below which the host application keeps its state.
     std::filesystem::path userHome;
-    /// Programs, bundle and frameworks of the running installation.
+    /// The bundle and the frameworks of the running installation.
     std::vector<std::filesystem::path> installation;
 };
 

@@ -79,7 +79,8 @@ void confineProcess() {
     auto confined = confinement::confine(confinement::extensionRules(
         {.home = home != nullptr ? home : "",
          .userHome = userHome().value_or(""),
-         .installation = {installationPrefix(), systemRoot(), runningProgram().parent_path()}}));
+         // Not the whole prefix, which may be a user's own folder.
+         .installation = {systemRoot(), runningProgram().parent_path()}}));
     if (!confined) {
         LinuxUnifiedLog()
             .logger("com.nimbara.vantor", "confinement")

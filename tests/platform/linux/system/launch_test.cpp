@@ -136,6 +136,26 @@ TEST_F(LaunchChannelTest, MoreScreensThanARecordHoldsCloseTheWire) {
     EXPECT_EQ(reason, "a launch record of 4294967295 screens exceeds the limit of 16");
 }
 
+TEST_F(LaunchChannelTest, AnIdentifierWithoutAnEndClosesTheWire) {
+    open();
+    LaunchRecord record = recordOf(Kind::tick);
+    record.identifier.fill('a');
+    sendRaw(&record, sizeof(record));
+    EXPECT_EQ(reason, "a launch record's identifier has no end");
+}
+
+TEST_F(LaunchChannelTest, TheAgentIsAskedToOpenAnApplicationByItsWholeIdentifier) {
+    open();
+    const LaunchSocket agent(std::move(pair.agent));
+    EXPECT_FALSE(channel->requestOpen(std::string(kIdentifierRoom, 'a')));
+    EXPECT_TRUE(channel->requestOpen("com.nimbara.app"));
+    auto asked = agent.receive();
+    ASSERT_TRUE(std::holds_alternative<Received>(asked));
+    EXPECT_EQ(std::get<Received>(asked).record.kind, Kind::open);
+    EXPECT_STREQ(std::get<Received>(asked).record.identifier.data(), "com.nimbara.app");
+    EXPECT_TRUE(std::holds_alternative<Nothing>(agent.receive()));
+}
+
 TEST_F(LaunchChannelTest, ADescriptorWhereNoneBelongsClosesTheWire) {
     open();
     ASSERT_TRUE(LaunchSocket(std::move(pair.agent)).send(recordOf(Kind::tick), STDIN_FILENO));
