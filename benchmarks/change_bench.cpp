@@ -208,12 +208,3 @@ BENCHMARK(frame)->Name("change/plasma/frame")->Iterations(50)->Unit(benchmark::k
 
 } // namespace
 } // namespace vantor
-
-int main(int argc, char** argv) {
-    vantor::installPlatform(&vantor::systemPlatform());
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    // Nothing is torn down: the GPU's threads live as long as the process.
-    std::fflush(nullptr);
-    std::_Exit(0);
-}

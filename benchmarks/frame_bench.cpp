@@ -176,12 +176,3 @@ BENCHMARK(bare)->Name("frame/trivial/bare")->UseManualTime()->Iterations(kFrames
 
 } // namespace
 } // namespace vantor
-
-int main(int argc, char** argv) {
-    vantor::installPlatform(&vantor::systemPlatform());
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    // Nothing is torn down: the GPU's threads live as long as the process.
-    std::fflush(nullptr);
-    std::_Exit(0);
-}

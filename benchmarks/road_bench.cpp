@@ -293,12 +293,3 @@ BENCHMARK(paused)->Name("paused")->UseRealTime()->Iterations(1);
 
 } // namespace
 } // namespace vantor
-
-int main(int argc, char** argv) {
-    vantor::installPlatform(&vantor::systemPlatform());
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    // Nothing is torn down: the GPU's threads live as long as the process.
-    std::fflush(nullptr);
-    std::_Exit(0);
-}

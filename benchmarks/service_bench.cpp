@@ -301,12 +301,3 @@ BENCHMARK(requests)
 
 } // namespace
 } // namespace vantor
-
-int main(int argc, char** argv) {
-    vantor::installPlatform(&vantor::systemPlatform());
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    // Nothing is torn down: the GPU's threads live as long as the process.
-    std::fflush(nullptr);
-    std::_Exit(0);
-}
