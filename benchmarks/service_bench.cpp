@@ -17,7 +17,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <sys/socket.h>
 #include <thread>
