@@ -1,5 +1,6 @@
 #include "agent/picker_command.h"
 
+#include "agent/extension_bundle.h"
 #include "agent/extension_session.h"
 #include "platform/platform.h"
 
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 
 namespace vantor::agent {
 namespace {
@@ -69,22 +71,12 @@ void complain(const std::string& sentence) {
     std::fprintf(stderr, "vantor-agent: %s\n", sentence.c_str());
 }
 
-} // namespace
-
-std::string pickerText(const Picker& picker, PickerFormat format) {
-    if (format == PickerFormat::table) {
-        return toTable(picker.desktop);
-    }
-    const Json json{{"desktop", toJson(picker.desktop)},
-                    {"screenSaver", toJson(picker.screenSaver)}};
-    // What is no UTF-8 came from another program, and is no reason to say nothing.
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-}
-
-RunStatus printPicker(Platform& platform, MainLoop& loop, const std::filesystem::path& extension,
-                      PickerFormat format) {
+RunStatus printPicker(const std::filesystem::path& extension, PickerFormat format) {
+    Platform& installed = platform();
+    // The main queue of this platform is its main loop.
+    auto& loop = static_cast<MainLoop&>(installed.mainQueue());
     const auto stop = [&loop](RunStatus status) { loop.stop(static_cast<int>(status)); };
-    auto session = ExtensionSession::start(loop, extensionLaunch(platform, extension), {},
+    auto session = ExtensionSession::start(loop, extensionLaunch(installed, extension), {},
                                            {.attached = [](std::uint32_t, const FileDescriptor&) {},
                                             .ended =
                                                 [stop](const std::string& how) {
@@ -107,6 +99,34 @@ RunStatus printPicker(Platform& platform, MainLoop& loop, const std::filesystem:
         stop(written ? RunStatus::done : RunStatus::failed);
     });
     return static_cast<RunStatus>(loop.run());
+}
+
+} // namespace
+
+std::string pickerText(const Picker& picker, PickerFormat format) {
+    if (format == PickerFormat::table) {
+        return toTable(picker.desktop);
+    }
+    const Json json{{"desktop", toJson(picker.desktop)},
+                    {"screenSaver", toJson(picker.screenSaver)}};
+    // What is no UTF-8 came from another program, and is no reason to say nothing.
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+std::function<RunStatus()> addPickerCommand(CLI::App& app) {
+    struct Words {
+        bool json = false;
+        std::string extension;
+    };
+    const auto words = std::make_shared<Words>();
+    CLI::App& command =
+        *app.add_subcommand("picker", "Prints what the extension offers in the picker");
+    command.add_flag("--json", words->json, "Print JSON, for programs");
+    addExtensionOption(command, words->extension);
+    return [words] {
+        return printPicker(bundleFolder(words->extension),
+                           words->json ? PickerFormat::json : PickerFormat::table);
+    };
 }
 
 } // namespace vantor::agent

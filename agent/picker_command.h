@@ -3,14 +3,11 @@
 
 #include "agent/kit/picker.h"
 #include "agent/run_status.h"
-#include "platform/linux/main_loop.h"
 
-#include <filesystem>
+#include <CLI/CLI.hpp>
+
+#include <functional>
 #include <string>
-
-namespace vantor {
-class Platform;
-}
 
 namespace vantor::agent {
 
@@ -20,8 +17,8 @@ enum class PickerFormat { table, json };
 /// "screenSaver" of groups.
 std::string pickerText(const Picker& picker, PickerFormat format);
 
-/// Starts the extension, asks it, prints the answer and ends it. Complaints go to standard error.
-RunStatus printPicker(Platform& platform, MainLoop& loop, const std::filesystem::path& extension,
-                      PickerFormat format);
+/// Adds the command to the program's; gives what carries it out once it was parsed: it starts the
+/// extension, asks it, prints the answer and ends it. Complaints go to standard error.
+std::function<RunStatus()> addPickerCommand(CLI::App& app);
 
 } // namespace vantor::agent
