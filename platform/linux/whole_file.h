@@ -34,11 +34,15 @@ class FolderLock {
 /// error is a sentence that names the file.
 Result<Done, std::string> canReplaceFile(const std::filesystem::path& file);
 
+/// Who may read a file that was not there before.
+enum class Readers { everybody, owner };
+
 /// Gives `file` the content `bytes` in one step: a reader sees the old content or the new one, and
 /// so does whoever looks after a power failure. The folder must exist; an old file's permissions
 /// stay, and a symbolic link stays one. The error is a sentence that names the file; the old file
 /// then stands.
 Result<Done, std::string> replaceFile(const std::filesystem::path& file,
-                                      std::span<const std::uint8_t> bytes);
+                                      std::span<const std::uint8_t> bytes,
+                                      Readers readers = Readers::everybody);
 
 } // namespace vantor

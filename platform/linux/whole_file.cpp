@@ -1,4 +1,4 @@
-#include "tools/whole_file.h"
+#include "platform/linux/whole_file.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -16,7 +16,6 @@ namespace vantor {
 namespace {
 
 constexpr std::chrono::milliseconds kLockRetry{10};
-constexpr mode_t kNewFileMode = 0644;
 
 Failure<std::string> failure(const std::filesystem::path& file, int error) {
     return Failure{file.string() + ": " + std::strerror(error)};
@@ -54,10 +53,11 @@ class TemporaryFile {
         return true;
     }
 
-    bool takePermissionsOf(const std::filesystem::path& target) {
+    bool takePermissionsOf(const std::filesystem::path& target, Readers readers) {
         struct stat old {};
         const bool exists = ::stat(target.c_str(), &old) == 0;
-        return ::fchmod(descriptor_, exists ? old.st_mode & ALLPERMS : kNewFileMode) == 0;
+        const mode_t fresh = readers == Readers::everybody ? 0644 : 0600;
+        return ::fchmod(descriptor_, exists ? old.st_mode & ALLPERMS : fresh) == 0;
     }
 
     bool replace(const std::filesystem::path& target) {
@@ -127,7 +127,7 @@ Result<Done, std::string> canReplaceFile(const std::filesystem::path& file) {
 }
 
 Result<Done, std::string> replaceFile(const std::filesystem::path& file,
-                                      std::span<const std::uint8_t> bytes) {
+                                      std::span<const std::uint8_t> bytes, Readers readers) {
     std::error_code status;
     std::filesystem::path target = file;
     if (std::filesystem::is_symlink(file, status)) {
@@ -137,7 +137,7 @@ Result<Done, std::string> replaceFile(const std::filesystem::path& file,
         }
     }
     TemporaryFile temporary(target);
-    if (!temporary.write(bytes) || !temporary.takePermissionsOf(target) ||
+    if (!temporary.write(bytes) || !temporary.takePermissionsOf(target, readers) ||
         !temporary.replace(target)) {
         return failure(file, errno);
     }

@@ -1,4 +1,4 @@
-#include "tools/whole_file.h"
+#include "platform/linux/whole_file.h"
 
 #include "tests/support/temporary_folder.h"
 
@@ -35,6 +35,11 @@ TEST_F(WholeFileTest, AReplacedFileKeepsItsPermissions) {
     permissions(file(), perms(0600));
     ASSERT_TRUE(replace(file(), "new"));
     EXPECT_EQ(textOf(file()), "new");
+    EXPECT_EQ(status(file()).permissions(), perms(0600));
+}
+
+TEST_F(WholeFileTest, ANewFileCanBeItsOwnersAlone) {
+    ASSERT_TRUE(replaceFile(file(), {}, Readers::owner));
     EXPECT_EQ(status(file()).permissions(), perms(0600));
 }
 
