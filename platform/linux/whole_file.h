@@ -4,8 +4,10 @@
 #include "platform/result.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -33,6 +35,16 @@ class FolderLock {
 /// Whether a file could be put in place of `file`, for those who have long work to do before. The
 /// error is a sentence that names the file.
 Result<Done, std::string> canReplaceFile(const std::filesystem::path& file);
+
+/// What a file holds, at most `limit` bytes; nothing when there is no such file. Only a regular
+/// file is read, since reading another may wait for ever. The error is a sentence that names the
+/// file.
+Result<std::optional<std::string>, std::string> readFile(const std::filesystem::path& file,
+                                                         std::size_t limit);
+
+/// Makes a folder, with those above it that are missing, for its owner alone; one that is there
+/// stays as it is. The error is a sentence that names the folder.
+Result<Done, std::string> makePrivateFolder(const std::filesystem::path& folder);
 
 /// Who may read a file that was not there before.
 enum class Readers { everybody, owner };
