@@ -149,7 +149,7 @@ void Compositor::fill(const Placed& placed, const LayerState& layer) {
     info.colorAttachmentCount = 1;
     info.pColorAttachments = &attachment;
     vkCmdBeginRendering(commands_->handle(), &info);
-    vkCmdEndRendering(commands_);
+    vkCmdEndRendering(commands_->handle());
     vulkan::transition(*gpu_, commands_->handle(), *target_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL);
     isWritten_ = false;
 }
