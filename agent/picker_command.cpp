@@ -1,5 +1,6 @@
 #include "agent/picker_command.h"
 
+#include "agent/complaint.h"
 #include "agent/extension_bundle.h"
 #include "agent/extension_session.h"
 #include "platform/platform.h"
@@ -65,10 +66,6 @@ std::string toTable(const std::vector<PickerGroup>& groups) {
         }
     }
     return out;
-}
-
-void complain(const std::string& sentence) {
-    std::fprintf(stderr, "vantor-agent: %s\n", sentence.c_str());
 }
 
 RunStatus printPicker(const std::filesystem::path& extension, PickerFormat format) {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr const char* kFooter =
     "Exit status: 0 done, 1 it could not be done (the reason is on standard error), 2 wrong usage, "
-    "3 the extension ended by itself.";
+    "3 the extension had ended and did not run again, 4 the display server is gone.";
 
 int run(int argc, char** argv) {
     installPlatform(&systemPlatform());

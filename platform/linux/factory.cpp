@@ -85,6 +85,10 @@ class LinuxPlatform : public Platform {
          .openThrough =
              [this](std::function<void(const std::string&)> opener) {
                  workspace_.openThrough(std::move(opener));
+             },
+         .tellLinksThrough =
+             [this](LinuxScreens::LinksChanged told) {
+                 screens_.setLinksChanged(std::move(told));
              }}};
 };
 

@@ -156,6 +156,17 @@ TEST_F(LaunchChannelTest, TheAgentIsAskedToOpenAnApplicationByItsWholeIdentifier
     EXPECT_TRUE(std::holds_alternative<Nothing>(agent.receive()));
 }
 
+TEST_F(LaunchChannelTest, TheAgentIsToldHowFastADisplaysLinksRun) {
+    open();
+    const LaunchSocket agent(std::move(pair.agent));
+    channel->tellLinks(3, 30);
+    auto told = agent.receive();
+    ASSERT_TRUE(std::holds_alternative<Received>(told));
+    EXPECT_EQ(std::get<Received>(told).record.kind, Kind::links);
+    EXPECT_EQ(std::get<Received>(told).record.displayID, 3U);
+    EXPECT_EQ(std::get<Received>(told).record.frameRate, 30U);
+}
+
 TEST_F(LaunchChannelTest, ADescriptorWhereNoneBelongsClosesTheWire) {
     open();
     ASSERT_TRUE(LaunchSocket(std::move(pair.agent)).send(recordOf(Kind::tick), STDIN_FILENO));
