@@ -3,6 +3,7 @@
 
 #include "agent/host/compositor.h"
 #include "agent/host/hosted_context.h"
+#include "agent/host/memory_canvas.h"
 #include "bridge/remote_context.h"
 #include "platform/linux/gpu/vulkan_device.h"
 #include "platform/linux/layers/linux_layers.h"
@@ -36,8 +37,9 @@ class Road {
     explicit Road(const Size& size)
         : size_(size), context_(PrivateBridge::makeRemoteContext(platform(), std::nullopt)),
           hostGPU_(*vulkan::Context::create()),
-          compositor_(agent::Compositor::create(hostGPU_, static_cast<std::uint32_t>(size.width),
-                                                static_cast<std::uint32_t>(size.height))) {
+          canvas_(agent::MemoryCanvas::create(hostGPU_, static_cast<std::uint32_t>(size.width),
+                                              static_cast<std::uint32_t>(size.height))),
+          compositor_(agent::Compositor::create(hostGPU_)) {
         root_->setFrame({.origin = {}, .size = size});
         root_->setBackgroundColor(Color::gray(0, 1));
         context_->object()->perform("setLayer:", root_);
@@ -45,8 +47,8 @@ class Road {
         hosted_ = std::make_unique<agent::HostedContext>(
             loop_, hostGPU_,
             *static_cast<LinuxLayers&>(platform().layers()).attach(context_->contextID()),
-            agent::ContextHandlers{.changed = [] {},
-                                   .frameArrived = [this] { loop_.stop(0); },
+            agent::ContextHandlers{.frameArrived = [this] { loop_.stop(0); },
+                                   .changed = [] {},
                                    .ended = [](const std::string&) {}});
         loop_.run();
     }
@@ -60,7 +62,7 @@ class Road {
         loop_.run();
     }
     void compose() {
-        if (!compositor_->compose(*hosted_, 1)) {
+        if (!compositor_->compose(*canvas_->begin(), {.context = hosted_.get()})) {
             std::abort();
         }
         while (!compositor_->isIdle()) {
@@ -95,6 +97,7 @@ class Road {
     LayerRef root_ = platform().layers().makeLayer();
     std::shared_ptr<PrivateBridge::RemoteContext> context_;
     std::shared_ptr<vulkan::Context> hostGPU_;
+    std::unique_ptr<agent::MemoryCanvas> canvas_;
     std::unique_ptr<agent::Compositor> compositor_;
     std::shared_ptr<ShaderSurface> surface_;
     std::unique_ptr<agent::HostedContext> hosted_;

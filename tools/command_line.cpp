@@ -1,7 +1,7 @@
 #include "tools/command_line.h"
 
 #include "tools/commands.h"
-#include "tools/suggestion.h"
+#include "platform/suggestion.h"
 
 #include <algorithm>
 #include <ostream>

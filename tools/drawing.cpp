@@ -1,6 +1,6 @@
 #include "tools/drawing.h"
 
-#include "tools/whole_file.h"
+#include "platform/linux/whole_file.h"
 
 namespace vantor {
 namespace {

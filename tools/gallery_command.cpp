@@ -7,7 +7,7 @@
 #include "tools/drawing.h"
 #include "tools/gallery_page.h"
 #include "tools/progress.h"
-#include "tools/whole_file.h"
+#include "platform/linux/whole_file.h"
 
 #include <CLI/CLI.hpp>
 

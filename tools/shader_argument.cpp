@@ -3,7 +3,7 @@
 #include "platform/gpu.h"
 #include "platform/utf8.h"
 #include "shaders/shader_catalog.h"
-#include "tools/suggestion.h"
+#include "platform/suggestion.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,6 +1,6 @@
 #include "tools/state_file.h"
 
-#include "tools/whole_file.h"
+#include "platform/linux/whole_file.h"
 
 #include <algorithm>
 #include <fstream>

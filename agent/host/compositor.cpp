@@ -13,10 +13,7 @@ using namespace layerwire;
 using vulkan::Contents;
 using vulkan::Ownership;
 
-constexpr VkImageUsageFlags kOutputUsage = VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT |
-                                           VK_IMAGE_USAGE_TRANSFER_DST_BIT |
-                                           VK_IMAGE_USAGE_TRANSFER_SRC_BIT;
-constexpr VkImageUsageFlags kStillUsage =
+constexpr VkImageUsageFlags kUploadedUsage =
     VK_IMAGE_USAGE_TRANSFER_DST_BIT | VK_IMAGE_USAGE_TRANSFER_SRC_BIT;
 constexpr VkImageSubresourceLayers kColor{VK_IMAGE_ASPECT_COLOR_BIT, 0, 0, 1};
 
@@ -31,62 +28,42 @@ std::int32_t pixel(double value) { return static_cast<std::int32_t>(std::lround(
 
 } // namespace
 
-std::unique_ptr<Compositor> Compositor::create(std::shared_ptr<vulkan::Context> gpu,
-                                               std::uint32_t width, std::uint32_t height) {
+std::unique_ptr<Compositor> Compositor::create(std::shared_ptr<vulkan::Context> gpu) {
     std::unique_ptr<Compositor> made(new Compositor(std::move(gpu)));
-    made->output_ = vulkan::DeviceImage::create(made->gpu_, {.format = VK_FORMAT_B8G8R8A8_UNORM,
-                                                             .width = width,
-                                                             .height = height,
-                                                             .usage = kOutputUsage});
-    VkCommandPoolCreateInfo pool{};
-    pool.sType = VK_STRUCTURE_TYPE_COMMAND_POOL_CREATE_INFO;
-    pool.queueFamilyIndex = made->gpu_->queueFamily();
-    if (!made->output_ ||
-        vkCreateCommandPool(made->gpu_->device(), &pool, nullptr, &made->pool_) != VK_SUCCESS) {
-        return nullptr;
-    }
-    VkCommandBufferAllocateInfo allocation{};
-    allocation.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_ALLOCATE_INFO;
-    allocation.commandPool = made->pool_;
-    allocation.level = VK_COMMAND_BUFFER_LEVEL_PRIMARY;
-    allocation.commandBufferCount = 1;
-    return vkAllocateCommandBuffers(made->gpu_->device(), &allocation, &made->commands_) ==
-                   VK_SUCCESS
-               ? std::move(made)
-               : nullptr;
+    made->commands_ = CommandBuffer::create(made->gpu_);
+    return made->commands_ ? std::move(made) : nullptr;
 }
 
-Compositor::~Compositor() {
-    static_cast<void>(gpu_->wait(point_));
-    vkDestroyCommandPool(gpu_->device(), pool_, nullptr);
-}
-
-bool Compositor::isIdle() const { return gpu_->isDone(point_); }
-
-bool Compositor::begin() {
-    VkCommandBufferBeginInfo info{};
-    info.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
-    info.flags = VK_COMMAND_BUFFER_USAGE_ONE_TIME_SUBMIT_BIT;
-    isWritten_ = false;
-    return isIdle() && vkResetCommandPool(gpu_->device(), pool_, 0) == VK_SUCCESS &&
-           vkBeginCommandBuffer(commands_, &info) == VK_SUCCESS;
-}
-
-bool Compositor::compose(const HostedContext& context, double scale) {
-    if (!begin()) {
+bool Compositor::compose(const CanvasImage& target, const Scene& scene) {
+    if (!commands_->begin()) {
         return false;
     }
+    target_ = &target.image;
+    isWritten_ = false;
+    vulkan::transition(*gpu_, commands_->handle(), *target_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
+                       Contents::discarded);
+    if (scene.context != nullptr) {
+        draw(*scene.context, scene.scale);
+    } else {
+        clear();
+    }
+    if (scene.overlay != nullptr) {
+        drawOverlay(*scene.overlay);
+    }
+    vulkan::transition(*gpu_, commands_->handle(), *target_, target.layout);
+    return commands_->submit(target.semaphores);
+}
+
+void Compositor::draw(const HostedContext& context, double scale) {
     const auto layers = context.layers();
     std::array<Placed, kMaxLayers> placed{};
     for (std::size_t i = 0; i < layers.size(); ++i) {
         place(layers, i, scale, placed);
     }
-    vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
-                       Contents::discarded);
-    // A frame is opaque: what lies below one that fills the output need not be drawn.
+    // A frame is opaque: what lies below one that fills the target need not be drawn.
     std::size_t first = layers.size();
     while (first > 0 && !(context.frame(layers[first - 1].layerID) != nullptr &&
-                          fillsOutput(placed[first - 1]))) {
+                          fillsTarget(placed[first - 1]))) {
         --first;
     }
     if (first > 0) {
@@ -103,11 +80,6 @@ bool Compositor::compose(const HostedContext& context, double scale) {
             drawFrame(placed[i], *frame);
         }
     }
-    if (vkEndCommandBuffer(commands_) != VK_SUCCESS) {
-        return false;
-    }
-    point_ = gpu_->submit(commands_);
-    return point_ != 0;
 }
 
 void Compositor::place(std::span<const LayerState> layers, std::size_t index, double scale,
@@ -122,24 +94,25 @@ void Compositor::place(std::span<const LayerState> layers, std::size_t index, do
                  .right = pixel((here.originX + layer.width) * scale),
                  .bottom = pixel((here.originY + layer.height) * scale)};
     const bool parentMasks = parent != nullptr && layers[layer.parent].masksToBounds != 0;
-    const PixelRect outside = parent != nullptr ? parent->clip : wholeOutput();
+    const PixelRect outside = parent != nullptr ? parent->clip : wholeTarget();
     here.clip = parentMasks ? intersection(outside, parent->rect) : outside;
 }
 
-PixelRect Compositor::wholeOutput() const {
+PixelRect Compositor::wholeTarget() const {
     return {.left = 0,
             .top = 0,
-            .right = static_cast<std::int32_t>(output_->width()),
-            .bottom = static_cast<std::int32_t>(output_->height())};
+            .right = static_cast<std::int32_t>(target_->width()),
+            .bottom = static_cast<std::int32_t>(target_->height())};
 }
 
-bool Compositor::fillsOutput(const Placed& placed) const {
-    return intersection(placed.rect, placed.clip) == wholeOutput();
+bool Compositor::fillsTarget(const Placed& placed) const {
+    return intersection(placed.rect, placed.clip) == wholeTarget();
 }
 
 void Compositor::startWriting() {
     if (std::exchange(isWritten_, true)) {
-        vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL);
+        vulkan::transition(*gpu_, commands_->handle(), *target_,
+                           VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL);
     }
 }
 
@@ -147,8 +120,8 @@ void Compositor::clear() {
     startWriting();
     const VkClearColorValue black{{0.0F, 0.0F, 0.0F, 1.0F}};
     const VkImageSubresourceRange whole{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
-    vkCmdClearColorImage(commands_, output_->handle(), VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, &black,
-                         1, &whole);
+    vkCmdClearColorImage(commands_->handle(), target_->handle(),
+                         VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, &black, 1, &whole);
 }
 
 void Compositor::fill(const Placed& placed, const LayerState& layer) {
@@ -156,10 +129,11 @@ void Compositor::fill(const Placed& placed, const LayerState& layer) {
     if (layer.background[3] <= 0.0F || area.isEmpty()) {
         return;
     }
-    vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL);
+    vulkan::transition(*gpu_, commands_->handle(), *target_,
+                       VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL);
     VkRenderingAttachmentInfo attachment{};
     attachment.sType = VK_STRUCTURE_TYPE_RENDERING_ATTACHMENT_INFO;
-    attachment.imageView = output_->view();
+    attachment.imageView = target_->view();
     attachment.imageLayout = VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL;
     // The clear of a render area is the cheapest filled rectangle there is.
     attachment.loadOp = VK_ATTACHMENT_LOAD_OP_CLEAR;
@@ -174,9 +148,9 @@ void Compositor::fill(const Placed& placed, const LayerState& layer) {
     info.layerCount = 1;
     info.colorAttachmentCount = 1;
     info.pColorAttachments = &attachment;
-    vkCmdBeginRendering(commands_, &info);
-    vkCmdEndRendering(commands_);
-    vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL);
+    vkCmdBeginRendering(commands_->handle(), &info);
+    vkCmdEndRendering(commands_->handle());
+    vulkan::transition(*gpu_, commands_->handle(), *target_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL);
     isWritten_ = false;
 }
 
@@ -189,7 +163,8 @@ void Compositor::drawFrame(const Placed& placed, HostedFrame& hosted) {
     startWriting();
     takeOver(hosted);
     const bool oneToOne = static_cast<std::uint32_t>(placed.rect.width()) == frame.width() &&
-                          static_cast<std::uint32_t>(placed.rect.height()) == frame.height();
+                          static_cast<std::uint32_t>(placed.rect.height()) == frame.height() &&
+                          frame.format() == target_->format();
     if (oneToOne) {
         VkImageCopy copy{};
         copy.srcSubresource = kColor;
@@ -198,40 +173,29 @@ void Compositor::drawFrame(const Placed& placed, HostedFrame& hosted) {
         copy.dstOffset = {area.left, area.top, 0};
         copy.extent = {static_cast<std::uint32_t>(area.width()),
                        static_cast<std::uint32_t>(area.height()), 1};
-        vkCmdCopyImage(commands_, frame.handle(), VK_IMAGE_LAYOUT_GENERAL, output_->handle(),
-                       VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &copy);
+        vkCmdCopyImage(commands_->handle(), frame.handle(), VK_IMAGE_LAYOUT_GENERAL,
+                       target_->handle(), VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &copy);
     } else {
         // A frame of another size than its layer is one of before a resize: it is stretched, as
-        // layers stretch their contents, and clipped by taking the matching part of it.
-        const double stretchX = frame.width() / static_cast<double>(placed.rect.width());
-        const double stretchY = frame.height() / static_cast<double>(placed.rect.height());
-        VkImageBlit blit{};
-        blit.srcSubresource = kColor;
-        blit.srcOffsets[0] = {pixel((area.left - placed.rect.left) * stretchX),
-                              pixel((area.top - placed.rect.top) * stretchY), 0};
-        blit.srcOffsets[1] = {pixel((area.right - placed.rect.left) * stretchX),
-                              pixel((area.bottom - placed.rect.top) * stretchY), 1};
-        blit.dstSubresource = kColor;
-        blit.dstOffsets[0] = {area.left, area.top, 0};
-        blit.dstOffsets[1] = {area.right, area.bottom, 1};
-        vkCmdBlitImage(commands_, frame.handle(), VK_IMAGE_LAYOUT_GENERAL, output_->handle(),
-                       VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &blit, VK_FILTER_LINEAR);
+        // layers stretch their contents.
+        stretch(frame, VK_IMAGE_LAYOUT_GENERAL, placed.rect, area);
     }
     if (!hosted.bytes) {
-        vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
-                           Ownership::releasedOutside);
+        vulkan::transition(*gpu_, commands_->handle(), frame, VK_IMAGE_LAYOUT_GENERAL,
+                           Contents::kept, Ownership::releasedOutside);
     }
 }
 
 void Compositor::takeOver(HostedFrame& hosted) {
     vulkan::DeviceImage& frame = *hosted.image;
     if (!hosted.bytes) {
-        vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::kept,
-                           Ownership::acquiredFromOutside);
+        vulkan::transition(*gpu_, commands_->handle(), frame, VK_IMAGE_LAYOUT_GENERAL,
+                           Contents::kept, Ownership::acquiredFromOutside);
     } else if (std::exchange(hosted.bytesAreNew, false)) {
-        vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL, Contents::discarded);
-        vulkan::copyIn(commands_, *hosted.bytes, frame);
-        vulkan::transition(*gpu_, commands_, frame, VK_IMAGE_LAYOUT_GENERAL);
+        vulkan::transition(*gpu_, commands_->handle(), frame, VK_IMAGE_LAYOUT_GENERAL,
+                           Contents::discarded);
+        vulkan::copyIn(commands_->handle(), *hosted.bytes, frame);
+        vulkan::transition(*gpu_, commands_->handle(), frame, VK_IMAGE_LAYOUT_GENERAL);
     }
 }
 
@@ -256,27 +220,53 @@ void Compositor::drawPicture(const Placed& placed, const LayerState& layer,
     if (area.isEmpty()) {
         return;
     }
-    if (stillID_ != layer.picture) {
-        stillStaging_ =
-            vulkan::Buffer::create(gpu_, picture.bytes.size(), VK_BUFFER_USAGE_TRANSFER_SRC_BIT);
-        still_ = vulkan::DeviceImage::create(gpu_, {.format = VK_FORMAT_B8G8R8A8_UNORM,
-                                                    .width = picture.width,
-                                                    .height = picture.height,
-                                                    .usage = kStillUsage});
-        if (!stillStaging_ || !still_) {
-            stillID_ = kNoImage;
-            return;
-        }
-        stillID_ = layer.picture;
-        std::memcpy(stillStaging_->bytes().data(), picture.bytes.data(), picture.bytes.size());
-        vulkan::transition(*gpu_, commands_, *still_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
-                           Contents::discarded);
-        vulkan::copyIn(commands_, *stillStaging_, *still_);
-        vulkan::transition(*gpu_, commands_, *still_, VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL);
+    if (still_.imageID != layer.picture) {
+        still_.imageID = upload(still_, picture) ? layer.picture : kNoImage;
     }
+    if (still_.imageID != kNoImage) {
+        startWriting();
+        stretch(*still_.image, VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL, target, area);
+    }
+}
+
+void Compositor::drawOverlay(const Picture& picture) {
+    if (!overlay_.image && !upload(overlay_, picture)) {
+        return;
+    }
+    const PixelRect place{.left = 0,
+                          .top = 0,
+                          .right = static_cast<std::int32_t>(picture.width),
+                          .bottom = static_cast<std::int32_t>(picture.height)};
     startWriting();
-    const double stretchX = picture.width / static_cast<double>(target.width());
-    const double stretchY = picture.height / static_cast<double>(target.height());
+    stretch(*overlay_.image, VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL, place,
+            intersection(place, wholeTarget()));
+}
+
+bool Compositor::upload(Uploaded& place, const Picture& picture) const {
+    place.staging =
+        vulkan::Buffer::create(gpu_, picture.bytes.size(), VK_BUFFER_USAGE_TRANSFER_SRC_BIT);
+    place.image = vulkan::DeviceImage::create(gpu_, {.format = VK_FORMAT_B8G8R8A8_UNORM,
+                                                     .width = picture.width,
+                                                     .height = picture.height,
+                                                     .usage = kUploadedUsage});
+    if (!place.staging || !place.image) {
+        place = {};
+        return false;
+    }
+    std::memcpy(place.staging->bytes().data(), picture.bytes.data(), picture.bytes.size());
+    const VkCommandBuffer commands = commands_->handle();
+    vulkan::transition(*gpu_, commands, *place.image, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,
+                       Contents::discarded);
+    vulkan::copyIn(commands, *place.staging, *place.image);
+    vulkan::transition(*gpu_, commands, *place.image, VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL);
+    return true;
+}
+
+void Compositor::stretch(const vulkan::DeviceImage& source, VkImageLayout layout,
+                         const PixelRect& target, const PixelRect& area) {
+    // Clipped by taking the matching part of it.
+    const double stretchX = source.width() / static_cast<double>(target.width());
+    const double stretchY = source.height() / static_cast<double>(target.height());
     VkImageBlit blit{};
     blit.srcSubresource = kColor;
     blit.srcOffsets[0] = {pixel((area.left - target.left) * stretchX),
@@ -286,30 +276,8 @@ void Compositor::drawPicture(const Placed& placed, const LayerState& layer,
     blit.dstSubresource = kColor;
     blit.dstOffsets[0] = {area.left, area.top, 0};
     blit.dstOffsets[1] = {area.right, area.bottom, 1};
-    vkCmdBlitImage(commands_, still_->handle(), VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL,
-                   output_->handle(), VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &blit,
-                   VK_FILTER_LINEAR);
-}
-
-bool Compositor::read(std::span<std::uint8_t> bytes) {
-    const VkDeviceSize size = VkDeviceSize{output_->width()} * output_->height() * 4;
-    if (!readback_) {
-        readback_ = vulkan::Buffer::create(gpu_, size, VK_BUFFER_USAGE_TRANSFER_DST_BIT);
-    }
-    if (!readback_ || bytes.size() < size || !gpu_->wait(point_) || !begin()) {
-        return false;
-    }
-    vulkan::transition(*gpu_, commands_, *output_, VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL);
-    vulkan::copyOut(commands_, *output_, *readback_);
-    if (vkEndCommandBuffer(commands_) != VK_SUCCESS) {
-        return false;
-    }
-    point_ = gpu_->submit(commands_);
-    if (point_ == 0 || !gpu_->wait(point_)) {
-        return false;
-    }
-    std::memcpy(bytes.data(), readback_->bytes().data(), size);
-    return true;
+    vkCmdBlitImage(commands_->handle(), source.handle(), layout, target_->handle(),
+                   VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, 1, &blit, VK_FILTER_LINEAR);
 }
 
 } // namespace vantor::agent

@@ -1,6 +1,8 @@
 #pragma once
 // Draws a hosted layer tree into an output's image. Main thread.
 
+#include "agent/host/canvas.h"
+#include "agent/host/command_buffer.h"
 #include "agent/host/hosted_context.h"
 #include "platform/linux/gpu/vulkan_resources.h"
 
@@ -23,32 +25,43 @@ struct PixelRect {
     bool operator==(const PixelRect&) const = default;
 };
 
-/// One output's picture, in the device's memory: opaque BGRA, top row first.
+/// What is to be seen on an output.
+struct Scene {
+    /// Null shows black.
+    const HostedContext* context = nullptr;
+    /// The output's pixels per point.
+    double scale = 1;
+    /// Lies over everything, in the top left corner; null for none.
+    const Picture* overlay = nullptr;
+};
+
+/// Draws one output's pictures, opaque.
 class Compositor {
   public:
-    /// Null when the device has no memory for it.
-    static std::unique_ptr<Compositor> create(std::shared_ptr<vulkan::Context> gpu,
-                                              std::uint32_t width, std::uint32_t height);
-    ~Compositor();
+    /// Null when the device can make none.
+    static std::unique_ptr<Compositor> create(std::shared_ptr<vulkan::Context> gpu);
     Compositor(const Compositor&) = delete;
     Compositor& operator=(const Compositor&) = delete;
 
-    std::uint32_t width() const { return output_->width(); }
-    std::uint32_t height() const { return output_->height(); }
-
     /// Not busy with the composition before.
-    bool isIdle() const;
+    bool isIdle() const { return commands_->isIdle(); }
 
-    /// Draws the tree: backgrounds, stills and frames, each over what lies below. `scale` is the
-    /// output's pixels per point. Returns at once; the frames may be released when isIdle() again.
-    /// False when it is busy or the device is lost.
-    [[nodiscard]] bool compose(const HostedContext& context, double scale);
+    /// Draws the tree: backgrounds, stills and frames, each over what lies below. Returns at once;
+    /// the frames may be released when isIdle() again. False when it is busy or the device is lost.
+    [[nodiscard]] bool compose(const CanvasImage& target, const Scene& scene);
 
-    /// Copies the picture out: rows of width × 4 bytes. Blocks until the device is done. False when
-    /// the device is lost.
-    [[nodiscard]] bool read(std::span<std::uint8_t> bytes);
+    /// The context of later scenes is another one, whose pictures may bear numbers of the last.
+    void forgetStill() { still_ = {}; }
+    /// The overlay of later scenes may be another one.
+    void forgetOverlay() { overlay_ = {}; }
 
   private:
+    /// A picture of the CPU's on the device.
+    struct Uploaded {
+        std::unique_ptr<vulkan::DeviceImage> image;
+        std::unique_ptr<vulkan::Buffer> staging;
+        std::uint32_t imageID = layerwire::kNoImage;
+    };
     /// Where a layer lies on the output.
     struct Placed {
         PixelRect rect;
@@ -59,13 +72,13 @@ class Compositor {
     };
 
     explicit Compositor(std::shared_ptr<vulkan::Context> gpu) : gpu_(std::move(gpu)) {}
-    bool begin();
+    void draw(const HostedContext& context, double scale);
     /// Fills in that layer's place, which follows from its parent's.
     void place(std::span<const layerwire::LayerState> layers, std::size_t index, double scale,
                std::span<Placed> placed) const;
-    PixelRect wholeOutput() const;
-    bool fillsOutput(const Placed& placed) const;
-    /// Orders a write of the output after those before it.
+    PixelRect wholeTarget() const;
+    bool fillsTarget(const Placed& placed) const;
+    /// Orders a write of the target after those before it.
     void startWriting();
     void clear();
     void fill(const Placed& placed, const layerwire::LayerState& layer);
@@ -74,17 +87,19 @@ class Compositor {
     void takeOver(HostedFrame& hosted);
     void drawPicture(const Placed& placed, const layerwire::LayerState& layer,
                      const Picture& picture);
+    void drawOverlay(const Picture& picture);
+    /// Brings the picture onto the device; false when there is no memory for it.
+    bool upload(Uploaded& place, const Picture& picture) const;
+    void stretch(const vulkan::DeviceImage& source, VkImageLayout layout, const PixelRect& target,
+                 const PixelRect& area);
 
     std::shared_ptr<vulkan::Context> gpu_;
-    std::unique_ptr<vulkan::DeviceImage> output_;
-    std::unique_ptr<vulkan::Buffer> readback_;
-    /// The last still picture on the device, and which one it is.
-    std::unique_ptr<vulkan::DeviceImage> still_;
-    std::unique_ptr<vulkan::Buffer> stillStaging_;
-    std::uint32_t stillID_ = layerwire::kNoImage;
-    VkCommandPool pool_ = VK_NULL_HANDLE;
-    VkCommandBuffer commands_ = VK_NULL_HANDLE;
-    std::uint64_t point_ = 0;
+    std::unique_ptr<CommandBuffer> commands_;
+    /// The last of each.
+    Uploaded still_;
+    Uploaded overlay_;
+    /// What is drawn into, during `compose`.
+    vulkan::DeviceImage* target_ = nullptr;
     /// Since the last barrier.
     bool isWritten_ = false;
 };

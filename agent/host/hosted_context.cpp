@@ -118,11 +118,11 @@ void HostedContext::drain() {
         changed = true;
         framed = framed || isFrame;
     }
-    if (changed) {
-        handlers_.changed();
-    }
     if (framed) {
         handlers_.frameArrived();
+    }
+    if (changed) {
+        handlers_.changed();
     }
 }
 

@@ -38,10 +38,10 @@ struct HostedFrame {
 };
 
 struct ContextHandlers {
+    /// The Metal layers show a new frame (`changed` follows).
+    std::function<void()> frameArrived;
     /// The tree, a picture or a frame changed.
     std::function<void()> changed;
-    /// The Metal layers show a new frame (follows `changed`).
-    std::function<void()> frameArrived;
     /// The extension closed the context, or broke the wire. Called once; the last state stays.
     std::function<void(const std::string& reason)> ended;
 };

@@ -22,10 +22,10 @@ struct SetAsideChoice {
 
 struct AgentMemory {
     /// What `choose` said, by connector.
-    std::map<std::string, std::string> choices;
+    std::map<std::string, std::string> choices = {};
     /// The number that each display was given when it was first seen, by connector.
-    std::map<std::string, std::uint32_t> displayNumbers;
-    std::vector<SetAsideChoice> setAside;
+    std::map<std::string, std::uint32_t> displayNumbers = {};
+    std::vector<SetAsideChoice> setAside = {};
 
     bool operator==(const AgentMemory&) const = default;
 };

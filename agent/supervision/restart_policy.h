@@ -19,9 +19,15 @@ class RestartPolicy {
     Verdict died(double now);
 
   private:
-    /// Media times of the last deaths, the oldest first.
+    // Times are counted on a clock that stands still during the delays. Long ones would otherwise
+    // keep deaths too far apart for a second wallpaper to be found out.
+
+    /// Of the last deaths, the oldest first.
     std::vector<double> deaths_;
+    double lastDeath_ = 0;
     double delay_ = 0;
+    /// All delays until now.
+    double delayed_ = 0;
 };
 
 } // namespace vantor::agent

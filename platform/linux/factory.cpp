@@ -67,7 +67,7 @@ class LinuxPlatform : public Platform {
     LinuxImages images_;
     LinuxWorkspace workspace_;
     LinuxBundle bundle_{runningProgram().parent_path(), propertyLists_};
-    LinuxCodeIdentity codeIdentity_{installationPrefix()};
+    LinuxCodeIdentity codeIdentity_{installationPrefix(), installationOwner()};
     LinuxLoader loader_{systemRoot(), registry_};
     LinuxNotifications notifications_{loop_, unifiedLog_};
     vulkan::VulkanSystem gpu_{[this] { return gpuOptions(); }};
@@ -85,6 +85,10 @@ class LinuxPlatform : public Platform {
          .openThrough =
              [this](std::function<void(const std::string&)> opener) {
                  workspace_.openThrough(std::move(opener));
+             },
+         .tellLinksThrough =
+             [this](LinuxScreens::LinksChanged told) {
+                 screens_.setLinksChanged(std::move(told));
              }}};
 };
 

@@ -7,13 +7,23 @@
 #include <cstring>
 #include <sys/epoll.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <system_error>
 #include <utility>
 
 namespace vantor {
 namespace {
 
-constexpr std::uint32_t kEvents = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+constexpr std::uint32_t kFolderWent = IN_DELETE_SELF | IN_MOVE_SELF;
+constexpr std::uint32_t kEvents =
+    IN_CLOSE_WRITE | IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | kFolderWent;
+
+/// Whether a file that was just made is still to be written, and closed, by whoever made it.
+/// Folders and links are whole from the start.
+bool awaitsItsWriter(const std::filesystem::path& file) {
+    struct stat made {};
+    return ::lstat(file.c_str(), &made) == 0 && S_ISREG(made.st_mode) && made.st_nlink == 1;
+}
 
 } // namespace
 
@@ -40,7 +50,7 @@ bool FileChanges::addName(const std::filesystem::path& file) {
     if (watched < 0) {
         return false;
     }
-    Name name{.folder = watched, .name = file.filename().string()};
+    Name name{.folder = watched, .file = file};
     if (std::ranges::find(names_, name) == names_.end()) {
         names_.push_back(std::move(name));
     }
@@ -67,17 +77,24 @@ void FileChanges::readEvents() {
         for (ssize_t at = 0; at < count;) {
             const auto* event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
             at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
-            const std::string_view name = event->len > 0 ? event->name : "";
-            ours = ours || (event->mask & IN_Q_OVERFLOW) != 0 ||
-                   std::ranges::any_of(names_, [&](const Name& each) {
-                       return each.folder == event->wd && each.name == name;
-                   });
+            ours = ours || concerns(*event);
         }
     }
     if (ours) {
         addTarget();
         changed_();
     }
+}
+
+bool FileChanges::concerns(const inotify_event& event) const {
+    if ((event.mask & (IN_Q_OVERFLOW | kFolderWent)) != 0) {
+        return true;
+    }
+    const std::string_view name = event.len > 0 ? event.name : "";
+    return std::ranges::any_of(names_, [&](const Name& each) {
+        return each.folder == event.wd && each.file.filename() == name &&
+               ((event.mask & IN_CREATE) == 0 || !awaitsItsWriter(each.file));
+    });
 }
 
 } // namespace vantor

@@ -1,5 +1,6 @@
 #pragma once
-// Tells when a file is saved: in place, or by renaming another one over it, as many editors do.
+// Tells when a file is saved: in place, or by renaming another one over it, as many editors do; and
+// when a folder comes or goes.
 
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/main_loop.h"
@@ -11,15 +12,17 @@
 #include <string>
 #include <vector>
 
+struct inotify_event;
+
 namespace vantor {
 
 /// Watches folders, since a file that is replaced is another file under the same name. Main thread.
 class FileChanges {
   public:
     /// Calls `changed` whenever the file may have another content, or none: it was closed by a
-    /// writer, another one took its name, or it went away. A symbolic link's target is watched with
-    /// it. Nothing is called for a folder that is itself replaced. The error is a sentence. The
-    /// callback must not destroy the watch.
+    /// writer, another one or a folder took its name, or it went away. A symbolic link's target is
+    /// watched with it. When the folder itself goes, that is said, and a new watch is needed. The
+    /// error is a sentence. The callback must not destroy the watch.
     static Result<std::unique_ptr<FileChanges>, std::string>
     watch(MainLoop& loop, const std::filesystem::path& file, std::function<void()> changed);
 
@@ -29,7 +32,7 @@ class FileChanges {
   private:
     struct Name {
         int folder = -1;
-        std::string name;
+        std::filesystem::path file;
         bool operator==(const Name&) const = default;
     };
 
@@ -38,6 +41,7 @@ class FileChanges {
     bool addName(const std::filesystem::path& file);
     void addTarget();
     void readEvents();
+    bool concerns(const inotify_event& event) const;
 
     std::filesystem::path file_;
     std::function<void()> changed_;

@@ -132,6 +132,33 @@ class LoopTimer : public RepeatingTimer {
     Source source_;
 };
 
+class LoopAlarm : public Alarm {
+  public:
+    LoopAlarm(sd_event* event, std::function<void()> due)
+        : due_(std::make_shared<std::function<void()>>(std::move(due))) {
+        require(sd_event_add_time(event, source_.out(), CLOCK_MONOTONIC, 0,
+                                  kTimerAccuracyMicroseconds, happened, this),
+                "add a timer");
+        cancel();
+    }
+
+    void set(double seconds) override {
+        sd_event_source_set_time(source_.get(), nowMicroseconds() + toMicroseconds(seconds));
+        sd_event_source_set_enabled(source_.get(), SD_EVENT_ONESHOT);
+    }
+    void cancel() override { sd_event_source_set_enabled(source_.get(), SD_EVENT_OFF); }
+
+  private:
+    static int happened(sd_event_source*, std::uint64_t, void* data) {
+        const auto due = static_cast<LoopAlarm*>(data)->due_;
+        (*due)();
+        return 0;
+    }
+
+    std::shared_ptr<std::function<void()>> due_;
+    Source source_;
+};
+
 class LoopWatch : public DescriptorWatch {
   public:
     LoopWatch(sd_event* event, int descriptor, std::uint32_t events,
@@ -144,6 +171,11 @@ class LoopWatch : public DescriptorWatch {
     void setEvents(std::uint32_t events) override {
         sd_event_source_set_io_events(source_.get(), events);
         sd_event_source_set_enabled(source_.get(), events == 0 ? SD_EVENT_OFF : SD_EVENT_ON);
+    }
+
+    void comeFirst() override {
+        require(sd_event_source_set_priority(source_.get(), SD_EVENT_PRIORITY_IMPORTANT),
+                "order its sources");
     }
 
   private:
@@ -253,6 +285,10 @@ bool MainLoop::isMainThread() const { return std::this_thread::get_id() == state
 std::unique_ptr<DescriptorWatch> MainLoop::watch(int descriptor, std::uint32_t events,
                                                  std::function<void(std::uint32_t)> ready) {
     return std::make_unique<LoopWatch>(state_->event, descriptor, events, std::move(ready));
+}
+
+std::unique_ptr<Alarm> MainLoop::alarm(std::function<void()> due) {
+    return std::make_unique<LoopAlarm>(state_->event, std::move(due));
 }
 
 void MainLoop::onSignal(int signal, std::function<void(int)> signalled) {

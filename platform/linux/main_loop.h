@@ -17,6 +17,18 @@ class DescriptorWatch {
     virtual ~DescriptorWatch() = default;
     /// Changes the epoll events waited for; 0 suspends the watch.
     virtual void setEvents(std::uint32_t events) = 0;
+    /// Of all that is ready at once, this comes before what did not ask for it.
+    virtual void comeFirst() = 0;
+};
+
+/// A timer that runs once for each time it is set, and allocates nothing when it is. Destruction
+/// stops it. Main thread.
+class Alarm {
+  public:
+    virtual ~Alarm() = default;
+    /// In so many seconds, whatever it was set to before.
+    virtual void set(double seconds) = 0;
+    virtual void cancel() = 0;
 };
 
 /// Made on the main thread, which is then the one that runs it. Only `async` and `stop` may be
@@ -37,6 +49,9 @@ class MainLoop : public MainQueue {
     /// Calls `ready` with the epoll events that happened. The callback may destroy its own watch.
     std::unique_ptr<DescriptorWatch> watch(int descriptor, std::uint32_t events,
                                            std::function<void(std::uint32_t)> ready);
+
+    /// Calls `due` each time the alarm's time has come. The callback may destroy the alarm.
+    std::unique_ptr<Alarm> alarm(std::function<void()> due);
 
     /// Calls `signalled` on the main loop when that signal arrives; it is blocked otherwise. For
     /// programs that end on SIGINT and SIGTERM, before any thread is started.

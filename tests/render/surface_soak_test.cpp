@@ -4,6 +4,7 @@
 
 #include "agent/host/compositor.h"
 #include "agent/host/hosted_context.h"
+#include "agent/host/memory_canvas.h"
 #include "platform/linux/layers/linux_layers.h"
 #include "platform/platform.h"
 #include "render/surface_registry.h"
@@ -70,7 +71,8 @@ class SurfaceSoakTest : public testing::Test {
         auto made = vulkan::Context::create();
         EXPECT_TRUE(made) << made.error();
         hostGPU = *std::move(made);
-        compositor = agent::Compositor::create(hostGPU, kSide, kSide);
+        compositor = agent::Compositor::create(hostGPU);
+        canvas = agent::MemoryCanvas::create(hostGPU, kSide, kSide);
     }
 
     /// Turns the loop until `condition` holds; false when it does not in ten seconds.
@@ -105,11 +107,11 @@ class SurfaceSoakTest : public testing::Test {
         ASSERT_TRUE(socket);
         int frames = 0;
         agent::HostedContext hosted(loop, hostGPU, *std::move(socket),
-                                    {.changed = [] {},
-                                     .frameArrived = [&frames] { ++frames; },
+                                    {.frameArrived = [&frames] { ++frames; },
+                                     .changed = [] {},
                                      .ended = [](const std::string&) {}});
         ASSERT_TRUE(eventually([&] { return frames > 0; }));
-        ASSERT_TRUE(compositor->compose(hosted, 1));
+        ASSERT_TRUE(compositor->compose(*canvas->begin(), {.context = &hosted}));
 
         // An update: another size, and a frame of it.
         registry.resize(*surface, {.width = kSide / 2, .height = kSide / 2}, 1);
@@ -135,6 +137,7 @@ class SurfaceSoakTest : public testing::Test {
     SurfaceRegistry registry{installed, gpu, resolver, kGrace};
     std::shared_ptr<vulkan::Context> hostGPU;
     std::unique_ptr<agent::Compositor> compositor;
+    std::unique_ptr<agent::MemoryCanvas> canvas;
 };
 
 TEST_F(SurfaceSoakTest, SurfacesThatComeAndGoLeaveNothingBehind) {

@@ -144,6 +144,10 @@ Result<Done, std::string> Context::createDevice() {
     if (canShareMemory_) {
         extensions.push_back(VK_KHR_EXTERNAL_MEMORY_FD_EXTENSION_NAME);
     }
+    canPresent_ = has(available, VK_KHR_SWAPCHAIN_EXTENSION_NAME);
+    if (canPresent_) {
+        extensions.push_back(VK_KHR_SWAPCHAIN_EXTENSION_NAME);
+    }
     VkPhysicalDeviceRobustness2FeaturesEXT robustness{};
     robustness.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_ROBUSTNESS_2_FEATURES_EXT;
     VkPhysicalDeviceFeatures2 supported{};
@@ -233,23 +237,38 @@ std::optional<std::uint32_t> Context::memoryType(std::uint32_t typeBits, MemoryK
     return std::nullopt;
 }
 
-std::uint64_t Context::submit(VkCommandBuffer commands) {
+std::uint64_t Context::submit(VkCommandBuffer commands, const PresentSemaphores& semaphores) {
     const std::lock_guard lock(submission_);
     VkCommandBufferSubmitInfo buffer{};
     buffer.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_SUBMIT_INFO;
     buffer.commandBuffer = commands;
-    VkSemaphoreSubmitInfo signal{};
-    signal.sType = VK_STRUCTURE_TYPE_SEMAPHORE_SUBMIT_INFO;
-    signal.semaphore = timeline_;
-    signal.value = lastPoint_ + 1;
-    signal.stageMask = VK_PIPELINE_STAGE_2_ALL_COMMANDS_BIT;
+    const auto semaphoreInfo = [](VkSemaphore semaphore, std::uint64_t value) {
+        VkSemaphoreSubmitInfo entry{};
+        entry.sType = VK_STRUCTURE_TYPE_SEMAPHORE_SUBMIT_INFO;
+        entry.semaphore = semaphore;
+        entry.value = value;
+        entry.stageMask = VK_PIPELINE_STAGE_2_ALL_COMMANDS_BIT;
+        return entry;
+    };
+    const VkSemaphoreSubmitInfo wait = semaphoreInfo(semaphores.acquired, 0);
+    const std::array signals{semaphoreInfo(timeline_, lastPoint_ + 1),
+                             semaphoreInfo(semaphores.finished, 0)};
     VkSubmitInfo2 info{};
     info.sType = VK_STRUCTURE_TYPE_SUBMIT_INFO_2;
     info.commandBufferInfoCount = 1;
     info.pCommandBufferInfos = &buffer;
-    info.signalSemaphoreInfoCount = 1;
-    info.pSignalSemaphoreInfos = &signal;
+    info.waitSemaphoreInfoCount = semaphores.acquired != VK_NULL_HANDLE ? 1 : 0;
+    info.pWaitSemaphoreInfos = &wait;
+    info.signalSemaphoreInfoCount = semaphores.finished != VK_NULL_HANDLE ? 2 : 1;
+    info.pSignalSemaphoreInfos = signals.data();
     return succeeded(calls_.submit(queue_, 1, &info, VK_NULL_HANDLE)) ? ++lastPoint_ : 0;
+}
+
+VkResult Context::present(const VkPresentInfoKHR& info) {
+    const std::lock_guard lock(submission_);
+    const VkResult result = vkQueuePresentKHR(queue_, &info);
+    static_cast<void>(succeeded(result));
+    return result;
 }
 
 bool Context::isDone(std::uint64_t point) const {

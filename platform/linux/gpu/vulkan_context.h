@@ -37,6 +37,13 @@ struct DeviceCalls {
     PFN_vkGetSemaphoreCounterValue counter = vkGetSemaphoreCounterValue;
 };
 
+/// What orders one submission with a presentation engine: it waits for the one before it writes an
+/// image, and signals the other once it has. Null for none.
+struct PresentSemaphores {
+    VkSemaphore acquired = VK_NULL_HANDLE;
+    VkSemaphore finished = VK_NULL_HANDLE;
+};
+
 class Context : public std::enable_shared_from_this<Context> {
   public:
     /// Makes a device: the one that the environment variable VANTOR_GPU names (see
@@ -46,6 +53,7 @@ class Context : public std::enable_shared_from_this<Context> {
     Context(const Context&) = delete;
     Context& operator=(const Context&) = delete;
 
+    VkPhysicalDevice physicalDevice() const { return physicalDevice_; }
     VkDevice device() const { return device_; }
     VkQueue queue() const { return queue_; }
     std::uint32_t queueFamily() const { return queueFamily_; }
@@ -58,6 +66,8 @@ class Context : public std::enable_shared_from_this<Context> {
     const DeviceUUID& driverUUID() const { return driverUUID_; }
     std::string name() const { return properties_.deviceName; }
     bool canShareMemory() const { return canShareMemory_; }
+    /// Whether swapchains can be made.
+    bool canPresent() const { return canPresent_; }
     const DeviceAbilities& abilities() const { return abilities_; }
 
     PFN_vkCmdPushDescriptorSetKHR pushDescriptorSet() const { return pushDescriptorSet_; }
@@ -69,7 +79,9 @@ class Context : public std::enable_shared_from_this<Context> {
     /// Submits a recorded command buffer; gives the point in the device's work at which it is done,
     /// or 0 when the device is lost. Any thread; two meet here only while a slow picture is drawn
     /// in bands.
-    std::uint64_t submit(VkCommandBuffer commands);
+    std::uint64_t submit(VkCommandBuffer commands, const PresentSemaphores& semaphores = {});
+    /// Presents after what was submitted; the result is vkQueuePresentKHR's. Any thread.
+    VkResult present(const VkPresentInfoKHR& info);
     /// The last submission's point.
     std::uint64_t lastPoint() const { return lastPoint_.load(std::memory_order_relaxed); }
     /// True on a lost device too, which does nothing more. Any thread.
@@ -98,6 +110,7 @@ class Context : public std::enable_shared_from_this<Context> {
     DeviceUUID deviceUUID_{};
     DeviceUUID driverUUID_{};
     bool canShareMemory_ = false;
+    bool canPresent_ = false;
     DeviceAbilities abilities_;
     PFN_vkCmdPushDescriptorSetKHR pushDescriptorSet_ = nullptr;
     PFN_vkGetMemoryFdKHR getMemoryDescriptor_ = nullptr;

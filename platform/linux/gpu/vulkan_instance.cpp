@@ -1,9 +1,11 @@
 #include "platform/linux/gpu/vulkan_instance.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
+#include <vector>
 
 namespace vantor::vulkan {
 namespace {
@@ -11,6 +13,10 @@ namespace {
 constexpr const char* kValidationLayer = "VK_LAYER_KHRONOS_validation";
 /// How the layer's messages name an image that noteImported was told of.
 constexpr const char* kImportedName = "imported from another process";
+
+/// What lets pictures onto screens, of which an instance has those that its system offers.
+constexpr const char* kSurfaceExtensions[] = {"VK_KHR_surface", "VK_KHR_wayland_surface",
+                                              "VK_KHR_xcb_surface", "VK_KHR_xlib_surface"};
 
 bool isValidating() {
     static const bool validating = [] {
@@ -38,6 +44,27 @@ VKAPI_ATTR VkBool32 VKAPI_CALL takeMessage(VkDebugUtilsMessageSeverityFlagBitsEX
     return VK_FALSE;
 }
 
+bool isPresenting = false;
+
+std::vector<const char*> surfaceExtensions() {
+    if (!isPresenting) {
+        return {};
+    }
+    std::uint32_t count = 0;
+    vkEnumerateInstanceExtensionProperties(nullptr, &count, nullptr);
+    std::vector<VkExtensionProperties> offered(count);
+    vkEnumerateInstanceExtensionProperties(nullptr, &count, offered.data());
+    std::vector<const char*> names;
+    for (const char* name : kSurfaceExtensions) {
+        if (std::any_of(offered.begin(), offered.end(), [name](const auto& entry) {
+                return std::string_view(entry.extensionName) == name;
+            })) {
+            names.push_back(name);
+        }
+    }
+    return names;
+}
+
 VkInstance makeInstance() {
     VkApplicationInfo application{};
     application.sType = VK_STRUCTURE_TYPE_APPLICATION_INFO;
@@ -60,14 +87,15 @@ VkInstance makeInstance() {
     features.pNext = &messenger;
     features.enabledValidationFeatureCount = 1;
     features.pEnabledValidationFeatures = &kSynchronisation;
-    constexpr const char* kMessages = VK_EXT_DEBUG_UTILS_EXTENSION_NAME;
+    std::vector<const char*> extensions = surfaceExtensions();
     if (isValidating()) {
         info.pNext = &features;
         info.enabledLayerCount = 1;
         info.ppEnabledLayerNames = &kValidationLayer;
-        info.enabledExtensionCount = 1;
-        info.ppEnabledExtensionNames = &kMessages;
+        extensions.push_back(VK_EXT_DEBUG_UTILS_EXTENSION_NAME);
     }
+    info.enabledExtensionCount = static_cast<std::uint32_t>(extensions.size());
+    info.ppEnabledExtensionNames = extensions.data();
     VkInstance instance = VK_NULL_HANDLE;
     if (vkCreateInstance(&info, nullptr, &instance) != VK_SUCCESS) {
         return VK_NULL_HANDLE;
@@ -82,6 +110,8 @@ VkInstance makeInstance() {
 }
 
 } // namespace
+
+void enablePresentation() { isPresenting = true; }
 
 VkInstance sharedInstance() {
     static const VkInstance instance = makeInstance();

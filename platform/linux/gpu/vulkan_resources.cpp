@@ -94,10 +94,11 @@ bool DeviceImage::createImage(bool external) {
 
 bool DeviceImage::bind(VkDeviceMemory memory) {
     memory_ = memory;
-    if (memory_ == VK_NULL_HANDLE ||
-        vkBindImageMemory(context_->device(), image_, memory_, 0) != VK_SUCCESS) {
-        return false;
-    }
+    return memory_ != VK_NULL_HANDLE &&
+           vkBindImageMemory(context_->device(), image_, memory_, 0) == VK_SUCCESS && createView();
+}
+
+bool DeviceImage::createView() {
     constexpr VkImageUsageFlags kViewed =
         VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT | VK_IMAGE_USAGE_SAMPLED_BIT;
     if ((description_.usage & kViewed) == 0) {
@@ -164,9 +165,20 @@ std::unique_ptr<DeviceImage> DeviceImage::import(std::shared_ptr<Context> contex
     return image->bind(bound) ? std::move(image) : nullptr;
 }
 
+std::unique_ptr<DeviceImage> DeviceImage::borrow(std::shared_ptr<Context> context,
+                                                 const ImageDescription& description,
+                                                 VkImage image) {
+    std::unique_ptr<DeviceImage> borrowed(new DeviceImage(std::move(context), description));
+    borrowed->image_ = image;
+    borrowed->isBorrowed_ = true;
+    return borrowed->createView() ? std::move(borrowed) : nullptr;
+}
+
 DeviceImage::~DeviceImage() {
     vkDestroyImageView(context_->device(), view_, nullptr);
-    vkDestroyImage(context_->device(), image_, nullptr);
+    if (!isBorrowed_) {
+        vkDestroyImage(context_->device(), image_, nullptr);
+    }
     vkFreeMemory(context_->device(), memory_, nullptr);
 }
 

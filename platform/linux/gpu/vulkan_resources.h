@@ -56,6 +56,9 @@ class DeviceImage {
     static std::unique_ptr<DeviceImage> import(std::shared_ptr<Context> context,
                                                const ImageDescription& description,
                                                FileDescriptor memory, std::uint64_t memorySize);
+    /// An image that a swapchain owns, which must outlive this. Null when it can have no view.
+    static std::unique_ptr<DeviceImage> borrow(std::shared_ptr<Context> context,
+                                               const ImageDescription& description, VkImage image);
     ~DeviceImage();
     DeviceImage(const DeviceImage&) = delete;
     DeviceImage& operator=(const DeviceImage&) = delete;
@@ -82,9 +85,12 @@ class DeviceImage {
         : context_(std::move(context)), description_(description) {}
     bool createImage(bool external);
     bool bind(VkDeviceMemory memory);
+    /// True also for an image whose use needs none.
+    bool createView();
 
     std::shared_ptr<Context> context_;
     ImageDescription description_;
+    bool isBorrowed_ = false;
     VkImage image_ = VK_NULL_HANDLE;
     VkDeviceMemory memory_ = VK_NULL_HANDLE;
     VkImageView view_ = VK_NULL_HANDLE;

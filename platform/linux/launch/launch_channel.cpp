@@ -11,7 +11,10 @@ namespace vantor::launch {
 
 LaunchChannel::LaunchChannel(MainLoop& loop, FileDescriptor socket, ChannelHandlers handlers)
     : socket_(std::move(socket)), handlers_(std::move(handlers)),
-      watch_(loop.watch(socket_.descriptor(), EPOLLIN, [this](std::uint32_t) { drain(); })) {}
+      watch_(loop.watch(socket_.descriptor(), EPOLLIN, [this](std::uint32_t) { drain(); })) {
+    // A request for a display may follow the announcement of it on another socket.
+    watch_->comeFirst();
+}
 
 LaunchChannel::~LaunchChannel() = default;
 
@@ -36,6 +39,14 @@ bool LaunchChannel::requestOpen(std::string_view identifier) const {
     }
     std::copy(identifier.begin(), identifier.end(), record.identifier.begin());
     return socket_.send(record);
+}
+
+void LaunchChannel::tellLinks(std::uint32_t displayID, std::uint32_t frameRate) const {
+    LaunchRecord record{};
+    record.kind = Kind::links;
+    record.displayID = displayID;
+    record.frameRate = frameRate;
+    static_cast<void>(socket_.send(record));
 }
 
 void LaunchChannel::drain() {
@@ -83,6 +94,7 @@ bool LaunchChannel::handle(Received received) {
         return true;
     case Kind::attached:
     case Kind::open:
+    case Kind::links:
         break;
     }
     close("the agent sent a record that only the extension sends");

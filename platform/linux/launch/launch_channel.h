@@ -41,6 +41,9 @@ class LaunchChannel {
     /// Asks the agent to open an installed application; false when it cannot be asked. Any thread.
     [[nodiscard]] bool requestOpen(std::string_view identifier) const;
 
+    /// Tells the agent how fast the display's links run. An agent that cannot be told is gone.
+    void tellLinks(std::uint32_t displayID, std::uint32_t frameRate) const;
+
   private:
     void drain();
     bool handle(Received received);

@@ -197,7 +197,7 @@ void LaunchHost::drain() {
         }
         auto* received = std::get_if<Received>(&next);
         const Kind kind = received != nullptr ? received->record.kind : Kind{};
-        if (kind != Kind::attached && kind != Kind::open) {
+        if (kind != Kind::attached && kind != Kind::open && kind != Kind::links) {
             // An extension that closes its end, or talks nonsense, is of no more use; its end, when
             // it has come, is reported from its process.
             socketWatch_.reset();
@@ -207,8 +207,10 @@ void LaunchHost::drain() {
         }
         if (kind == Kind::attached) {
             handlers_.attached(received->record.contextID, std::move(received->descriptor));
-        } else if (handlers_.open) {
+        } else if (kind == Kind::open && handlers_.open) {
             handlers_.open(received->record.identifier.data());
+        } else if (kind == Kind::links && handlers_.links) {
+            handlers_.links(received->record.displayID, received->record.frameRate);
         }
     }
 }

@@ -29,6 +29,8 @@ struct HostHandlers {
     std::function<void(std::uint32_t contextID, FileDescriptor socket)> attached;
     /// The extension asks for an installed application to be opened. May be empty.
     std::function<void(const std::string& identifier)> open = {};
+    /// The display's links run at that rate from now on; 0: none runs. May be empty.
+    std::function<void(std::uint32_t displayID, std::uint32_t frameRate)> links = {};
     /// The process has ended; `how` reads "exited with status 1" or "was ended by signal 9".
     /// Called once, and nothing after it.
     std::function<void(const std::string& how)> ended;

@@ -15,6 +15,7 @@ bool isKnown(Kind kind) {
     case Kind::screens:
     case Kind::tick:
     case Kind::open:
+    case Kind::links:
         return true;
     }
     return false;

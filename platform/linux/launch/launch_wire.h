@@ -31,6 +31,10 @@ enum class Kind : std::uint32_t {
     /// Extension → agent: open the installed application `identifier`. A confined extension starts
     /// no programs, and what it started would be confined like it.
     open = 6,
+    /// Extension → agent: the display links of `displayID` run at `frameRate` from now on. Until
+    /// the
+    /// first word, and with a rate of 0, none runs, and the output needs no ticks.
+    links = 7,
 };
 
 struct ScreenRecord {
@@ -47,10 +51,12 @@ struct LaunchRecord {
     std::uint32_t contextID;
     std::uint32_t displayID;
     std::uint32_t screenCount;
+    /// Ticks a second at most.
+    std::uint32_t frameRate;
     std::array<ScreenRecord, kMaxScreens> screens;
     /// Ends with a zero.
     std::array<char, kIdentifierRoom> identifier;
 };
-static_assert(sizeof(LaunchRecord) == 16 + kMaxScreens * 16 + kIdentifierRoom);
+static_assert(sizeof(LaunchRecord) == 20 + kMaxScreens * 16 + kIdentifierRoom);
 
 } // namespace vantor::launch

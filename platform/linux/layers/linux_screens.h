@@ -6,6 +6,7 @@
 #include "platform/screens.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <vector>
@@ -19,8 +20,13 @@ class LinuxScreens : public Screens {
 
     std::vector<Screen*> screens() override;
 
+    /// Called with the rate at which a screen's links run, in ticks a second, whenever it is
+    /// another one; 0 when none runs.
+    using LinksChanged = std::function<void(std::uint32_t displayID, std::uint32_t frameRate)>;
+    void setLinksChanged(LinksChanged changed);
+
     /// Replaces the screens. Those that stay keep their display links; the links of those that go
-    /// deliver nothing any more.
+    /// deliver nothing until a screen of the same number is there again.
     void setScreens(std::span<const launch::ScreenRecord> records);
     /// The display shows a frame soon: its unpaused links tick.
     void tick(std::uint32_t displayID);
@@ -29,8 +35,14 @@ class LinuxScreens : public Screens {
     class LinuxScreen;
     class Link;
 
+    std::shared_ptr<LinuxScreen> screenOf(const launch::ScreenRecord& record);
+
     const MediaClock& clock_;
+    /// Shared with the screens, which links may keep beyond this.
+    std::shared_ptr<LinksChanged> linksChanged_ = std::make_shared<LinksChanged>();
     std::vector<std::shared_ptr<LinuxScreen>> screens_;
+    /// Those that went while links were left on them.
+    std::vector<std::weak_ptr<LinuxScreen>> gone_;
 };
 
 } // namespace vantor

@@ -45,6 +45,12 @@ Result<Done, std::string> LinuxAppExtensionRuntime::main(
             static_cast<void>(open->requestOpen(identifier));
         }
     });
+    consumers_.tellLinksThrough(
+        [weak = std::weak_ptr(channel)](std::uint32_t displayID, std::uint32_t frameRate) {
+            if (const auto agent = weak.lock()) {
+                agent->tellLinks(displayID, frameRate);
+            }
+        });
     if (const int status = loop_.run(); status != EXIT_SUCCESS) {
         return Failure{"the main loop ended with status " + std::to_string(status)};
     }

@@ -30,6 +30,9 @@ struct LaunchConsumers {
     /// Called once, before there is a connection, with what asks the agent to open an application;
     /// that may be called on any thread.
     std::function<void(std::function<void(const std::string& identifier)>)> openThrough;
+    /// Called once likewise, with what tells the agent how fast a display's links run; main thread.
+    std::function<void(std::function<void(std::uint32_t displayID, std::uint32_t frameRate)>)>
+        tellLinksThrough;
 };
 
 class LinuxAppExtensionRuntime : public AppExtensionRuntime {

@@ -1,8 +1,8 @@
 #include "platform/linux/system/logind_session.h"
 
+#include "platform/linux/system/bus_properties.h"
 #include "platform/unified_log.h"
 
-#include <string_view>
 #include <utility>
 
 namespace vantor {
@@ -12,35 +12,9 @@ constexpr const char* kService = "org.freedesktop.login1";
 constexpr const char* kManagerPath = "/org/freedesktop/login1";
 constexpr const char* kManager = "org.freedesktop.login1.Manager";
 constexpr const char* kSession = "org.freedesktop.login1.Session";
-constexpr const char* kProperties = "org.freedesktop.DBus.Properties";
 constexpr const char* kLockedHint = "LockedHint";
 /// The caller's own session, or else the one that the caller's user sees.
 constexpr const char* kOwnSession = "auto";
-
-/// The LockedHint of a "PropertiesChanged", in which it need not stand.
-std::optional<bool> changedHint(sd_bus_message* message) {
-    const char* interface = nullptr;
-    if (sd_bus_message_read(message, "s", &interface) < 0 ||
-        std::string_view(interface) != kSession ||
-        sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{sv}") < 0) {
-        return std::nullopt;
-    }
-    while (sd_bus_message_enter_container(message, SD_BUS_TYPE_DICT_ENTRY, "sv") > 0) {
-        const char* name = nullptr;
-        if (sd_bus_message_read(message, "s", &name) < 0) {
-            return std::nullopt;
-        }
-        int hint = 0;
-        if (std::string_view(name) == kLockedHint) {
-            return sd_bus_message_read(message, "v", "b", &hint) > 0 ? std::optional(hint != 0)
-                                                                     : std::nullopt;
-        }
-        if (sd_bus_message_skip(message, "v") < 0 || sd_bus_message_exit_container(message) < 0) {
-            return std::nullopt;
-        }
-    }
-    return std::nullopt;
-}
 
 } // namespace
 
@@ -68,24 +42,17 @@ int LogindSession::gotSession(sd_bus_message* reply, void* data, sd_bus_error*) 
 }
 
 int LogindSession::follow(sd_bus* bus, const char* path) {
-    const struct {
-        const char* interface;
-        const char* member;
-        sd_bus_message_handler_t handler;
-    } signals[] = {
-        {kSession, "Lock", locked},
-        {kSession, "Unlock", unlocked},
-        {kProperties, "PropertiesChanged", propertiesChanged},
-    };
-    for (const auto& [interface, member, handler] : signals) {
-        if (const int status = sd_bus_match_signal_async(bus, nullptr, kService, path, interface,
+    const std::pair<const char*, sd_bus_message_handler_t> signals[] = {{"Lock", locked},
+                                                                        {"Unlock", unlocked}};
+    for (const auto& [member, handler] : signals) {
+        if (const int status = sd_bus_match_signal_async(bus, nullptr, kService, path, kSession,
                                                          member, handler, nullptr, this);
             status < 0) {
             return status;
         }
     }
-    return sd_bus_call_method_async(bus, nullptr, kService, path, kProperties, "Get", gotHint, this,
-                                    "ss", kSession, kLockedHint);
+    return followProperty(bus, {kService, path, kSession, kLockedHint}, propertiesChanged, gotHint,
+                          this);
 }
 
 int LogindSession::locked(sd_bus_message*, void* data, sd_bus_error*) {
@@ -99,17 +66,15 @@ int LogindSession::unlocked(sd_bus_message*, void* data, sd_bus_error*) {
 }
 
 int LogindSession::propertiesChanged(sd_bus_message* message, void* data, sd_bus_error*) {
-    if (const auto hint = changedHint(message)) {
+    if (const auto hint = changedBoolean(message, kSession, kLockedHint)) {
         static_cast<LogindSession*>(data)->observer_.changed(*hint);
     }
     return 0;
 }
 
 int LogindSession::gotHint(sd_bus_message* reply, void* data, sd_bus_error*) {
-    int hint = 0;
-    if (sd_bus_message_is_method_error(reply, nullptr) == 0 &&
-        sd_bus_message_read(reply, "v", "b", &hint) > 0) {
-        static_cast<LogindSession*>(data)->observer_.found(hint != 0);
+    if (const auto hint = booleanReply(reply)) {
+        static_cast<LogindSession*>(data)->observer_.found(*hint);
     }
     return 0;
 }

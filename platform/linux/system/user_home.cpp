@@ -6,9 +6,34 @@
 #include <vector>
 
 namespace vantor {
+namespace {
+
+std::optional<std::filesystem::path> givenHome() {
+    const char* home = std::getenv("VANTOR_USER_HOME");
+    return home != nullptr && *home != '\0' ? std::optional<std::filesystem::path>(home)
+                                            : std::nullopt;
+}
+
+/// What a variable names; the specification has relative paths ignored.
+std::optional<std::filesystem::path> folderIn(const char* variable) {
+    const char* folder = std::getenv(variable);
+    return folder != nullptr && *folder == '/' && !givenHome()
+               ? std::optional<std::filesystem::path>(folder)
+               : std::nullopt;
+}
+
+std::optional<std::filesystem::path> folderIn(const char* variable, const char* belowHome) {
+    if (auto folder = folderIn(variable)) {
+        return folder;
+    }
+    const auto home = userHome();
+    return home ? std::optional(*home / belowHome) : std::nullopt;
+}
+
+} // namespace
 
 std::optional<std::filesystem::path> userHome() {
-    if (const char* home = std::getenv("VANTOR_USER_HOME"); home != nullptr && *home != '\0') {
+    if (auto home = givenHome()) {
         return home;
     }
     const long suggested = sysconf(_SC_GETPW_R_SIZE_MAX);
@@ -21,5 +46,15 @@ std::optional<std::filesystem::path> userHome() {
     }
     return found->pw_dir;
 }
+
+std::optional<std::filesystem::path> userConfigurationFolder() {
+    return folderIn("XDG_CONFIG_HOME", ".config");
+}
+
+std::optional<std::filesystem::path> userStateFolder() {
+    return folderIn("XDG_STATE_HOME", ".local/state");
+}
+
+std::optional<std::filesystem::path> userRuntimeFolder() { return folderIn("XDG_RUNTIME_DIR"); }
 
 } // namespace vantor

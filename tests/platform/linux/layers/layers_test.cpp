@@ -3,6 +3,7 @@
 
 #include "agent/host/compositor.h"
 #include "agent/host/hosted_context.h"
+#include "agent/host/memory_canvas.h"
 #include "platform/linux/layers/layer_wire.h"
 #include "platform/linux/layers/linux_layers.h"
 #include "platform/linux/system/linux_images.h"
@@ -92,17 +93,18 @@ class LayersTest : public testing::Test {
         EXPECT_TRUE(socket);
         return std::make_unique<agent::HostedContext>(
             loop, hostGPU, std::move(*socket),
-            agent::ContextHandlers{.changed = [this] { ++changes; },
-                                   .frameArrived = [this] { ++frames; },
+            agent::ContextHandlers{.frameArrived = [this] { ++frames; },
+                                   .changed = [this] { ++changes; },
                                    .ended = [this](const std::string& why) { ended = why; }});
     }
 
     /// The composited picture.
     std::vector<std::uint8_t> picture(const agent::HostedContext& hosted, double scale = 1) {
-        auto compositor = agent::Compositor::create(hostGPU, kWidth, kHeight);
-        EXPECT_TRUE(compositor->compose(hosted, scale));
+        auto compositor = agent::Compositor::create(hostGPU);
+        auto canvas = agent::MemoryCanvas::create(hostGPU, kWidth, kHeight);
+        EXPECT_TRUE(compositor->compose(*canvas->begin(), {.context = &hosted, .scale = scale}));
         std::vector<std::uint8_t> bytes(std::size_t{kWidth} * kHeight * 4);
-        EXPECT_TRUE(compositor->read(bytes));
+        EXPECT_TRUE(canvas->read(bytes));
         return bytes;
     }
     /// Its pixel as red, green, blue.
@@ -667,8 +669,8 @@ class HostedContextTest : public LayersTest {
         socket = std::make_unique<layerwire::RecordSocket>(FileDescriptor(ends[0]));
         hosted = std::make_unique<agent::HostedContext>(
             loop, hostGPU, FileDescriptor(ends[1]),
-            agent::ContextHandlers{.changed = [] {},
-                                   .frameArrived = [] {},
+            agent::ContextHandlers{.frameArrived = [] {},
+                                   .changed = [] {},
                                    .ended = [this](const std::string& why) { ended = why; }});
     }
 

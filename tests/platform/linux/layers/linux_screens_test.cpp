@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <utility>
+#include <vector>
 
 namespace vantor {
 namespace {
@@ -12,6 +14,9 @@ class SteppedClock : public MediaClock {
     double now() const override { return time; }
     double time = 100;
 };
+
+/// Display and rate.
+using Rates = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
 
 class LinuxScreensTest : public testing::Test {
   protected:
@@ -34,6 +39,7 @@ class LinuxScreensTest : public testing::Test {
     SteppedClock clock;
     LinuxScreens screens{clock};
     int ticks = 0;
+    Rates told;
 };
 
 TEST_F(LinuxScreensTest, AScreensTicksReachItsLinksAndNoOthers) {
@@ -89,6 +95,40 @@ TEST_F(LinuxScreensTest, LinksOfAScreenThatStaysGoOnAndThoseOfOneThatGoesAreSile
     EXPECT_EQ(ticks, 1);
     EXPECT_EQ(screens.screens().size(), 1U);
     EXPECT_EQ(screens.screens()[0]->number(), 1U);
+}
+
+TEST_F(LinuxScreensTest, LinksOfAScreenThatComesBackTickAgain) {
+    const auto one = link(1);
+    announce({1});
+    announce({1, 2});
+    screens.tick(2);
+    EXPECT_EQ(ticks, 1);
+}
+
+TEST_F(LinuxScreensTest, TheRateOfAScreensLinksIsToldWheneverItChanges) {
+    screens.setLinksChanged(
+        [this](std::uint32_t display, std::uint32_t rate) { told.emplace_back(display, rate); });
+    auto one = link();
+    one->setPreferredFrameRateRange({.minimum = 10, .maximum = 30, .preferred = 30});
+    one->setPreferredFrameRateRange({.minimum = 20, .maximum = 30, .preferred = 30});
+    auto other = link();
+    other->setPreferredFrameRateRange({.minimum = 30, .maximum = 120, .preferred = 120});
+    EXPECT_EQ(told, (Rates{{1, 60}, {1, 30}, {1, 60}}));
+    told.clear();
+    other->setPaused(true);
+    one.reset();
+    other->setPaused(false);
+    other->invalidate();
+    EXPECT_EQ(told, (Rates{{1, 30}, {1, 0}, {1, 60}, {1, 0}}));
+}
+
+TEST_F(LinuxScreensTest, TheRateIsToldToWhoComesLaterAndForAScreenThatComesBack) {
+    const auto one = link(1);
+    screens.setLinksChanged(
+        [this](std::uint32_t display, std::uint32_t rate) { told.emplace_back(display, rate); });
+    announce({1});
+    announce({1, 2});
+    EXPECT_EQ(told, (Rates{{2, 60}, {2, 60}}));
 }
 
 TEST_F(LinuxScreensTest, ALinkMayDropItselfAndOthersWhileItTicks) {

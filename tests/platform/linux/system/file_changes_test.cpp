@@ -84,6 +84,48 @@ TEST_F(FileChangesTest, ALinksTargetIsWatchedWithItAlsoAfterItPointsElsewhere) {
     EXPECT_EQ(changes(), 1);
 }
 
+TEST_F(FileChangesTest, ALinkThatTakesTheNameIsSeenAtOnce) {
+    save("target");
+    watch("link");
+    create_symlink(path("target"), path("link"));
+    EXPECT_EQ(changes(), 1);
+    std::filesystem::remove(path("link"));
+    EXPECT_EQ(changes(), 1);
+    create_hard_link(path("target"), path("link"));
+    EXPECT_EQ(changes(), 1);
+}
+
+TEST_F(FileChangesTest, AFileThatIsMadeIsSeenWhenItIsWritten) {
+    watch("file");
+    std::ofstream writer(path("file"));
+    EXPECT_EQ(changes(), 0);
+    writer.close();
+    EXPECT_EQ(changes(), 1);
+}
+
+TEST_F(FileChangesTest, AFolderComesAndGoes) {
+    watch("folder");
+    create_directory(path("folder"));
+    EXPECT_EQ(changes(), 1);
+    save("folder/file");
+    EXPECT_EQ(changes(), 0);
+    std::filesystem::remove_all(path("folder"));
+    EXPECT_EQ(changes(), 1);
+}
+
+TEST_F(FileChangesTest, TheEndOfItsFolderIsSaidOnce) {
+    create_directory(path("one"));
+    watch("one/file");
+    rename(path("one"), path("other"));
+    EXPECT_EQ(changes(), 1);
+
+    create_directory(path("two"));
+    watch("two/file");
+    std::filesystem::remove(path("two"));
+    EXPECT_EQ(changes(), 1);
+    EXPECT_EQ(changes(), 0);
+}
+
 TEST_F(FileChangesTest, AFolderThatIsNotThereIsRefused) {
     MainLoop loop;
     const auto watched = FileChanges::watch(loop, path("missing/file"), [] {});

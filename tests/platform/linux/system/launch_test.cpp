@@ -111,7 +111,7 @@ TEST_F(LaunchChannelTest, HandsOnWhatTheAgentSaysAndAnswersAttachments) {
 TEST_F(LaunchChannelTest, APacketOfAnotherSizeClosesTheWire) {
     open();
     sendRaw("short", 5);
-    EXPECT_EQ(reason, "a launch packet of 5 bytes is not the 400 of a record");
+    EXPECT_EQ(reason, "a launch packet of 5 bytes is not the 404 of a record");
 }
 
 TEST_F(LaunchChannelTest, ALargerPacketClosesTheWire) {
@@ -154,6 +154,17 @@ TEST_F(LaunchChannelTest, TheAgentIsAskedToOpenAnApplicationByItsWholeIdentifier
     EXPECT_EQ(std::get<Received>(asked).record.kind, Kind::open);
     EXPECT_STREQ(std::get<Received>(asked).record.identifier.data(), "com.nimbara.app");
     EXPECT_TRUE(std::holds_alternative<Nothing>(agent.receive()));
+}
+
+TEST_F(LaunchChannelTest, TheAgentIsToldHowFastADisplaysLinksRun) {
+    open();
+    const LaunchSocket agent(std::move(pair.agent));
+    channel->tellLinks(3, 30);
+    auto told = agent.receive();
+    ASSERT_TRUE(std::holds_alternative<Received>(told));
+    EXPECT_EQ(std::get<Received>(told).record.kind, Kind::links);
+    EXPECT_EQ(std::get<Received>(told).record.displayID, 3U);
+    EXPECT_EQ(std::get<Received>(told).record.frameRate, 30U);
 }
 
 TEST_F(LaunchChannelTest, ADescriptorWhereNoneBelongsClosesTheWire) {

@@ -102,6 +102,51 @@ TEST(MainLoop, AWatchMayDestroyItselfAndCanBeSuspended) {
     close(ends[1]);
 }
 
+TEST(MainLoop, AWatchThatComesFirstIsCalledBeforeWorkThatWasPostedEarlier) {
+    for (int round = 0; round < 20; ++round) {
+        MainLoop loop;
+        int ends[2];
+        ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends), 0);
+        std::string order;
+        const auto watch = loop.watch(ends[0], EPOLLIN, [&](std::uint32_t) {
+            char byte = 0;
+            EXPECT_EQ(read(ends[0], &byte, 1), 1);
+            order += byte;
+        });
+        watch->comeFirst();
+        loop.async([&] {
+            order += 'p';
+            loop.stop(0);
+        });
+        ASSERT_EQ(write(ends[1], "w", 1), 1);
+        loop.run();
+        EXPECT_EQ(order, "wp");
+        close(ends[0]);
+        close(ends[1]);
+    }
+}
+
+TEST(MainLoop, AnAlarmRunsOnceForEachTimeItIsSetAndMayDestroyItself) {
+    MainLoop loop;
+    int calls = 0;
+    std::unique_ptr<Alarm> alarm;
+    alarm = loop.alarm([&] {
+        if (++calls < 3) {
+            alarm->set(0.001);
+            return;
+        }
+        alarm.reset();
+        loop.stop(0);
+    });
+    const auto cancelled = loop.alarm([&] { calls = 99; });
+    cancelled->set(0.001);
+    cancelled->cancel();
+    alarm->set(5);
+    alarm->set(0.001);
+    loop.run();
+    EXPECT_EQ(calls, 3);
+}
+
 TEST(MainLoop, EndsItsTurnsAfterWorkAndNotWhileItIsIdle) {
     MainLoop loop;
     int turns = 0;

@@ -1,11 +1,13 @@
-#include "tools/whole_file.h"
+#include "platform/linux/whole_file.h"
 
 #include "tests/support/temporary_folder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <iterator>
+#include <sys/stat.h>
 
 namespace vantor {
 namespace {
@@ -36,6 +38,50 @@ TEST_F(WholeFileTest, AReplacedFileKeepsItsPermissions) {
     ASSERT_TRUE(replace(file(), "new"));
     EXPECT_EQ(textOf(file()), "new");
     EXPECT_EQ(status(file()).permissions(), perms(0600));
+}
+
+TEST_F(WholeFileTest, ANewFileCanBeItsOwnersAlone) {
+    ASSERT_TRUE(replaceFile(file(), {}, Readers::owner));
+    EXPECT_EQ(status(file()).permissions(), perms(0600));
+}
+
+TEST_F(WholeFileTest, AFileIsReadUpToTheLimit) {
+    ASSERT_TRUE(replace(file(), "12345"));
+    EXPECT_EQ(*readFile(file(), 5), "12345");
+    EXPECT_EQ(readFile(file(), 4).error(),
+              file().string() + ": a file of more than 4 bytes exceeds the limit");
+    ASSERT_TRUE(replace(file(), ""));
+    EXPECT_EQ(*readFile(file(), 0), "");
+}
+
+TEST_F(WholeFileTest, AFileWhoseSizeIsNotKnownBeforehandIsReadWhole) {
+    EXPECT_THAT(readFile("/proc/self/status", 1U << 20U)->value(), testing::HasSubstr("\nUid:"));
+}
+
+TEST_F(WholeFileTest, AFileThatIsNotThereHoldsNothing) {
+    EXPECT_EQ(*readFile(file(), 5), std::nullopt);
+    EXPECT_EQ(*readFile(file("missing/file"), 5), std::nullopt);
+    ASSERT_TRUE(replace(file(), "no folder"));
+    EXPECT_EQ(*readFile(file() / "file", 5), std::nullopt);
+}
+
+TEST_F(WholeFileTest, WhatIsNoRegularFileIsNotRead) {
+    ASSERT_EQ(mkfifo(file().c_str(), 0600), 0);
+    EXPECT_EQ(readFile(file(), 5).error(), file().string() + ": this is no regular file");
+    EXPECT_EQ(readFile(file().parent_path(), 5).error(),
+              file().parent_path().string() + ": this is no regular file");
+}
+
+TEST_F(WholeFileTest, APrivateFolderIsMadeWithThoseAboveIt) {
+    const auto folder = file("one") / "two" / "three";
+    ASSERT_TRUE(makePrivateFolder(folder));
+    EXPECT_EQ(status(folder).permissions(), perms(0700));
+    EXPECT_EQ(status(file("one")).permissions(), perms(0700));
+    permissions(folder, perms(0750));
+    ASSERT_TRUE(makePrivateFolder(folder));
+    EXPECT_EQ(status(folder).permissions(), perms(0750));
+    ASSERT_TRUE(replace(file(), "no folder"));
+    EXPECT_EQ(makePrivateFolder(file() / "folder").error(), file().string() + ": Not a directory");
 }
 
 TEST_F(WholeFileTest, ASymbolicLinkStaysOneAndItsTargetIsReplaced) {

@@ -1,5 +1,8 @@
-#include "tools/whole_file.h"
+#include "platform/linux/whole_file.h"
 
+#include "platform/linux/file_descriptor.h"
+
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -16,7 +19,6 @@ namespace vantor {
 namespace {
 
 constexpr std::chrono::milliseconds kLockRetry{10};
-constexpr mode_t kNewFileMode = 0644;
 
 Failure<std::string> failure(const std::filesystem::path& file, int error) {
     return Failure{file.string() + ": " + std::strerror(error)};
@@ -54,10 +56,11 @@ class TemporaryFile {
         return true;
     }
 
-    bool takePermissionsOf(const std::filesystem::path& target) {
+    bool takePermissionsOf(const std::filesystem::path& target, Readers readers) {
         struct stat old {};
         const bool exists = ::stat(target.c_str(), &old) == 0;
-        return ::fchmod(descriptor_, exists ? old.st_mode & ALLPERMS : kNewFileMode) == 0;
+        const mode_t fresh = readers == Readers::everybody ? 0644 : 0600;
+        return ::fchmod(descriptor_, exists ? old.st_mode & ALLPERMS : fresh) == 0;
     }
 
     bool replace(const std::filesystem::path& target) {
@@ -115,6 +118,65 @@ FolderLock::~FolderLock() {
     }
 }
 
+Result<std::optional<std::string>, std::string> readFile(const std::filesystem::path& file,
+                                                         std::size_t limit) {
+    // A pipe is opened at once, too, and then refused.
+    const FileDescriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!opened && (errno == ENOENT || errno == ENOTDIR)) {
+        return std::optional<std::string>();
+    }
+    struct stat what {};
+    if (!opened || ::fstat(opened.get(), &what) != 0) {
+        return failure(file, errno);
+    }
+    if (!S_ISREG(what.st_mode)) {
+        return Failure{file.string() + ": this is no regular file"};
+    }
+    std::string text(std::min(static_cast<std::size_t>(what.st_size), limit) + 1, '\0');
+    std::size_t size = 0;
+    while (true) {
+        const ssize_t count = ::read(opened.get(), text.data() + size, text.size() - size);
+        if (count < 0 && errno != EINTR) {
+            return failure(file, errno);
+        }
+        size += count < 0 ? 0 : static_cast<std::size_t>(count);
+        if (size > limit) {
+            return Failure{file.string() + ": a file of more than " + std::to_string(limit) +
+                           " bytes exceeds the limit"};
+        }
+        if (count == 0) {
+            text.resize(size);
+            return std::optional(std::move(text));
+        }
+        if (size == text.size()) {
+            // It grew while it was read.
+            text.resize(limit + 1);
+        }
+    }
+}
+
+Result<Done, std::string> makePrivateFolder(const std::filesystem::path& folder) {
+    std::error_code status;
+    if (std::filesystem::is_directory(folder, status)) {
+        return Done{};
+    }
+    if (folder.has_parent_path() && folder.parent_path() != folder) {
+        if (auto above = makePrivateFolder(folder.parent_path()); !above) {
+            return above;
+        }
+    }
+    if (::mkdir(folder.c_str(), 0700) == 0) {
+        return Done{};
+    }
+    const int error = errno;
+    if (error != EEXIST) {
+        return failure(folder, error);
+    }
+    // Somebody else may just have made it.
+    return std::filesystem::is_directory(folder, status) ? Result<Done, std::string>(Done{})
+                                                         : failure(folder, ENOTDIR);
+}
+
 Result<Done, std::string> canReplaceFile(const std::filesystem::path& file) {
     std::error_code ignored;
     if (std::filesystem::is_directory(file, ignored)) {
@@ -127,7 +189,7 @@ Result<Done, std::string> canReplaceFile(const std::filesystem::path& file) {
 }
 
 Result<Done, std::string> replaceFile(const std::filesystem::path& file,
-                                      std::span<const std::uint8_t> bytes) {
+                                      std::span<const std::uint8_t> bytes, Readers readers) {
     std::error_code status;
     std::filesystem::path target = file;
     if (std::filesystem::is_symlink(file, status)) {
@@ -137,7 +199,7 @@ Result<Done, std::string> replaceFile(const std::filesystem::path& file,
         }
     }
     TemporaryFile temporary(target);
-    if (!temporary.write(bytes) || !temporary.takePermissionsOf(target) ||
+    if (!temporary.write(bytes) || !temporary.takePermissionsOf(target, readers) ||
         !temporary.replace(target)) {
         return failure(file, errno);
     }

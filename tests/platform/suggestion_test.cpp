@@ -1,4 +1,4 @@
-#include "tools/suggestion.h"
+#include "platform/suggestion.h"
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,10 @@
 #include "platform/result.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -34,11 +36,25 @@ class FolderLock {
 /// error is a sentence that names the file.
 Result<Done, std::string> canReplaceFile(const std::filesystem::path& file);
 
+/// What a file holds, at most `limit` bytes; nothing when there is no such file. Only a regular
+/// file is read, since reading another may wait for ever. The error is a sentence that names the
+/// file.
+Result<std::optional<std::string>, std::string> readFile(const std::filesystem::path& file,
+                                                         std::size_t limit);
+
+/// Makes a folder, with those above it that are missing, for its owner alone; one that is there
+/// stays as it is. The error is a sentence that names the folder.
+Result<Done, std::string> makePrivateFolder(const std::filesystem::path& folder);
+
+/// Who may read a file that was not there before.
+enum class Readers { everybody, owner };
+
 /// Gives `file` the content `bytes` in one step: a reader sees the old content or the new one, and
 /// so does whoever looks after a power failure. The folder must exist; an old file's permissions
 /// stay, and a symbolic link stays one. The error is a sentence that names the file; the old file
 /// then stands.
 Result<Done, std::string> replaceFile(const std::filesystem::path& file,
-                                      std::span<const std::uint8_t> bytes);
+                                      std::span<const std::uint8_t> bytes,
+                                      Readers readers = Readers::everybody);
 
 } // namespace vantor
