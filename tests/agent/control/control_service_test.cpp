@@ -321,6 +321,14 @@ TEST_F(ControlServiceTest, WithNeitherBusNorSocketSaysWhyNobodyCouldAsk) {
                           "socket; no session bus: "));
 }
 
+TEST_F(ControlServiceTest, AsksNothingOfAControllerThatIsStillBeingStarted) {
+    serve(socketFile());
+    service_->notifyChanged();
+    EXPECT_EQ(controller_.statusCalls, 0);
+    loop_.turn();
+    EXPECT_GT(controller_.statusCalls, 0);
+}
+
 TEST_F(ControlServiceTest, IsOneForASocketAndSaysWhoHasIt) {
     serve(socketFile());
     const auto second = create(socketFile());
