@@ -21,6 +21,8 @@ class BackgroundOutput final : public Output {
     void requestRefresh() override;
     void willPresent() override;
 
+    /// What frames are presented on.
+    wl_surface* surface() const { return surface_.surface(); }
     bool isClosed() const { return surface_.isClosed(); }
     /// Nothing before the first configuration.
     std::optional<SurfaceFacts> facts() const { return surface_.facts(); }
