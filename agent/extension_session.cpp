@@ -1,13 +1,12 @@
 #include "agent/extension_session.h"
 
+#include "agent/host_application.h"
 #include "agent/kit/kit_classes.h"
 
 #include "platform/bundle.h"
 #include "platform/platform.h"
 
 namespace vantor::agent {
-
-const char* const kHostApplication = "com.nimbara.app";
 
 namespace {
 
@@ -53,6 +52,7 @@ ExtensionSession::start(MainLoop& loop, const launch::LaunchRequest& request,
                      open();
                  }
              },
+         .links = std::move(handlers.links),
          .ended = std::move(handlers.ended)});
     if (!host) {
         return Failure{host.error()};

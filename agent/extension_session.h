@@ -24,9 +24,6 @@ class Platform;
 
 namespace vantor::agent {
 
-/// The identifier of the application that the extension belongs to.
-extern const char* const kHostApplication;
-
 /// How to start the extension of a bundle folder: with a home of its own under the user's.
 launch::LaunchRequest extensionLaunch(Platform& platform, std::filesystem::path bundle);
 
@@ -37,6 +34,8 @@ struct SessionHandlers {
     std::function<void(const std::string& how)> ended;
     /// The extension asks for the application that it belongs to to be opened. May be empty.
     std::function<void()> openHostApplication = {};
+    /// A display's links run at that rate from now on; 0: none runs. May be empty.
+    std::function<void(std::uint32_t displayID, std::uint32_t frameRate)> links = {};
     /// The extension offers something else in the picker from now on. May be empty.
     std::function<void(Picker picker)> pickerChanged = {};
 };
@@ -67,6 +66,10 @@ class ExtensionSession {
     /// Asks for the remote context's socket; the answer is `attached`. False when the extension is
     /// gone.
     [[nodiscard]] bool attach(std::uint32_t contextID) { return host_->attach(contextID); }
+    /// The displays that there are now. False when the extension is gone.
+    [[nodiscard]] bool setScreens(std::span<const launch::ScreenRecord> screens) {
+        return host_->setScreens(screens);
+    }
     /// The display is about to show a frame.
     void tick(std::uint32_t displayID);
 

@@ -1,10 +1,19 @@
 #include "agent/run_options.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
+#include <utility>
 
 namespace vantor::agent {
 namespace {
+
+constexpr std::pair<std::string_view, OutputKind> kKinds[] = {
+    {"headless", OutputKind::headless},
+    {"window", OutputKind::window},
+    {"background", OutputKind::background},
+};
 
 template <typename Number>
 bool parseWhole(std::string_view text, Number& out) {
@@ -40,17 +49,24 @@ Result<DisplayMode, std::string> parseMode(std::string_view text) {
 
 } // namespace
 
-Result<std::vector<DisplayMode>, std::string> parseOutput(std::string_view text) {
+Result<OutputRequest, std::string> parseOutput(std::string_view text) {
     const auto colon = text.find(':');
-    const std::string_view kind = text.substr(0, colon);
-    if (kind != "headless") {
-        return Failure{"output \"" + std::string(kind) + "\" is not known (headless is)"};
+    const std::string_view name = text.substr(0, colon);
+    const auto known = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                    [name](const auto& entry) { return entry.first == name; });
+    if (known == std::end(kKinds)) {
+        return Failure{"output \"" + std::string(name) +
+                       "\" is not known (headless, window and background are)"};
     }
-    std::vector<DisplayMode> displays;
+    OutputRequest request{.kind = known->second};
     if (colon == std::string_view::npos) {
-        displays.emplace_back();
-        return displays;
+        return request;
     }
+    if (request.kind == OutputKind::background) {
+        return Failure{
+            std::string("output background takes no sizes: its displays have their own")};
+    }
+    request.displays.clear();
     std::string_view list = text.substr(colon + 1);
     while (true) {
         const auto comma = list.find(',');
@@ -58,15 +74,24 @@ Result<std::vector<DisplayMode>, std::string> parseOutput(std::string_view text)
         if (!mode) {
             return Failure{mode.error()};
         }
-        if (displays.size() == kMaxDisplays) {
+        if (request.displays.size() == kMaxDisplays) {
             return Failure{"more than " + std::to_string(kMaxDisplays) + " displays are given"};
         }
-        displays.push_back(*mode);
+        request.displays.push_back(*mode);
         if (comma == std::string_view::npos) {
-            return displays;
+            return request;
         }
         list.remove_prefix(comma + 1);
     }
+}
+
+OutputRequest defaultOutput() {
+    const auto isSet = [](const char* name) {
+        const char* value = std::getenv(name);
+        return value != nullptr && *value != '\0';
+    };
+    return {.kind = isSet("WAYLAND_DISPLAY") || isSet("DISPLAY") ? OutputKind::window
+                                                                 : OutputKind::headless};
 }
 
 Result<std::pair<std::uint32_t, std::string>, std::string> parseChoice(std::string_view text) {

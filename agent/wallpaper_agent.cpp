@@ -1,14 +1,19 @@
 #include "agent/wallpaper_agent.h"
 
-#include "platform/images.h"
-#include "platform/linux/gpu/vulkan_context.h"
-#include "platform/media_clock.h"
+#include "agent/complaint.h"
+#include "agent/configuration/configuration_file.h"
+#include "agent/configuration/output_settings.h"
+#include "agent/host_application.h"
+#include "agent/memory/memory_file.h"
+#include "agent/output/output_backends.h"
+#include "platform/linux/gpu/vulkan_instance.h"
+#include "platform/notifications.h"
 #include "platform/platform.h"
-#include "platform/workspace.h"
 
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <utility>
 
 namespace vantor::agent {
 namespace {
@@ -19,17 +24,23 @@ constexpr double kPictureInterval = 1.0;
 constexpr double kPictureMargin = 0.25;
 /// How long the extension may take to answer that it released the wallpapers.
 constexpr double kReleaseSeconds = 2.0;
-/// Between two openings of the host application that the extension asks for.
-constexpr double kOpenInterval = 1.0;
 
-void complain(const std::string& sentence) {
-    std::fprintf(stderr, "vantor-agent: %s\n", sentence.c_str());
-}
+constexpr std::string_view kLocked = "locked";
+/// On the desktop: moving and not.
+constexpr std::string_view kIdle = "idle";
+constexpr std::string_view kDefault = "default";
 
 } // namespace
 
 WallpaperAgent::WallpaperAgent(Platform& platform, MainLoop& loop, RunOptions options)
-    : platform_(platform), loop_(loop), options_(std::move(options)) {}
+    : platform_(platform), loop_(loop), options_(std::move(options)),
+      choices_(options_.choices, memory_, fingerprintOf),
+      gpuAlarm_(loop.alarm([this] { replaceGPU(); })),
+      isLocked_(options_.presentationMode == kLocked) {
+    if (!isLocked_) {
+        unlockedMode_ = options_.presentationMode;
+    }
+}
 
 WallpaperAgent::~WallpaperAgent() = default;
 
@@ -41,137 +52,203 @@ RunStatus WallpaperAgent::run() {
         complain(started.error());
         return RunStatus::failed;
     }
-    const auto status = static_cast<RunStatus>(loop_.run());
-    refreshTimer_.reset();
+    auto status = static_cast<RunStatus>(loop_.run());
+    if (status == RunStatus::done && supervisor_->session() == nullptr) {
+        status = RunStatus::extensionEnded;
+    }
     printSummary();
-    // The extension is waited for before its displays go.
-    session_.reset();
-    const bool troubled =
-        pictureLost_ || std::any_of(displays_.begin(), displays_.end(), [](const auto& display) {
-            return !display->trouble().empty();
-        });
+    control_.reset();
+    // The extension is waited for before its displays go, and they go before their outputs.
+    supervisor_.reset();
+    const bool troubled = isTroubled();
+    shown_.clear();
+    backend_.reset();
     return status == RunStatus::done && troubled ? RunStatus::failed : status;
 }
 
 Result<Done, std::string> WallpaperAgent::start() {
-    if (auto made = makeDisplays(); !made) {
-        return made;
+    if (options_.output.kind != OutputKind::headless) {
+        vulkan::enablePresentation();
     }
-    std::vector<launch::ScreenRecord> screens;
-    for (const auto& display : displays_) {
-        screens.push_back({.displayID = display->number(),
-                           .width = display->mode().width,
-                           .height = display->mode().height,
-                           .refreshRate = options_.refreshRate});
+    auto gpu = vulkan::Context::create();
+    if (!gpu) {
+        return Failure{gpu.error()};
     }
-    auto session = ExtensionSession::start(
-        loop_, extensionLaunch(platform_, options_.extension), screens,
-        {.attached = [this](std::uint32_t contextID,
-                            FileDescriptor socket) { attached(contextID, std::move(socket)); },
-         .ended =
-             [this](const std::string& how) {
-                 complain("the extension " + how);
-                 loop_.stop(static_cast<int>(RunStatus::extensionEnded));
-             },
-         .openHostApplication = [this] { openHostApplication(); }});
-    if (!session) {
-        return Failure{session.error()};
-    }
-    session_ = std::move(*session);
-    for (const auto& display : displays_) {
-        acquire(*display);
-    }
-    refreshTimer_ = loop_.repeatingTimer(1.0 / options_.refreshRate, [this] { refresh(); });
+    gpu_ = *gpu;
     if (options_.out) {
         std::error_code failed;
         std::filesystem::create_directories(*options_.out, failed);
         if (failed) {
             return Failure{options_.out->string() + " cannot be made: " + failed.message()};
         }
-        schedulePictures();
     }
-    if (options_.unlockAfter) {
-        loop_.asyncAfter(*options_.unlockAfter, [this] { unlock(); });
+    for (const auto step : {&WallpaperAgent::listen, &WallpaperAgent::readFiles}) {
+        if (auto taken = (this->*step)(); !taken) {
+            return taken;
+        }
+    }
+    auto backend = makeOutputs(loop_, options_.output, options_.refreshRate, outputEvents());
+    if (!backend) {
+        return Failure{backend.error()};
+    }
+    backend_ = std::move(*backend);
+    conditions_ =
+        std::make_unique<SystemConditions>(platform_, loop_, [this] { conditionsChanged(); });
+    platform_.notifications().observeDarwin(kHostApplicationChanged, [weak = std::weak_ptr(self_)] {
+        if (const auto self = weak.lock()) {
+            (*self)->choicesChanged();
+        }
+    });
+    supervisor_ = std::make_unique<ExtensionSupervisor>(
+        loop_, extensionLaunch(platform_, options_.extension), supervisorEvents());
+    if (auto started = supervisor_->start(); !started) {
+        return started;
+    }
+    if (options_.out) {
+        schedulePictures();
     }
     scheduleEnd();
     return Done{};
 }
 
-Result<Done, std::string> WallpaperAgent::makeDisplays() {
-    auto gpu = vulkan::Context::create();
-    if (!gpu) {
-        return Failure{gpu.error()};
+Result<Done, std::string> WallpaperAgent::listen() {
+    auto control =
+        ControlService::create(loop_, platform_.unifiedLog(), *this, controlSocketFile());
+    if (control) {
+        control_ = std::move(*control);
+        return Done{};
     }
-    for (std::size_t i = 0; i < options_.displays.size(); ++i) {
-        const auto number = static_cast<std::uint32_t>(i + 1);
-        const auto chosen = options_.choices.find(number);
-        auto display = Display::create(
-            loop_, *gpu, number, options_.displays[i],
-            chosen != options_.choices.end() ? chosen->second : std::string(kDefaultChoice));
-        if (!display) {
-            return Failure{"the GPU has no memory for display " + std::to_string(number)};
+    // One agent has the desktop; others may still show something elsewhere.
+    if (control.error().agent && options_.output.kind == OutputKind::background) {
+        return Failure{control.error().sentence};
+    }
+    complain(control.error().sentence + "; this one cannot be asked anything");
+    return Done{};
+}
+
+Result<Done, std::string> WallpaperAgent::readFiles() {
+    memoryFile_ = memoryFile();
+    if (memoryFile_) {
+        LoadedMemory loaded = loadMemory(*memoryFile_);
+        memory_ = std::move(loaded.memory);
+        if (loaded.trouble) {
+            complain(*loaded.trouble);
         }
-        displays_.push_back(std::move(display));
+    }
+    const bool forgets = options_.isClean && !std::exchange(memory_.setAside, {}).empty();
+    if (choices_.forgetChanged() || forgets) {
+        saveMemory();
+    }
+    configurationFile_ = options_.configuration ? options_.configuration : configurationFile();
+    if (!configurationFile_) {
+        return Done{};
+    }
+    if (auto read = reload(); !read) {
+        if (options_.configuration) {
+            return read;
+        }
+        // A mistake in the user's own file is no reason to show nothing.
+        complain(read.error());
+    }
+    auto watch =
+        ConfigurationWatch::create(loop_, *configurationFile_, [this] { configurationChanged(); });
+    if (!watch) {
+        complain(watch.error());
+    } else {
+        configurationWatch_ = std::move(*watch);
     }
     return Done{};
 }
 
-void WallpaperAgent::acquire(Display& display) {
-    session_->acquire(display.wallpaper(),
-                      {.configuration = display.choice(),
-                       .size = display.size(),
-                       .scaleFactor = display.mode().scale,
-                       .directDisplayID = display.number(),
-                       .isPreview = false,
-                       .presentationMode = options_.presentationMode,
-                       .activityState = "active",
-                       .cacheDirectory = std::nullopt},
-                      [this, &display](const Result<std::uint32_t, std::string>& contextID) {
-                          if (!contextID) {
-                              display.setTrouble(contextID.error());
-                              return;
-                          }
-                          attaching_.emplace_back(contextID.value(), &display);
-                          if (!session_->attach(contextID.value())) {
-                              display.setTrouble("the extension takes no more records");
-                          }
-                      });
+OutputEvents WallpaperAgent::outputEvents() {
+    return {
+        .added = [this](Output& output) { outputAdded(output); },
+        .changed = [this](Output& output) { outputChanged(output); },
+        .removed = [this](Output& output) { outputRemoved(output); },
+        .refresh = [this](Output& output) { outputRefreshes(output); },
+        .command = [this](Output& output, WindowCommand command) { commanded(output, command); },
+        .ended =
+            [this](const std::string& why) {
+                complain(why);
+                end(RunStatus::displayServerGone);
+            }};
 }
 
-void WallpaperAgent::attached(std::uint32_t contextID, FileDescriptor socket) {
-    const auto found = std::find_if(attaching_.begin(), attaching_.end(),
-                                    [&](const auto& entry) { return entry.first == contextID; });
-    if (found == attaching_.end()) {
-        return;
-    }
-    Display* const display = found->second;
-    attaching_.erase(found);
-    if (!socket) {
-        display->setTrouble("the extension does not know its own remote context");
-        return;
-    }
-    display->host(std::move(socket));
+SupervisorEvents WallpaperAgent::supervisorEvents() {
+    return {.started = [this](ExtensionSession& session) { sessionStarted(session); },
+            .died = [this](const std::string& how, double delay,
+                           bool setAside) { extensionDied(how, delay, setAside); },
+            .attached = [this](std::uint32_t contextID,
+                               FileDescriptor socket) { attached(contextID, std::move(socket)); },
+            .links = [this](std::uint32_t displayID,
+                            std::uint32_t frameRate) { linksRun(displayID, frameRate); },
+            .openHostApplication = [this] { openHostApplication(); },
+            .pickerChanged = [this](Picker picker) { picker_ = std::move(picker); }};
 }
 
-void WallpaperAgent::openHostApplication() {
-    // However often it asks, an extension does not fill the screen with windows.
-    const double now = platform_.mediaClock().now();
-    if (now - hostApplicationOpened_ < kOpenInterval) {
-        return;
+SharedState WallpaperAgent::sharedState() const {
+    SharedState state;
+    if (isLocked_) {
+        state.presentationMode = kLocked;
+    } else {
+        state.presentationMode =
+            unlockedMode_.value_or(std::string(configuration_.animateDesktop ? kIdle : kDefault));
     }
-    hostApplicationOpened_ = now;
-    Workspace& workspace = platform_.workspace();
-    if (const auto location = workspace.applicationLocation(kHostApplication)) {
-        workspace.openApplication(*location);
-    }
-}
-
-void WallpaperAgent::refresh() {
-    for (const auto& display : displays_) {
-        display->refresh();
-        if (!ending_) {
-            session_->tick(display->number());
+    const Conditions& now = conditions_->current();
+    const std::pair<bool, const char*> reasons[] = {
+        {isPaused_, "asked"},
+        {now.isOnBattery && configuration_.pauseOnBattery, "battery"},
+        {now.isAsleep, "asleep"},
+        {!now.isSessionActive, "session"}};
+    for (const auto& [holds, reason] : reasons) {
+        if (holds) {
+            state.pauses.emplace_back(reason);
         }
+    }
+    return state;
+}
+
+void WallpaperAgent::apply() {
+    for (Output* output : outputs_) {
+        const bool isEnabled = settingsFor(configuration_, output->description()).isEnabled;
+        const bool isShown = find(*output) != nullptr;
+        if (isEnabled && !isShown) {
+            show(*output);
+        } else if (!isEnabled && isShown) {
+            hide(*output);
+        }
+    }
+    for (const auto& shown : shown_) {
+        apply(*shown);
+    }
+}
+
+void WallpaperAgent::apply(ShownOutput& shown) {
+    OutputSettings settings = settingsFor(configuration_, shown.output().description());
+    if (options_.maxFps) {
+        settings.maxFps = std::min(settings.maxFps.value_or(*options_.maxFps), *options_.maxFps);
+    }
+    shown.apply(sharedState(), choices_.shown(shown.number(), shown.connector(), settings),
+                settings, configuration_.pauseWhenCovered);
+    if (ExtensionSession* session = supervisor_ ? supervisor_->session() : nullptr;
+        session != nullptr && !ending_) {
+        shown.tell(*session);
+    }
+    noteChange();
+}
+
+void WallpaperAgent::noteChange() const {
+    if (control_) {
+        control_->notifyChanged();
+    }
+}
+
+void WallpaperAgent::saveMemory() {
+    if (!memoryFile_) {
+        return;
+    }
+    if (auto saved = agent::saveMemory(*memoryFile_, memory_); !saved) {
+        complain(saved.error());
     }
 }
 
@@ -182,32 +259,24 @@ void WallpaperAgent::schedulePictures() {
 }
 
 void WallpaperAgent::writePictures(const char* which) {
-    for (const auto& display : displays_) {
+    for (const auto& shown : shown_) {
         const auto file =
-            *options_.out / ("display-" + std::to_string(display->number()) + "-" + which + ".png");
-        if (!display->writePNG(platform_.images(), file)) {
+            *options_.out / ("display-" + std::to_string(shown->number()) + "-" + which + ".png");
+        if (!shown->display().writePNG(platform_.images(), file)) {
             complain(file.string() + " cannot be written");
             pictureLost_ = true;
         }
     }
 }
 
-void WallpaperAgent::unlock() {
-    for (const auto& display : displays_) {
-        session_->update(display->wallpaper(),
-                         {.presentationMode = "default",
-                          .activityState = "active",
-                          .size = display->size(),
-                          .scaleFactor = display->mode().scale},
-                         [shown = display.get()](const std::optional<Error>& error) {
-                             if (error) {
-                                 shown->setTrouble(error->message);
-                             }
-                         });
-    }
-}
-
 void WallpaperAgent::scheduleEnd() {
+    if (options_.unlockAfter) {
+        loop_.asyncAfter(*options_.unlockAfter, [this] {
+            isLocked_ = false;
+            unlockedMode_ = kDefault;
+            apply();
+        });
+    }
     if (options_.seconds) {
         loop_.asyncAfter(*options_.seconds, [this] { end(RunStatus::done); });
     }
@@ -218,35 +287,50 @@ void WallpaperAgent::end(RunStatus status) {
         return;
     }
     const auto stop = [this, status] { loop_.stop(static_cast<int>(status)); };
-    auto left = std::make_shared<std::size_t>(displays_.size());
-    for (const auto& display : displays_) {
-        display->release();
-        session_->invalidate(display->wallpaper(), [left, stop](const std::optional<Error>&) {
-            if (--*left == 0) {
-                stop();
-            }
-        });
+    ExtensionSession* const session = supervisor_ ? supervisor_->session() : nullptr;
+    if (session == nullptr || shown_.empty()) {
+        stop();
+        return;
+    }
+    auto left = std::make_shared<std::size_t>(shown_.size());
+    for (const auto& shown : shown_) {
+        shown->display().release();
+        session->invalidate(shown->wallpaper().identifier(),
+                            [left, stop](const std::optional<Error>&) {
+                                if (--*left == 0) {
+                                    stop();
+                                }
+                            });
     }
     loop_.asyncAfter(kReleaseSeconds, stop);
 }
 
 void WallpaperAgent::printSummary() const {
-    for (const auto& display : displays_) {
-        std::printf("display %u  %ux%u  %-26s  %llu frames", display->number(),
-                    display->mode().width, display->mode().height, display->choice().c_str(),
-                    static_cast<unsigned long long>(display->framesShown()));
-        if (display->framesShown() > 1) {
-            const double span = display->lastFrame() - *display->firstFrame();
-            std::printf("  %.1f a second", static_cast<double>(display->framesShown() - 1) / span);
+    for (const auto& shown : shown_) {
+        const Display& display = shown->display();
+        const OutputDescription& output = shown->output().description();
+        std::printf("display %u  %ux%u  %-26s  %llu frames", shown->number(), output.width,
+                    output.height, shown->shown().choice.c_str(),
+                    static_cast<unsigned long long>(display.framesShown()));
+        if (display.framesShown() > 1) {
+            const double span = display.lastFrame() - *display.firstFrame();
+            std::printf("  %.1f a second", static_cast<double>(display.framesShown() - 1) / span);
         }
         std::printf("\n");
     }
     std::fflush(stdout);
-    for (const auto& display : displays_) {
-        if (!display->trouble().empty()) {
-            complain("display " + std::to_string(display->number()) + ": " + display->trouble());
+    for (const auto& shown : shown_) {
+        if (!shown->display().trouble().empty()) {
+            complain("display " + std::to_string(shown->number()) + ": " +
+                     shown->display().trouble());
         }
     }
+}
+
+bool WallpaperAgent::isTroubled() const {
+    return pictureLost_ || std::any_of(shown_.begin(), shown_.end(), [](const auto& shown) {
+               return !shown->display().trouble().empty();
+           });
 }
 
 } // namespace vantor::agent

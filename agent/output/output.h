@@ -18,8 +18,8 @@ struct OutputDescription {
     /// As the display server calls it ("DP-1"); unique among the outputs that there are.
     std::string connector;
     /// Empty where the display server tells none.
-    std::string make;
-    std::string model;
+    std::string make = {};
+    std::string model = {};
     /// Pixels, as the picture is seen: a display that is turned has them exchanged.
     std::uint32_t width = 1280;
     std::uint32_t height = 720;

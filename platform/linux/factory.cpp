@@ -67,7 +67,7 @@ class LinuxPlatform : public Platform {
     LinuxImages images_;
     LinuxWorkspace workspace_;
     LinuxBundle bundle_{runningProgram().parent_path(), propertyLists_};
-    LinuxCodeIdentity codeIdentity_{installationPrefix()};
+    LinuxCodeIdentity codeIdentity_{installationPrefix(), installationOwner()};
     LinuxLoader loader_{systemRoot(), registry_};
     LinuxNotifications notifications_{loop_, unifiedLog_};
     vulkan::VulkanSystem gpu_{[this] { return gpuOptions(); }};

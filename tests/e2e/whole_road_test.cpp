@@ -13,6 +13,14 @@ using std::chrono::seconds;
 
 constexpr int kExtensionEnded = 3;
 
+std::size_t occurrences(const std::string& text, std::string_view part) {
+    std::size_t count = 0;
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
 class WholeRoad : public Installation {
   protected:
     std::vector<std::string> agentCommand(const std::string& length) const {
@@ -127,7 +135,7 @@ TEST_F(WholeRoad, AnInterruptedAgentEndsItsExtensionAndSaysWhatItShowed) {
 
 TEST_F(WholeRoad, WrongUsageIsStatusTwoAndASentence) {
     for (const std::vector<std::string>& words :
-         {std::vector<std::string>{"run", "--output", "window"},
+         {std::vector<std::string>{"run", "--output", "wall"},
           {"run", "--choose", "7=plasma"},
           {"run", "--mode", "asleep"},
           {"run", "--seconds", "1"},
@@ -197,22 +205,45 @@ TEST_F(WholeRoad, ABrokenShaderInTheStateIsBlackAndTouchesNothingElse) {
 TEST_F(WholeRoad, AMalformedStateFileMeansTheFallbackWallpaper) {
     std::filesystem::create_directories(stateFile().parent_path());
     std::ofstream(stateFile()) << "bplist00 and then nothing that makes sense";
-    const Outcome outcome = agent();
+    // The fallback's shader is the one that takes longest to compile.
+    const Outcome outcome = run(agentCommand("6"), environment());
     ASSERT_EQ(outcome.status, 0) << outcome.errors;
     EXPECT_GT(Picture::read(out() / "display-1-b.png").brightest(), 32);
 }
 
-TEST_F(WholeRoad, AnExtensionThatDiesEndsTheAgentWithAStatusOfItsOwn) {
+TEST_F(WholeRoad, AnExtensionThatDiesIsStartedAgainAndShowsItsWallpapersAgain) {
     ASSERT_EQ(vantorctl({"set", "--display", "1", "plasma"}).status, 0);
-    Process agent(agentCommand("60"), environment());
+    Process agent(agentCommand("8"), environment());
     ASSERT_TRUE(
         eventually([&] { return log().find(" display=2 ") != std::string::npos; }, seconds(30)));
     const auto children = childrenOf(agent.pid());
     ASSERT_EQ(children.size(), 1U);
     ::kill(children.front(), SIGKILL);
-    const Outcome outcome = agent.wait(seconds(10));
+    const Outcome outcome = agent.wait(seconds(60));
+    EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_NE(outcome.errors.find("the extension was ended by signal 9; it is started again in "),
+              std::string::npos)
+        << outcome.errors;
+    EXPECT_EQ(occurrences(log(), "INIT pid "), 2U);
+    for (const char* display : {"1", "2"}) {
+        EXPECT_GT(
+            Picture::read(out() / ("display-" + std::string(display) + "-b.png"))
+                .difference(Picture::read(out() / ("display-" + std::string(display) + "-a.png"))),
+            0.1);
+    }
+}
+
+TEST_F(WholeRoad, AnExtensionThatIsGoneAtTheEndGivesTheAgentAStatusOfItsOwn) {
+    // An installation whose extension cannot be started again.
+    const auto bundle = folder() / "Broken.appex";
+    std::filesystem::create_directories(bundle);
+    std::ofstream(bundle / "Broken") << "#!/bin/sh\nexit 7\n";
+    std::filesystem::permissions(bundle / "Broken", std::filesystem::perms::owner_all);
+    auto command = agentCommand("2");
+    command.insert(command.end(), {"--extension", bundle.string()});
+    const Outcome outcome = run(command, environment());
     EXPECT_EQ(outcome.status, kExtensionEnded);
-    EXPECT_NE(outcome.errors.find("the extension was ended by signal 9"), std::string::npos)
+    EXPECT_NE(outcome.errors.find("the extension exited with status 7"), std::string::npos)
         << outcome.errors;
 }
 

@@ -107,8 +107,8 @@ class SurfaceSoakTest : public testing::Test {
         ASSERT_TRUE(socket);
         int frames = 0;
         agent::HostedContext hosted(loop, hostGPU, *std::move(socket),
-                                    {.changed = [] {},
-                                     .frameArrived = [&frames] { ++frames; },
+                                    {.frameArrived = [&frames] { ++frames; },
+                                     .changed = [] {},
                                      .ended = [](const std::string&) {}});
         ASSERT_TRUE(eventually([&] { return frames > 0; }));
         ASSERT_TRUE(compositor->compose(*canvas->begin(), {.context = &hosted}));

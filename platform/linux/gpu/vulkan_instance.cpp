@@ -44,7 +44,12 @@ VKAPI_ATTR VkBool32 VKAPI_CALL takeMessage(VkDebugUtilsMessageSeverityFlagBitsEX
     return VK_FALSE;
 }
 
+bool isPresenting = false;
+
 std::vector<const char*> surfaceExtensions() {
+    if (!isPresenting) {
+        return {};
+    }
     std::uint32_t count = 0;
     vkEnumerateInstanceExtensionProperties(nullptr, &count, nullptr);
     std::vector<VkExtensionProperties> offered(count);
@@ -105,6 +110,8 @@ VkInstance makeInstance() {
 }
 
 } // namespace
+
+void enablePresentation() { isPresenting = true; }
 
 VkInstance sharedInstance() {
     static const VkInstance instance = makeInstance();

@@ -13,6 +13,10 @@ namespace vantor::vulkan {
 /// standard error and ends the process. Without that layer there is then no instance.
 VkInstance sharedInstance();
 
+/// Lets the instance make surfaces of windows. Called before it is made, by programs that show
+/// pictures: with it, drivers look for a display server. Main thread.
+void enablePresentation();
+
 /// Tells the validation layer that another process brought the image into its layout, which the
 /// layer does not see by itself. Nothing without validation.
 void noteImported(VkDevice device, VkImage image);

@@ -56,8 +56,8 @@ void LinuxCodeIdentity::rememberLauncher() {
     launcher.program = programOf(launcher.process);
 }
 
-LinuxCodeIdentity::LinuxCodeIdentity(std::filesystem::path installation)
-    : installation_(std::move(installation)) {}
+LinuxCodeIdentity::LinuxCodeIdentity(std::filesystem::path installation, uid_t owner)
+    : installation_(std::move(installation)), owner_(owner) {}
 
 std::unique_ptr<GuestCode> LinuxCodeIdentity::copyGuest(int processIdentifier) {
     // A number is the launcher's for as long as it is this process's parent.
@@ -79,7 +79,7 @@ bool LinuxCodeIdentity::checkValidity(const GuestCode& code, const CodeRequireme
     if (program.status().st_uid == 0) {
         return true;
     }
-    return program.status().st_uid == geteuid() && isBelow(program.path(), installation_);
+    return program.status().st_uid == owner_ && isBelow(program.path(), installation_);
 }
 
 } // namespace vantor

@@ -4,16 +4,18 @@
 #include "platform/code_identity.h"
 
 #include <filesystem>
+#include <sys/types.h>
 
 namespace vantor {
 
 /// Understands one requirement, "anchor apple" (the system's own code). It holds for a program that
-/// belongs to root, or to the user and the prefix of the running installation, and that neither its
-/// group nor others can write.
+/// belongs to root, or to the running installation by its owner and its prefix, and that neither
+/// its group nor others can write. Whoever owns the installation chose the code that checks this.
 class LinuxCodeIdentity : public CodeIdentity {
   public:
-    /// `installation` is the folder below which the running installation's programs stand.
-    explicit LinuxCodeIdentity(std::filesystem::path installation);
+    /// `installation` is the folder below which the running installation's programs stand, `owner`
+    /// whom they belong to.
+    LinuxCodeIdentity(std::filesystem::path installation, uid_t owner);
 
     /// Examines the process that started this one and remembers what was found: a confined process
     /// may examine no process outside. While there is one thread.
@@ -25,6 +27,7 @@ class LinuxCodeIdentity : public CodeIdentity {
 
   private:
     std::filesystem::path installation_;
+    uid_t owner_;
 };
 
 } // namespace vantor

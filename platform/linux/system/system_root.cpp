@@ -1,7 +1,9 @@
 #include "platform/linux/system/system_root.h"
 
 #include <cstdlib>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace vantor {
 
@@ -27,6 +29,11 @@ std::filesystem::path installationPrefix() {
         return folder.parent_path().parent_path().parent_path();
     }
     return folder.parent_path();
+}
+
+uid_t installationOwner() {
+    struct stat status {};
+    return stat("/proc/self/exe", &status) == 0 ? status.st_uid : geteuid();
 }
 
 } // namespace vantor

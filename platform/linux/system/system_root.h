@@ -3,6 +3,7 @@
 // "PrivateFrameworks" of the agent.
 
 #include <filesystem>
+#include <sys/types.h>
 
 namespace vantor {
 
@@ -16,5 +17,9 @@ std::filesystem::path systemRoot();
 /// The folder that the running installation's programs stand below: "PREFIX" of "PREFIX/bin" and
 /// "PREFIX/lib/vantor".
 std::filesystem::path installationPrefix();
+
+/// The user to whom the running program belongs, as this process sees users: in a user namespace
+/// that does not know root, root's files belong to somebody else.
+uid_t installationOwner();
 
 } // namespace vantor

@@ -15,6 +15,9 @@ class SteppedClock : public MediaClock {
     double time = 100;
 };
 
+/// Display and rate.
+using Rates = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
+
 class LinuxScreensTest : public testing::Test {
   protected:
     LinuxScreensTest() { announce({1, 2}); }
@@ -36,6 +39,7 @@ class LinuxScreensTest : public testing::Test {
     SteppedClock clock;
     LinuxScreens screens{clock};
     int ticks = 0;
+    Rates told;
 };
 
 TEST_F(LinuxScreensTest, AScreensTicksReachItsLinksAndNoOthers) {
@@ -101,12 +105,9 @@ TEST_F(LinuxScreensTest, LinksOfAScreenThatComesBackTickAgain) {
     EXPECT_EQ(ticks, 1);
 }
 
-using Rates = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
-
 TEST_F(LinuxScreensTest, TheRateOfAScreensLinksIsToldWheneverItChanges) {
-    Rates told;
     screens.setLinksChanged(
-        [&told](std::uint32_t display, std::uint32_t rate) { told.emplace_back(display, rate); });
+        [this](std::uint32_t display, std::uint32_t rate) { told.emplace_back(display, rate); });
     auto one = link();
     one->setPreferredFrameRateRange({.minimum = 10, .maximum = 30, .preferred = 30});
     one->setPreferredFrameRateRange({.minimum = 20, .maximum = 30, .preferred = 30});
@@ -123,9 +124,8 @@ TEST_F(LinuxScreensTest, TheRateOfAScreensLinksIsToldWheneverItChanges) {
 
 TEST_F(LinuxScreensTest, TheRateIsToldToWhoComesLaterAndForAScreenThatComesBack) {
     const auto one = link(1);
-    Rates told;
     screens.setLinksChanged(
-        [&told](std::uint32_t display, std::uint32_t rate) { told.emplace_back(display, rate); });
+        [this](std::uint32_t display, std::uint32_t rate) { told.emplace_back(display, rate); });
     announce({1});
     announce({1, 2});
     EXPECT_EQ(told, (Rates{{2, 60}, {2, 60}}));

@@ -111,7 +111,7 @@ TEST_F(LaunchChannelTest, HandsOnWhatTheAgentSaysAndAnswersAttachments) {
 TEST_F(LaunchChannelTest, APacketOfAnotherSizeClosesTheWire) {
     open();
     sendRaw("short", 5);
-    EXPECT_EQ(reason, "a launch packet of 5 bytes is not the 400 of a record");
+    EXPECT_EQ(reason, "a launch packet of 5 bytes is not the 404 of a record");
 }
 
 TEST_F(LaunchChannelTest, ALargerPacketClosesTheWire) {

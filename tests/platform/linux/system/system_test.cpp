@@ -19,13 +19,14 @@
 namespace vantor {
 namespace {
 
-/// A copy of "sleep" with those permissions, running; ended with its owner.
+/// A copy of "sleep" with those permissions, running; ended with its maker.
 class RunningCopy {
   public:
-    RunningCopy(const std::filesystem::path& folder, mode_t mode) {
+    RunningCopy(const std::filesystem::path& folder, mode_t mode, uid_t owner = geteuid()) {
         const auto program = folder / "sleeper";
         std::filesystem::copy_file("/bin/sleep", program);
-        chmod(program.c_str(), mode);
+        EXPECT_EQ(chown(program.c_str(), owner, static_cast<gid_t>(-1)), 0);
+        EXPECT_EQ(chmod(program.c_str(), mode), 0);
         int ready[2];
         EXPECT_EQ(pipe2(ready, O_CLOEXEC), 0);
         pid_ = fork();
@@ -51,7 +52,7 @@ class RunningCopy {
 
 TEST(LinuxCodeIdentity, HoldsForAProgramOfTheInstallationThatOthersCannotWrite) {
     const TemporaryFolder folder;
-    LinuxCodeIdentity identity(folder.path());
+    LinuxCodeIdentity identity(folder.path(), geteuid());
     const RunningCopy copy(folder.path(), 0755);
     const auto code = identity.copyGuest(copy.pid());
     const auto requirement = identity.requirement("anchor apple");
@@ -62,15 +63,44 @@ TEST(LinuxCodeIdentity, HoldsForAProgramOfTheInstallationThatOthersCannotWrite) 
 
 TEST(LinuxCodeIdentity, FailsForAProgramThatOthersCanWrite) {
     const TemporaryFolder folder;
-    LinuxCodeIdentity identity(folder.path());
+    LinuxCodeIdentity identity(folder.path(), geteuid());
     const RunningCopy copy(folder.path(), 0777);
     const auto code = identity.copyGuest(copy.pid());
     ASSERT_NE(code, nullptr);
     EXPECT_FALSE(identity.checkValidity(*code, *identity.requirement("anchor apple")));
 }
 
+/// A program of somebody who is not root, running.
+class UsersProgram : public testing::Test {
+  protected:
+    bool holdsIn(const std::filesystem::path& installation, uid_t owner) const {
+        LinuxCodeIdentity identity(installation, owner);
+        const auto code = identity.copyGuest(program_.pid());
+        return code && identity.checkValidity(*code, *identity.requirement("anchor apple"));
+    }
+
+    const uid_t user_ = geteuid() == 0 ? kNobody : geteuid();
+    const TemporaryFolder folder_;
+
+  private:
+    static constexpr uid_t kNobody = 65534;
+    const RunningCopy program_{folder_.path(), 0755, user_};
+};
+
+TEST_F(UsersProgram, BelongsToTheInstallationWhenItIsTheOwnersAndBelowThePrefix) {
+    EXPECT_TRUE(holdsIn(folder_.path(), user_));
+}
+
+TEST_F(UsersProgram, DoesNotBelongToAnInstallationOfSomebodyElse) {
+    EXPECT_FALSE(holdsIn(folder_.path(), user_ + 1));
+}
+
+TEST_F(UsersProgram, DoesNotBelongToAnInstallationElsewhere) {
+    EXPECT_FALSE(holdsIn(folder_.path() / "installation", user_));
+}
+
 TEST(LinuxCodeIdentity, CannotExamineAProcessThatIsGone) {
-    LinuxCodeIdentity identity("/");
+    LinuxCodeIdentity identity("/", geteuid());
     const pid_t pid = fork();
     if (pid == 0) {
         _exit(0);

@@ -1,0 +1,51 @@
+#include "agent/output/output_backends.h"
+
+#include "agent/output/headless/headless_backend.h"
+#include "agent/output/wayland/wayland_background.h"
+
+#include <cstdlib>
+#include <utility>
+#include <vector>
+
+namespace vantor::agent {
+namespace {
+
+std::vector<OutputDescription> virtualDisplays(const OutputRequest& request,
+                                               std::uint32_t refreshRate) {
+    std::vector<OutputDescription> displays;
+    for (const DisplayMode& mode : request.displays) {
+        displays.push_back({.connector = "headless-" + std::to_string(displays.size() + 1),
+                            .width = mode.width,
+                            .height = mode.height,
+                            .scale = mode.scale,
+                            .refreshRate = static_cast<double>(refreshRate)});
+    }
+    return displays;
+}
+
+bool isSet(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr && *value != '\0';
+}
+
+} // namespace
+
+Result<std::unique_ptr<OutputBackend>, std::string> makeOutputs(MainLoop& loop,
+                                                                const OutputRequest& request,
+                                                                std::uint32_t refreshRate,
+                                                                OutputEvents events) {
+    switch (request.kind) {
+    case OutputKind::headless:
+        return makeHeadless(loop, virtualDisplays(request, refreshRate), std::move(events));
+    case OutputKind::background:
+        if (isSet("WAYLAND_DISPLAY")) {
+            return makeWaylandBackground(loop, std::move(events));
+        }
+        break;
+    case OutputKind::window:
+        break;
+    }
+    return Failure{std::string("there is no display server")};
+}
+
+} // namespace vantor::agent
