@@ -24,7 +24,7 @@ namespace vantor::tests {
 class WaylandCompositor::Thread {
   public:
     explicit Thread(const CompositorOffers& offers) : state_(offers) {
-        wl_event_loop_add_fd(
+        woken_ = wl_event_loop_add_fd(
             wl_display_get_event_loop(state_.display()), wake_.get(), WL_EVENT_READABLE,
             [](int, std::uint32_t, void* self) {
                 static_cast<Thread*>(self)->carryOut();
@@ -45,6 +45,7 @@ class WaylandCompositor::Thread {
     ~Thread() {
         run([](CompositorState& state) { wl_display_terminate(state.display()); });
         thread_.join();
+        wl_event_source_remove(woken_);
         std::error_code ignored;
         std::filesystem::remove_all(folder_, ignored);
     }
@@ -81,6 +82,7 @@ class WaylandCompositor::Thread {
     std::filesystem::path folder_;
     FileDescriptor wake_{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
     CompositorState state_;
+    wl_event_source* woken_ = nullptr;
     /// Guards `task_`.
     std::mutex lock_;
     std::packaged_task<void()> task_;

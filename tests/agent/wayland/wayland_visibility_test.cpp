@@ -101,6 +101,30 @@ TEST_F(WaylandVisibility, IsCoveredByAFullScreenWindowOnItsOutputOnly) {
     EXPECT_TRUE(becomes("DP-1", Visibility::visible));
 }
 
+TEST_F(WaylandVisibility, LeavesItToTheCompositorWhetherSomethingShowsThroughACover) {
+    const Id id = compositor->addOutput();
+    start();
+    show(*present[0]);
+    window(id, {kFullscreen});
+    ASSERT_TRUE(becomes("DP-1", Visibility::covered));
+    ASSERT_EQ(awaitedFrames(id), 1U);
+    EXPECT_TRUE(refreshesOn(id, "DP-1"));
+}
+
+TEST_F(WaylandVisibility, AsksAgainOnceItIsNoLongerCovered) {
+    const Id id = compositor->addOutput();
+    start();
+    const Id cover = window(id, {kFullscreen});
+    ASSERT_TRUE(becomes("DP-1", Visibility::covered));
+    show(*present[0]);
+    exchange();
+    const int before = compositor->surface(id)->commits;
+    compositor->closeWindow(cover);
+    ASSERT_TRUE(becomes("DP-1", Visibility::visible));
+    EXPECT_TRUE(eventually([&] { return compositor->surface(id)->commits > before; }));
+    EXPECT_TRUE(refreshesOn(id, "DP-1"));
+}
+
 TEST_F(WaylandVisibility, IsNotCoveredByAWindowThatIsMinimizedOrElsewhere) {
     const Id output = compositor->addOutput();
     start();
