@@ -1,24 +1,18 @@
 #pragma once
 // `vantor-agent picker`: what the extension offers in the wallpaper picker.
 
-#include "agent/kit/picker.h"
 #include "agent/run_status.h"
 
 #include <CLI/CLI.hpp>
 
 #include <functional>
-#include <string>
 
 namespace vantor::agent {
 
-enum class PickerFormat { table, json };
-
-/// For a person, a line for each item; for programs, an object with the lists "desktop" and
-/// "screenSaver" of groups.
-std::string pickerText(const Picker& picker, PickerFormat format);
-
-/// Adds the command to the program's; gives what carries it out once it was parsed: it starts the
-/// extension, asks it, prints the answer and ends it. Complaints go to standard error.
+/// Adds the command to the program's; gives what carries it out once it was parsed: it asks the
+/// agent that runs, or else starts the extension, asks it and ends it; and prints the answer: for a
+/// person, a line for each item; for programs, as in agent/control/picker_json.h. An extension that
+/// is named is started in any case. Complaints go to standard error.
 std::function<RunStatus()> addPickerCommand(CLI::App& app);
 
 } // namespace vantor::agent

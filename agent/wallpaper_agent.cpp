@@ -57,6 +57,7 @@ RunStatus WallpaperAgent::run() {
         status = RunStatus::extensionEnded;
     }
     printSummary();
+    control_.reset();
     // The extension is waited for before its displays go, and they go before their outputs.
     supervisor_.reset();
     const bool troubled = isTroubled();
@@ -81,8 +82,10 @@ Result<Done, std::string> WallpaperAgent::start() {
             return Failure{options_.out->string() + " cannot be made: " + failed.message()};
         }
     }
-    if (auto read = readFiles(); !read) {
-        return read;
+    for (const auto step : {&WallpaperAgent::listen, &WallpaperAgent::readFiles}) {
+        if (auto taken = (this->*step)(); !taken) {
+            return taken;
+        }
     }
     auto backend = makeOutputs(loop_, options_.output, options_.refreshRate, outputEvents());
     if (!backend) {
@@ -105,6 +108,21 @@ Result<Done, std::string> WallpaperAgent::start() {
         schedulePictures();
     }
     scheduleEnd();
+    return Done{};
+}
+
+Result<Done, std::string> WallpaperAgent::listen() {
+    auto control =
+        ControlService::create(loop_, platform_.unifiedLog(), *this, controlSocketFile());
+    if (control) {
+        control_ = std::move(*control);
+        return Done{};
+    }
+    // One agent has the desktop; others may still show something elsewhere.
+    if (control.error().agent && options_.output.kind == OutputKind::background) {
+        return Failure{control.error().sentence};
+    }
+    complain(control.error().sentence + "; this one cannot be asked anything");
     return Done{};
 }
 
@@ -215,6 +233,13 @@ void WallpaperAgent::apply(ShownOutput& shown) {
     if (ExtensionSession* session = supervisor_ ? supervisor_->session() : nullptr;
         session != nullptr && !ending_) {
         shown.tell(*session);
+    }
+    noteChange();
+}
+
+void WallpaperAgent::noteChange() const {
+    if (control_) {
+        control_->notifyChanged();
     }
 }
 

@@ -1,7 +1,7 @@
 # The headers that nearly every file includes, parsed once for all of them.
 #
 # Tests always use theirs. The project's own modules do so only with VANTOR_PRECOMPILED, which the
-# sanitizer presets set: what users run is built without, so that a forgotten include is an error.
+# presets set: without it a forgotten include is an error, which `./lint` sees.
 
 option(VANTOR_PRECOMPILED "Parse the standard headers of the project's modules once" OFF)
 

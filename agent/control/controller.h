@@ -40,6 +40,8 @@ struct OutputStatus {
     std::uint64_t frames = 0;
     /// Why it does not show what it should; empty when it does.
     std::string trouble;
+
+    bool operator==(const OutputStatus&) const = default;
 };
 
 struct ExtensionStatus {
@@ -51,6 +53,8 @@ struct ExtensionStatus {
     std::string lastEnd;
     /// Resident bytes.
     std::uint64_t memory = 0;
+
+    bool operator==(const ExtensionStatus&) const = default;
 };
 
 struct AgentStatus {
@@ -67,6 +71,8 @@ struct AgentStatus {
     std::vector<OutputStatus> outputs;
     /// The last error of the configuration file, with its place; empty when it is in use.
     std::string configurationError;
+
+    bool operator==(const AgentStatus&) const = default;
 };
 
 class Controller {

@@ -1,7 +1,9 @@
 #include "agent/output/output_backends.h"
 
 #include "agent/output/headless/headless_backend.h"
+#include "agent/output/wayland/wayland_background.h"
 
+#include <cstdlib>
 #include <utility>
 #include <vector>
 
@@ -21,6 +23,11 @@ std::vector<OutputDescription> virtualDisplays(const OutputRequest& request,
     return displays;
 }
 
+bool isSet(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr && *value != '\0';
+}
+
 } // namespace
 
 Result<std::unique_ptr<OutputBackend>, std::string> makeOutputs(MainLoop& loop,
@@ -30,8 +37,12 @@ Result<std::unique_ptr<OutputBackend>, std::string> makeOutputs(MainLoop& loop,
     switch (request.kind) {
     case OutputKind::headless:
         return makeHeadless(loop, virtualDisplays(request, refreshRate), std::move(events));
-    case OutputKind::window:
     case OutputKind::background:
+        if (isSet("WAYLAND_DISPLAY")) {
+            return makeWaylandBackground(loop, std::move(events));
+        }
+        break;
+    case OutputKind::window:
         break;
     }
     return Failure{std::string("there is no display server")};

@@ -41,22 +41,29 @@ std::vector<std::string> asUser(const std::filesystem::path& folder) {
 
 } // namespace
 
-Sway::Sway(unsigned outputs, const std::string& configuration) {
+Sway::Sway(unsigned outputs, const std::string& configuration)
+    : Sway("output * mode 1280x720@60Hz\n" + configuration,
+           {{"WLR_BACKENDS", "headless"},
+            {"WLR_LIBINPUT_NO_DEVICES", "1"},
+            {"WLR_HEADLESS_OUTPUTS", std::to_string(outputs)}}) {}
+
+std::unique_ptr<Sway> Sway::inside(const Sway& outer, unsigned outputs) {
+    return std::unique_ptr<Sway>(new Sway({}, {{"WLR_BACKENDS", "wayland"},
+                                               {"WAYLAND_DISPLAY", outer.socket_.string()},
+                                               {"WLR_WL_OUTPUTS", std::to_string(outputs)}}));
+}
+
+Sway::Sway(const std::string& configuration, std::map<std::string, std::string> backend) {
     const std::filesystem::path file = folder_.path() / "config";
     std::ofstream(file) << "xwayland disable\n"
                            "default_border none\n"
-                           "output * mode 1280x720@60Hz\n"
                         << configuration << "\n";
     std::vector<std::string> words = asUser(folder_.path());
     words.insert(words.end(), {"sway", "--config", file.string()});
-    process_ = std::make_unique<Process>(
-        words,
-        std::map<std::string, std::string>{{"HOME", folder_.path().string()},
-                                           {"XDG_RUNTIME_DIR", folder_.path().string()},
-                                           {"WLR_BACKENDS", "headless"},
-                                           {"WLR_RENDERER", "pixman"},
-                                           {"WLR_LIBINPUT_NO_DEVICES", "1"},
-                                           {"WLR_HEADLESS_OUTPUTS", std::to_string(outputs)}});
+    backend.insert({{"HOME", folder_.path().string()},
+                    {"XDG_RUNTIME_DIR", folder_.path().string()},
+                    {"WLR_RENDERER", "pixman"}});
+    process_ = std::make_unique<Process>(words, backend);
     const bool started = eventually(
         [&] {
             const auto control = fileBeginning(folder_.path(), "sway-ipc.");
@@ -92,6 +99,10 @@ void Sway::command(const std::string& line) const {
     if (outcome.status != 0) {
         throw std::runtime_error("sway refuses '" + line + "': " + outcome.output + outcome.errors);
     }
+}
+
+void Sway::closeWindow(const std::string& innerOutput) const {
+    command("[title=\"^wlroots - " + innerOutput + "$\"] kill");
 }
 
 std::string Sway::ask(const std::string& type) const {

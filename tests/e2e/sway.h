@@ -21,6 +21,9 @@ class Sway {
     /// Starts sway with outputs HEADLESS-1, HEADLESS-2, … of 1280 × 720 pixels side by side, and
     /// waits until programs can connect. `configuration` is added to the fixture's own.
     explicit Sway(unsigned outputs = 2, const std::string& configuration = {});
+    /// Starts one whose outputs WL-1, WL-2, … are windows of another. The headless ones can neither
+    /// be pulled out nor switched off; these go when their window is closed (`closeWindow`).
+    static std::unique_ptr<Sway> inside(const Sway& outer, unsigned outputs);
     /// Ends sway at once.
     ~Sway() = default;
 
@@ -33,6 +36,8 @@ class Sway {
 
     /// Carries out a command as a line of the configuration would ("output HEADLESS-2 scale 1.5").
     void command(const std::string& line) const;
+    /// Closes the window that is that output of a sway inside this one.
+    void closeWindow(const std::string& innerOutput) const;
     /// What `swaymsg --type` gives: "get_outputs", "get_tree"; JSON.
     std::string ask(const std::string& type) const;
     /// What the output shows, pixel by pixel. It must be on.
@@ -41,6 +46,7 @@ class Sway {
     void end(std::chrono::milliseconds deadline = std::chrono::seconds(30));
 
   private:
+    Sway(const std::string& configuration, std::map<std::string, std::string> backend);
     /// Runs a program that talks to this sway.
     Outcome program(std::vector<std::string> words) const;
 

@@ -1,9 +1,11 @@
 #include "tests/e2e/sway.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace vantor::e2e {
 namespace {
+
+using testing::HasSubstr;
 
 TEST(Sway, ShowsEveryOutputAtTheSizeOfItsMode) {
     const Sway sway(2, "output HEADLESS-2 mode 800x600@60Hz");
@@ -21,6 +23,17 @@ TEST(Sway, PhotographsPixelsOfAnOutputWithAFractionalScale) {
     const Picture picture = sway.screenshot("HEADLESS-1");
     EXPECT_EQ(picture.width(), 1920U);
     EXPECT_EQ(picture.height(), 1080U);
+}
+
+TEST(Sway, LosesAnOutputWithTheWindowThatItIs) {
+    const Sway outer(1);
+    const auto inner = Sway::inside(outer, 2);
+    EXPECT_THAT(inner->ask("get_outputs"), HasSubstr("WL-2"));
+    outer.closeWindow("WL-2");
+    EXPECT_TRUE(
+        eventually([&] { return inner->ask("get_outputs").find("WL-2") == std::string::npos; },
+                   std::chrono::seconds(60)));
+    EXPECT_THAT(inner->ask("get_outputs"), HasSubstr("WL-1"));
 }
 
 TEST(Sway, EndsWhenItIsAskedTo) {
