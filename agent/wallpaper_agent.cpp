@@ -57,6 +57,7 @@ RunStatus WallpaperAgent::run() {
         status = RunStatus::extensionEnded;
     }
     printSummary();
+    control_.reset();
     // The extension is waited for before its displays go, and they go before their outputs.
     supervisor_.reset();
     const bool troubled = isTroubled();
@@ -98,6 +99,10 @@ Result<Done, std::string> WallpaperAgent::start() {
     });
     supervisor_ = std::make_unique<ExtensionSupervisor>(
         loop_, extensionLaunch(platform_, options_.extension), supervisorEvents());
+    // All that can be asked about is there now.
+    if (auto listens = listen(); !listens) {
+        return listens;
+    }
     if (auto started = supervisor_->start(); !started) {
         return started;
     }
@@ -105,6 +110,21 @@ Result<Done, std::string> WallpaperAgent::start() {
         schedulePictures();
     }
     scheduleEnd();
+    return Done{};
+}
+
+Result<Done, std::string> WallpaperAgent::listen() {
+    auto control =
+        ControlService::create(loop_, platform_.unifiedLog(), *this, controlSocketFile());
+    if (control) {
+        control_ = std::move(*control);
+        return Done{};
+    }
+    // One agent has the desktop; others may still show something elsewhere.
+    if (control.error().agent && options_.output.kind == OutputKind::background) {
+        return Failure{control.error().sentence};
+    }
+    complain(control.error().sentence + "; this one cannot be asked anything");
     return Done{};
 }
 
@@ -215,6 +235,13 @@ void WallpaperAgent::apply(ShownOutput& shown) {
     if (ExtensionSession* session = supervisor_ ? supervisor_->session() : nullptr;
         session != nullptr && !ending_) {
         shown.tell(*session);
+    }
+    noteChange();
+}
+
+void WallpaperAgent::noteChange() const {
+    if (control_) {
+        control_->notifyChanged();
     }
 }
 

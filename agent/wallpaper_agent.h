@@ -5,7 +5,7 @@
 #include "agent/choices.h"
 #include "agent/conditions/system_conditions.h"
 #include "agent/configuration/configuration_watch.h"
-#include "agent/control/controller.h"
+#include "agent/control/control_service.h"
 #include "agent/extension_supervisor.h"
 #include "agent/output/output.h"
 #include "agent/run_options.h"
@@ -41,6 +41,8 @@ class WallpaperAgent : private Controller {
   private:
     // Being started (wallpaper_agent.cpp).
     Result<Done, std::string> start();
+    /// Lets others ask. The error is a sentence: another agent has the desktop already.
+    Result<Done, std::string> listen();
     /// What is remembered, and the configuration.
     Result<Done, std::string> readFiles();
     OutputEvents outputEvents();
@@ -85,6 +87,8 @@ class WallpaperAgent : private Controller {
     void apply(ShownOutput& shown);
     SharedState sharedState() const;
     void saveMemory();
+    /// What is said of the agent may be something else.
+    void noteChange() const;
 
     // Being asked (wallpaper_agent_control.cpp).
     AgentStatus status() const override;
@@ -115,6 +119,8 @@ class WallpaperAgent : private Controller {
     std::string configurationError_;
     std::unique_ptr<ConfigurationWatch> configurationWatch_;
     std::unique_ptr<SystemConditions> conditions_;
+    /// Null when nobody can ask.
+    std::unique_ptr<ControlService> control_;
 
     /// By connector; a wallpaper that is asked for again soon is the one of before.
     std::map<std::string, UUID> identifiers_;

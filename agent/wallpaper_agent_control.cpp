@@ -139,6 +139,7 @@ void WallpaperAgent::configurationChanged() {
     if (auto read = reload(); !read && read.error() != before) {
         complain(read.error());
     }
+    noteChange();
 }
 
 void WallpaperAgent::quit() {

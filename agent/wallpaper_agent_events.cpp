@@ -127,6 +127,7 @@ void WallpaperAgent::hide(Output& output) {
     }
     std::erase_if(shown_, [&shown](const auto& entry) { return entry.get() == &shown; });
     announceScreens();
+    noteChange();
 }
 
 void WallpaperAgent::announceScreens() {
@@ -174,6 +175,7 @@ void WallpaperAgent::sessionStarted(ExtensionSession& session) {
         shown->wallpaper().forget();
         shown->tell(session);
     }
+    noteChange();
 }
 
 void WallpaperAgent::extensionDied(const std::string& how, double delay, bool setAside) {
@@ -187,6 +189,7 @@ void WallpaperAgent::extensionDied(const std::string& how, double delay, bool se
     if (setAside) {
         setAsideWhatIsShown(how);
     }
+    noteChange();
 }
 
 void WallpaperAgent::setAsideWhatIsShown(const std::string& how) {

@@ -22,6 +22,9 @@ std::uint64_t microsecondsUntil(Clock::time_point end) {
 
 /// Waits for the other end to know who is calling; a negative error number when it does not.
 int waitUntilReady(sd_bus* bus, Clock::time_point end) {
+    if (sd_bus_is_open(bus) <= 0) {
+        return -ENOTCONN;
+    }
     while (true) {
         int status = sd_bus_process(bus, nullptr);
         if (status < 0) {
@@ -47,8 +50,10 @@ xpc::Bus connectToSocket(const std::filesystem::path& file) {
     xpc::Bus bus = socket ? xpc::openBus(socket.get(), xpc::Side::client) : nullptr;
     if (bus) {
         socket.release();
+        // An agent that ends the connection at once is found out by the first call.
+        sd_bus_start(bus.get());
     }
-    return bus && sd_bus_start(bus.get()) >= 0 ? std::move(bus) : nullptr;
+    return bus;
 }
 
 xpc::Bus connectToSessionBus() {

@@ -200,10 +200,7 @@ const sd_bus_vtable kMembers[] = {
 
 } // namespace
 
-ControlObject::ControlObject(Controller& controller)
-    : controller_(controller), told_(controller.status()) {
-    told_.outputs = lasting(std::move(told_.outputs));
-}
+ControlObject::ControlObject(Controller& controller) : controller_(controller) {}
 
 int ControlObject::offerOn(sd_bus* bus) {
     return sd_bus_add_object_vtable(bus, nullptr, kControlPath, kControlInterface, kMembers, this);
@@ -212,19 +209,19 @@ int ControlObject::offerOn(sd_bus* bus) {
 std::vector<const char*> ControlObject::takeChanges() {
     AgentStatus now = controller_.status();
     now.outputs = lasting(std::move(now.outputs));
+    const AgentStatus before = std::exchange(told_, now).value_or(now);
     std::vector<const char*> names;
     const auto note = [&names](const char* name, bool changed) {
         if (changed) {
             names.push_back(name);
         }
     };
-    note("Locked", now.isLocked != told_.isLocked);
-    note("Paused", now.isPaused != told_.isPaused);
-    note("OnBattery", now.isOnBattery != told_.isOnBattery);
-    note("ExtensionProcessId", now.extension.pid != told_.extension.pid);
-    note("Outputs", now.outputs != told_.outputs);
-    note("ConfigurationError", now.configurationError != told_.configurationError);
-    told_ = std::move(now);
+    note("Locked", now.isLocked != before.isLocked);
+    note("Paused", now.isPaused != before.isPaused);
+    note("OnBattery", now.isOnBattery != before.isOnBattery);
+    note("ExtensionProcessId", now.extension.pid != before.extension.pid);
+    note("Outputs", now.outputs != before.outputs);
+    note("ConfigurationError", now.configurationError != before.configurationError);
     return names;
 }
 

@@ -5,13 +5,14 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <systemd/sd-bus.h>
 
 namespace vantor::agent {
 
 class ControlObject {
   public:
-    /// The controller outlives it.
+    /// The controller outlives it, and is asked for nothing yet.
     explicit ControlObject(Controller& controller);
     ControlObject(const ControlObject&) = delete;
     ControlObject& operator=(const ControlObject&) = delete;
@@ -21,7 +22,7 @@ class ControlObject {
     /// Offers it for as long as the connection lives; a negative error number when it cannot.
     int offerOn(sd_bus* bus);
 
-    /// The properties that have another value than at the last call, or at the start.
+    /// The properties that have another value than at the last call; at the first, none.
     std::vector<const char*> takeChanges();
 
     /// How many callers wait for the picker.
@@ -30,7 +31,7 @@ class ControlObject {
   private:
     Controller& controller_;
     /// What the properties said last.
-    AgentStatus told_;
+    std::optional<AgentStatus> told_;
     std::shared_ptr<std::size_t> pickerCalls_ = std::make_shared<std::size_t>(0);
 };
 

@@ -69,6 +69,8 @@ ControlService::create(MainLoop& loop, UnifiedLog& log, Controller& controller,
         made->log_->write(std::string("no session bus: ") + std::strerror(-status) +
                           "; the agent is asked over its private socket");
     }
+    // Changes are those since the loop runs.
+    made->notifyChanged();
     return made;
 }
 

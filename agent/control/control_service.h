@@ -17,7 +17,8 @@ class ControlService {
     /// As ControlSocket::Problem: whether another agent runs, or why nobody could ask this one.
     using Problem = ControlSocket::Problem;
 
-    /// Answers from the loop with what the controller says, until its end. It is enough to be
+    /// Answers from the loop with what the controller says, until its end; the controller is asked
+    /// nothing before the loop runs. It is enough to be
     /// reached in one of the two ways; what is said about the other goes to the log. The session
     /// bus is followed when it goes away and comes back. `socketFile` is controlSocketFile()
     /// outside of tests.

@@ -1,191 +1,35 @@
 // The manual page and the shells' completions, held against the program's own table of commands.
 
-#include "tests/support/temporary_folder.h"
+#include "tests/support/program_documentation.h"
 #include "tools/command_line.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cstdio>
-#include <fstream>
-#include <iterator>
-#include <regex>
-#include <set>
-#include <sstream>
-#include <string>
 
 namespace vantor {
 namespace {
 
-using Words = std::set<std::string>;
-
-std::string contents(const std::string& file) {
-    std::ifstream stream(VANTOR_SOURCE_FOLDER "/" + file);
-    EXPECT_TRUE(stream) << file;
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
-/// What a command prints on both streams, and "status N" where it fails.
-std::string output(const std::string& command) {
-    std::FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-    std::string text;
-    std::array<char, 4096> chunk{};
-    while (const std::size_t count = std::fread(chunk.data(), 1, chunk.size(), pipe)) {
-        text.append(chunk.data(), count);
-    }
-    const int status = pclose(pipe);
-    return status == 0 ? text : text + "status " + std::to_string(status);
-}
-
-Words words(const std::string& text) {
-    std::istringstream stream(text);
-    return {std::istream_iterator<std::string>(stream), std::istream_iterator<std::string>()};
-}
-
-/// The long options, with their dashes.
-Words optionsOf(const CLI::App& app, bool withLook = true) {
-    Words names;
-    for (const CLI::Option* option : app.get_options()) {
-        if (withLook || option->get_group() != "Look") {
-            for (const std::string& name : option->get_lnames()) {
-                names.insert("--" + name);
-            }
-        }
-    }
-    return names;
-}
-
-class Documentation : public testing::Test {
+/// Made before what looks at it.
+class WithCommandLine {
   protected:
-    std::vector<const CLI::App*> commands() const {
-        return line_.description().get_subcommands(std::function<bool(const CLI::App*)>());
-    }
-    Words commandNames() const {
-        Words names;
-        for (const CLI::App* command : commands()) {
-            names.insert(command->get_name());
-        }
-        return names;
-    }
-
-  private:
     CommandLine line_;
 };
 
-Words matches(const std::string& text, const char* pattern) {
-    const std::regex expression(pattern);
-    Words found;
-    for (std::sregex_iterator match(text.begin(), text.end(), expression), end; match != end;
-         ++match) {
-        found.insert((*match)[1]);
-    }
-    return found;
-}
-
-/// The lines of the manual's synopsis for one command.
-std::string synopsisOf(const std::string& manual, const std::string& command) {
-    const auto begin = manual.find("\n.Cm " + command + "\n", manual.find(".Sh SYNOPSIS"));
-    const auto end = std::min(manual.find("\n.Nm vantorctl", begin), manual.find("\n.Sh", begin));
-    return begin == std::string::npos ? "" : manual.substr(begin, end - begin);
-}
+class Documentation : private WithCommandLine, public ProgramDocumentation {
+  protected:
+    Documentation() : ProgramDocumentation("vantorctl", "tools/completions", line_.description()) {}
+};
 
 TEST_F(Documentation, TheManualIsWellFormed) {
-    EXPECT_EQ(output("mandoc -T lint -W style " VANTOR_SOURCE_FOLDER "/docs/vantorctl.1"), "");
+    EXPECT_EQ(complaintsAboutManual("vantorctl.1"), "");
 }
 
-TEST_F(Documentation, TheManualHasExactlyTheProgramsCommandsAndOptions) {
-    const std::string manual = contents("docs/vantorctl.1");
-    Words options{"--version"};
-    for (const CLI::App* command : commands()) {
-        options.merge(optionsOf(*command));
-        const std::string synopsis = synopsisOf(manual, command->get_name());
-        ASSERT_NE(synopsis, "") << command->get_name();
-        Words written = matches(synopsis, R"(Fl \\-([a-z0-9-]+))");
-        if (synopsis.find("Fl o ") != std::string::npos) {
-            written.insert("out");
-        }
-        for (const std::string& option : optionsOf(*command, false)) {
-            EXPECT_TRUE(option == "--help" || written.erase(option.substr(2)) == 1)
-                << command->get_name() << ' ' << option;
-        }
-        EXPECT_THAT(written, testing::IsEmpty()) << command->get_name();
-        EXPECT_EQ(synopsis.find("Ar look") != std::string::npos,
-                  optionsOf(*command) != optionsOf(*command, false))
-            << command->get_name();
-    }
-    Words documented;
-    for (const std::string& name : matches(manual, R"(Fl \\-([a-z0-9-]+))")) {
-        documented.insert("--" + name);
-    }
-    EXPECT_EQ(documented, options);
-    EXPECT_EQ(matches(manual, R"(\n\.Cm ([a-z-]+))"), commandNames());
-}
+TEST_F(Documentation, TheManualHasExactlyTheProgramsCommandsAndOptions) { checkManual(); }
 
-TEST_F(Documentation, BashCompletesExactlyTheProgramsCommandsAndOptions) {
-    const auto complete = [](const std::string& line, int word) {
-        return words(output("bash -c 'source " VANTOR_SOURCE_FOLDER
-                            "/tools/completions/vantorctl.bash; COMP_WORDS=(vantorctl " +
-                            line + "); COMP_CWORD=" + std::to_string(word) +
-                            "; _vantorctl; echo \"${COMPREPLY[@]}\"'"));
-    };
-    Words top = commandNames();
-    top.merge(Words{"--help", "--version"});
-    EXPECT_EQ(complete("\"\"", 1), top);
-    for (const CLI::App* command : commands()) {
-        EXPECT_EQ(complete(command->get_name() + " --", 2), optionsOf(*command))
-            << command->get_name();
-    }
-}
+TEST_F(Documentation, BashCompletesExactlyTheProgramsCommandsAndOptions) { checkBash(); }
 
-TEST_F(Documentation, FishCompletesExactlyTheProgramsCommandsAndOptions) {
-    const TemporaryFolder home;
-    const auto complete = [&home](const std::string& line) {
-        const std::string candidates =
-            output("HOME=" + home.path().string() + " XDG_CONFIG_HOME=" + home.path().string() +
-                   " fish -c 'source " VANTOR_SOURCE_FOLDER
-                   "/tools/completions/vantorctl.fish; complete -C \"vantorctl " +
-                   line + "\" | string replace -r \"\\t.*\" \"\"'");
-        return words(candidates);
-    };
-    EXPECT_EQ(complete(""), commandNames());
-    for (const CLI::App* command : commands()) {
-        EXPECT_EQ(complete(command->get_name() + " --"), optionsOf(*command))
-            << command->get_name();
-    }
-}
+TEST_F(Documentation, FishCompletesExactlyTheProgramsCommandsAndOptions) { checkFish(); }
 
-TEST_F(Documentation, ZshKnowsExactlyTheProgramsCommandsAndOptions) {
-    const std::string script = contents("tools/completions/_vantorctl");
-    EXPECT_EQ(output("zsh -n " VANTOR_SOURCE_FOLDER "/tools/completions/_vantorctl"), "");
-    EXPECT_EQ(matches(script, R"(\n        ['"]([a-z-]+):)"), commandNames());
-    const auto look = script.find("look=(");
-    const Words lookOptions =
-        matches(script.substr(look, script.find("\n    )", look) - look), R"((--[a-z0-9-]+))");
-    for (const CLI::App* command : commands()) {
-        // "name)" or "name | other)", up to ";;".
-        const std::regex branch("\n +(?:[a-z-]+ \\| )?" + command->get_name() +
-                                "(?: \\| [a-z-]+)?\\)\n([^;]*);;");
-        std::smatch found;
-        ASSERT_TRUE(std::regex_search(script, found, branch)) << command->get_name();
-        const std::string text = found[1];
-        Words options = matches(text, R"((--[a-z0-9-]+))");
-        if (text.find("$help") != std::string::npos) {
-            options.insert("--help");
-        }
-        if (text.find("$look") != std::string::npos) {
-            options.insert(lookOptions.begin(), lookOptions.end());
-        }
-        EXPECT_EQ(options, optionsOf(*command)) << command->get_name();
-    }
-}
+TEST_F(Documentation, ZshKnowsExactlyTheProgramsCommandsAndOptions) { checkZsh(); }
 
-TEST_F(Documentation, TheReadmeShowsEveryCommand) {
-    const std::string readme = contents("README.md");
-    for (const std::string& name : commandNames()) {
-        EXPECT_NE(readme.find("\nvantorctl " + name), std::string::npos) << name;
-    }
-}
+TEST_F(Documentation, TheReadmeShowsEveryCommand) { checkReadme(); }
 
 } // namespace
 } // namespace vantor

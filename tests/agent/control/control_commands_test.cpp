@@ -99,6 +99,20 @@ TEST_F(ControlCommands, WithoutAnAgentSaySo) {
     }
 }
 
+TEST_F(ControlCommands, OutputsAreCompletedFromTheRunningAgent) {
+    controller_.now = fullStatus();
+    serve(usersSocket());
+    e2e::Outcome outcome;
+    during([&] {
+        outcome = e2e::run({"/bin/bash", "-c",
+                            "source " VANTOR_SOURCE_FOLDER "/agent/completions/vantor-agent.bash\n"
+                            "COMP_WORDS=(" VANTOR_BIN "/vantor-agent choose D)\n"
+                            "COMP_CWORD=2\n_vantor_agent\necho ${COMPREPLY[@]}"},
+                           {{"VANTOR_USER_HOME", folder_.path().string()}});
+    });
+    EXPECT_EQ(outcome.output, "DP-1\n") << outcome.errors;
+}
+
 TEST_F(ControlCommands, WronglyUsedSayHowTheyAreUsed) {
     for (const std::vector<std::string>& words :
          {std::vector<std::string>{"choose", "DP-1"}, {"lock", "now"}, {"status", "--xml"}, {}}) {

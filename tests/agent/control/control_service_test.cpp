@@ -7,6 +7,10 @@
 #include "tests/support/raw_bus.h"
 
 #include <fcntl.h>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
 #include <sys/socket.h>
 
 namespace vantor::agent {
@@ -214,7 +218,18 @@ TEST_P(EitherWay, ThePropertiesSayWhatTheStatusSays) {
     });
 }
 
-TEST_P(EitherWay, TheInterfaceDescribesItself) {
+/// The names that a pattern finds, once each.
+std::set<std::string> namesIn(const std::string& text, const char* pattern) {
+    const std::regex expression(pattern);
+    std::set<std::string> names;
+    for (std::sregex_iterator match(text.begin(), text.end(), expression), end; match != end;
+         ++match) {
+        names.insert((*match)[1]);
+    }
+    return names;
+}
+
+TEST_P(EitherWay, TheInterfaceDescribesItselfAsItsDocumentDoes) {
     during([&] {
         const xpc::Bus bus = connect();
         sd_bus_message* made = nullptr;
@@ -225,6 +240,12 @@ TEST_P(EitherWay, TheInterfaceDescribesItself) {
         const xpc::Message reply(made);
         const char* xml = nullptr;
         ASSERT_GE(sd_bus_message_read(reply.get(), "s", &xml), 0);
+        const std::string text = xml;
+        const std::string ours = text.substr(text.find(kControlInterface));
+        std::ifstream file(VANTOR_SOURCE_FOLDER "/docs/dbus-interface.md");
+        const std::string document{std::istreambuf_iterator<char>(file), {}};
+        EXPECT_EQ(namesIn(document, "\n\\| `([A-Z]\\w+)` \\|"),
+                  namesIn(ours, "<(?:method|property) name=\"(\\w+)\""));
         for (const char* part :
              {"<interface name=\"com.nimbara.vantor.Agent1\">", "<method name=\"GetStatus\">",
               "<arg type=\"s\" name=\"entry\" direction=\"in\"/>", "<method name=\"GetPicker\">",
@@ -298,6 +319,14 @@ TEST_F(ControlServiceTest, WithNeitherBusNorSocketSaysWhyNobodyCouldAsk) {
     EXPECT_THAT(created.error().sentence,
                 HasSubstr("nobody can ask this agent anything: the user has no folder for a "
                           "socket; no session bus: "));
+}
+
+TEST_F(ControlServiceTest, AsksNothingOfAControllerThatIsStillBeingStarted) {
+    serve(socketFile());
+    service_->notifyChanged();
+    EXPECT_EQ(controller_.statusCalls, 0);
+    loop_.turn();
+    EXPECT_GT(controller_.statusCalls, 0);
 }
 
 TEST_F(ControlServiceTest, IsOneForASocketAndSaysWhoHasIt) {

@@ -12,7 +12,10 @@ namespace vantor::agent {
 
 class FakeController : public Controller {
   public:
-    AgentStatus status() const override { return now; }
+    AgentStatus status() const override {
+        ++statusCalls;
+        return now;
+    }
     void picker(std::function<void(Result<Picker, std::string>)> done) override {
         asked.emplace_back("picker");
         if (pickerIsReady) {
@@ -43,6 +46,7 @@ class FakeController : public Controller {
     void quit() override { asked.emplace_back("quit"); }
 
     AgentStatus now;
+    mutable int statusCalls = 0;
     Result<Picker, std::string> offered = Picker{};
     /// The picker is answered at once; else by whoever calls those that wait.
     bool pickerIsReady = true;
