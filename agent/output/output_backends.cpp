@@ -3,6 +3,7 @@
 #include "agent/output/headless/headless_backend.h"
 #include "agent/output/wayland/wayland_background.h"
 #include "agent/output/window/windows.h"
+#include "agent/output/x11/x11_background.h"
 
 #include <cstdlib>
 #include <utility>
@@ -52,6 +53,9 @@ Result<std::unique_ptr<OutputBackend>, std::string> makeOutputs(MainLoop& loop,
     case OutputKind::background:
         if (isSet("WAYLAND_DISPLAY")) {
             return makeWaylandBackground(loop, std::move(events));
+        }
+        if (isSet("DISPLAY")) {
+            return makeX11Background(loop, std::move(events));
         }
         break;
     case OutputKind::window:
