@@ -82,10 +82,8 @@ Result<Done, std::string> WallpaperAgent::start() {
             return Failure{options_.out->string() + " cannot be made: " + failed.message()};
         }
     }
-    for (const auto step : {&WallpaperAgent::listen, &WallpaperAgent::readFiles}) {
-        if (auto taken = (this->*step)(); !taken) {
-            return taken;
-        }
+    if (auto read = readFiles(); !read) {
+        return read;
     }
     auto backend = makeOutputs(loop_, options_.output, options_.refreshRate, outputEvents());
     if (!backend) {
@@ -101,6 +99,10 @@ Result<Done, std::string> WallpaperAgent::start() {
     });
     supervisor_ = std::make_unique<ExtensionSupervisor>(
         loop_, extensionLaunch(platform_, options_.extension), supervisorEvents());
+    // All that can be asked about is there now.
+    if (auto listens = listen(); !listens) {
+        return listens;
+    }
     if (auto started = supervisor_->start(); !started) {
         return started;
     }

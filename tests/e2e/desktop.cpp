@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <stdexcept>
 #include <unistd.h>
 
 namespace vantor::e2e {
@@ -50,7 +51,10 @@ std::map<std::string, std::string> Desktop::environment() const {
 void Desktop::startAgent(std::vector<std::string> words) {
     words.insert(words.begin(), {VANTOR_BIN "/vantor-agent", "run", "--output", "background"});
     agent_ = std::make_unique<Process>(words, environment());
-    ASSERT_TRUE(eventually([this] { return !status().is_null(); })) << agent_->errors();
+    if (!eventually([this] { return !isRunning(agent_->pid()) || !status().is_null(); }) ||
+        !isRunning(agent_->pid())) {
+        throw std::runtime_error("the agent does not start: " + agent_->errors());
+    }
 }
 
 Outcome Desktop::endAgent() {

@@ -17,7 +17,7 @@
 namespace vantor::e2e {
 
 /// A machine with everything at once takes its time.
-inline constexpr std::chrono::seconds kPatience{90};
+inline constexpr std::chrono::seconds kPatience{60};
 
 /// How often the kernel has put the process's threads to run, all together.
 std::uint64_t wakeUps(pid_t process);
@@ -30,7 +30,7 @@ class Desktop : public Installation {
     /// Small outputs, for what is drawn here is drawn by the CPU.
     void startSway(unsigned outputs = 2, const std::string& mode = "320x180");
     /// Starts the agent with those words beside `run --output background`, and waits until it can
-    /// be asked.
+    /// be asked; throws when it ends instead, which fails the test.
     void startAgent(std::vector<std::string> words = {});
     /// Asks the agent to end and waits for it.
     Outcome endAgent();

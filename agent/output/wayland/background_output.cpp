@@ -36,7 +36,7 @@ void BackgroundOutput::requestRefresh() {
 }
 
 void BackgroundOutput::ask() {
-    if (visibility_ != Visibility::visible) {
+    if (visibility_ == Visibility::off) {
         refresh_ = Refresh::postponed;
     } else if (!hasPresented_) {
         refresh_ = Refresh::due;
@@ -57,22 +57,22 @@ void BackgroundOutput::willPresent() {
         ridesOnPresent_ = true;
         surface_.askForFrame();
     }
-    refresh_ = visibility_ == Visibility::visible ? Refresh::asked : Refresh::postponed;
+    refresh_ = visibility_ == Visibility::off ? Refresh::postponed : Refresh::asked;
 }
 
 bool BackgroundOutput::settle(const OutputDescription& description, const SurfaceGeometry& geometry,
                               Visibility visibility) {
     const bool isResized = geometry != geometry_;
-    const bool isSeenAgain =
-        visibility == Visibility::visible && visibility_ != Visibility::visible;
     const bool isOther = isResized || description != description_ || visibility != visibility_;
+    const bool isSeenAgain = visibility != visibility_ &&
+                             (visibility == Visibility::visible || visibility_ == Visibility::off);
     description_ = description;
     geometry_ = geometry;
     visibility_ = visibility;
 
-    if (visibility_ != Visibility::visible && refresh_ != Refresh::notAsked) {
+    if (visibility_ == Visibility::off && refresh_ != Refresh::notAsked) {
         refresh_ = Refresh::postponed;
-    } else if (isSeenAgain && refresh_ == Refresh::postponed) {
+    } else if (isSeenAgain && (refresh_ == Refresh::asked || refresh_ == Refresh::postponed)) {
         // The compositor may have forgotten what it was asked while nobody could see.
         surface_.dropFrame();
         ask();

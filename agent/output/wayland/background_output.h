@@ -21,6 +21,8 @@ class BackgroundOutput final : public Output {
     void requestRefresh() override;
     void willPresent() override;
 
+    /// What frames are presented on.
+    wl_surface* surface() const { return surface_.surface(); }
     bool isClosed() const { return surface_.isClosed(); }
     /// Nothing before the first configuration.
     std::optional<SurfaceFacts> facts() const { return surface_.facts(); }
@@ -38,11 +40,12 @@ class BackgroundOutput final : public Output {
         asked,
         /// Nothing was presented yet, so the compositor would not answer.
         due,
-        /// Asked for by the agent; the compositor is asked when the output can be seen.
+        /// The compositor is asked when the output is on again. Of one that is covered it is asked
+        /// at once: it knows best whether something shows through.
         postponed,
     };
 
-    /// From any state but `asked`.
+    /// Of the compositor, where that is of use now.
     void ask();
 
     Connection& connection_;
