@@ -2,6 +2,7 @@
 
 #include "agent/output/headless/headless_backend.h"
 #include "agent/output/wayland/wayland_background.h"
+#include "agent/output/window/windows.h"
 
 #include <cstdlib>
 #include <utility>
@@ -21,6 +22,17 @@ std::vector<OutputDescription> virtualDisplays(const OutputRequest& request,
                             .refreshRate = static_cast<double>(refreshRate)});
     }
     return displays;
+}
+
+std::vector<WindowOptions> windows(const OutputRequest& request) {
+    std::vector<WindowOptions> windows;
+    for (const DisplayMode& mode : request.displays) {
+        windows.push_back({.width = mode.width,
+                           .height = mode.height,
+                           .title = "Vantor wallpaper, display " +
+                                    std::to_string(windows.size() + 1)});
+    }
+    return windows;
 }
 
 bool isSet(const char* name) {
@@ -43,7 +55,7 @@ Result<std::unique_ptr<OutputBackend>, std::string> makeOutputs(MainLoop& loop,
         }
         break;
     case OutputKind::window:
-        break;
+        return makeWindows(loop, windows(request), std::move(events));
     }
     return Failure{std::string("there is no display server")};
 }
