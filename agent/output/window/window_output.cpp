@@ -99,6 +99,9 @@ void WindowOutput::take(const SDL_WindowEvent& event) {
     case SDL_WINDOWEVENT_MAXIMIZED:
         isHidden_ = false;
         break;
+    case SDL_WINDOWEVENT_EXPOSED:
+        isExposed_ = true;
+        break;
     default:
         break;
     }
@@ -132,7 +135,7 @@ bool WindowOutput::update() {
     }
     const Told now{
         .description = describe(), .visibility = visibility(), .isHelpShown = isHelpWanted_};
-    if (told_ == now) {
+    if (!std::exchange(isExposed_, false) && told_ == now) {
         return false;
     }
     if (!told_ || told_->isHelpShown != now.isHelpShown || told_->description != now.description) {

@@ -44,7 +44,7 @@ class WindowOutput final : public Output {
     bool showsHelp() const { return isHelpWanted_; }
 
     /// Brings what the methods above tell up to date with the window; whether they tell anything
-    /// else than after the last call.
+    /// else than after the last call, or the display server has lost the picture.
     bool update();
 
   private:
@@ -75,6 +75,7 @@ class WindowOutput final : public Output {
     Picture help_;
     bool isHelpWanted_ = true;
     bool isHidden_ = false;
+    bool isExposed_ = false;
     bool isObscured_ = false;
     bool isRefreshWanted_ = false;
 };
