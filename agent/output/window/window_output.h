@@ -20,6 +20,7 @@ class WindowOutput final : public Output {
     /// frames on.
     static std::unique_ptr<WindowOutput> create(const WindowOptions& options,
                                                 std::string connector);
+    ~WindowOutput() override;
     WindowOutput(const WindowOutput&) = delete;
     WindowOutput& operator=(const WindowOutput&) = delete;
 
@@ -67,6 +68,9 @@ class WindowOutput final : public Output {
     std::unique_ptr<SDL_Window, WindowDeleter> window_;
     /// Goes before the window that it paces.
     std::unique_ptr<FramePacer> pacer_;
+    MainLoop* loop_ = nullptr;
+    /// Hides the help some time after the first frame.
+    std::shared_ptr<WorkItem> helpEnd_;
     std::function<void()> refresh_;
     OutputDescription description_;
     std::optional<Told> told_;
