@@ -70,7 +70,8 @@ class Output {
 struct OutputEvents {
     /// An output is there, with a size. Also for those that are there at the start.
     std::function<void(Output&)> added;
-    /// The description, the visibility or the overlay is another one.
+    /// The description, the visibility or the overlay is another one, or the display server has
+    /// lost the picture.
     std::function<void(Output&)> changed;
     /// The output goes when this returns.
     std::function<void(Output&)> removed;

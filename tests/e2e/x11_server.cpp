@@ -139,8 +139,14 @@ void X11Server::removeWindow(std::uint32_t window) const {
 
 std::uint32_t X11Server::addManaged(const std::string& state) const {
     const std::uint32_t window = xcb_generate_id(connection_);
+    const std::uint32_t white = 0xFFFFFF;
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window, root(), 100, 100, 300, 200, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL,
+                      &white);
+    // Its place is a person's wish, which window managers respect.
+    const std::uint32_t hints[18] = {1, 100, 100};
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NORMAL_HINTS,
+                        XCB_ATOM_WM_SIZE_HINTS, 32, std::size(hints), hints);
     if (!state.empty()) {
         const std::uint32_t value = atom(state);
         xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom("_NET_WM_STATE"),

@@ -32,6 +32,7 @@ class X11Server {
     /// fails the test.
     std::string run(std::vector<std::string> command) const;
     void startWindowManager();
+    void stopWindowManager() { manager_.reset(); }
     /// The server ends; what is connected loses its connection.
     void kill();
 
@@ -43,7 +44,8 @@ class X11Server {
     std::uint32_t addCover(int x, int y, unsigned width, unsigned height,
                            std::uint32_t color) const;
     void removeWindow(std::uint32_t window) const;
-    /// A window with that state from its first moment ("_NET_WM_STATE_FULLSCREEN").
+    /// A white window at 100, 100 of 300 × 200, with that state from its first moment
+    /// ("_NET_WM_STATE_FULLSCREEN"; "" for none).
     std::uint32_t addManaged(const std::string& state) const;
     void setTextProperty(const std::string& name, const std::string& value) const;
     /// What is on the screen.

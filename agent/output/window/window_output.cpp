@@ -12,6 +12,8 @@ namespace {
 
 constexpr std::uint32_t kMaxExtent = 16384;
 constexpr double kUsualRate = 60;
+/// Long enough to be read, short enough not to be in the way.
+constexpr double kHelpSeconds = 4;
 
 int extent(std::uint32_t points) { return static_cast<int>(std::clamp(points, 1U, kMaxExtent)); }
 
@@ -39,7 +41,14 @@ std::unique_ptr<WindowOutput> WindowOutput::create(const WindowOptions& options,
     return made;
 }
 
+WindowOutput::~WindowOutput() {
+    if (helpEnd_) {
+        helpEnd_->cancel();
+    }
+}
+
 void WindowOutput::attach(MainLoop& loop, NativeDisplay& native, std::function<void()> refresh) {
+    loop_ = &loop;
     refresh_ = std::move(refresh);
     pacer_ = native.makePacer(loop, *window_, [this] { due(); });
     native.watchObscurity(*window_);
@@ -66,6 +75,9 @@ void WindowOutput::requestRefresh() {
 void WindowOutput::willPresent() {
     isRefreshWanted_ = true;
     pacer_->willPresent();
+    if (!helpEnd_) {
+        helpEnd_ = loop_->asyncAfter(kHelpSeconds, [this] { showHelp(false); });
+    }
 }
 
 void WindowOutput::due() {
@@ -98,6 +110,9 @@ void WindowOutput::take(const SDL_WindowEvent& event) {
     case SDL_WINDOWEVENT_RESTORED:
     case SDL_WINDOWEVENT_MAXIMIZED:
         isHidden_ = false;
+        break;
+    case SDL_WINDOWEVENT_EXPOSED:
+        isExposed_ = true;
         break;
     default:
         break;
@@ -132,7 +147,7 @@ bool WindowOutput::update() {
     }
     const Told now{
         .description = describe(), .visibility = visibility(), .isHelpShown = isHelpWanted_};
-    if (told_ == now) {
+    if (!std::exchange(isExposed_, false) && told_ == now) {
         return false;
     }
     if (!told_ || told_->isHelpShown != now.isHelpShown || told_->description != now.description) {

@@ -20,6 +20,7 @@ class WindowOutput final : public Output {
     /// frames on.
     static std::unique_ptr<WindowOutput> create(const WindowOptions& options,
                                                 std::string connector);
+    ~WindowOutput() override;
     WindowOutput(const WindowOutput&) = delete;
     WindowOutput& operator=(const WindowOutput&) = delete;
 
@@ -44,7 +45,7 @@ class WindowOutput final : public Output {
     bool showsHelp() const { return isHelpWanted_; }
 
     /// Brings what the methods above tell up to date with the window; whether they tell anything
-    /// else than after the last call.
+    /// else than after the last call, or the display server has lost the picture.
     bool update();
 
   private:
@@ -67,6 +68,9 @@ class WindowOutput final : public Output {
     std::unique_ptr<SDL_Window, WindowDeleter> window_;
     /// Goes before the window that it paces.
     std::unique_ptr<FramePacer> pacer_;
+    MainLoop* loop_ = nullptr;
+    /// Hides the help some time after the first frame.
+    std::shared_ptr<WorkItem> helpEnd_;
     std::function<void()> refresh_;
     OutputDescription description_;
     std::optional<Told> told_;
@@ -75,6 +79,7 @@ class WindowOutput final : public Output {
     Picture help_;
     bool isHelpWanted_ = true;
     bool isHidden_ = false;
+    bool isExposed_ = false;
     bool isObscured_ = false;
     bool isRefreshWanted_ = false;
 };

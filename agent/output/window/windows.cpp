@@ -15,9 +15,6 @@
 namespace vantor::agent {
 namespace {
 
-/// Long enough to be read, short enough not to be in the way.
-constexpr double kHelpSeconds = 4;
-
 /// SDL's video, from `start` to destruction.
 class Video {
   public:
@@ -67,10 +64,8 @@ class Windows final : public OutputBackend {
   public:
     Windows(MainLoop& loop, OutputEvents events) : loop_(loop), events_(std::move(events)) {}
     ~Windows() override {
-        for (const auto& item : {firstTurn_, helpEnd_}) {
-            if (item) {
-                item->cancel();
-            }
+        if (firstTurn_) {
+            firstTurn_->cancel();
         }
         if (native_) {
             native_->willClose();
@@ -123,11 +118,6 @@ class Windows final : public OutputBackend {
             output->update();
             events_.added(*output);
         }
-        helpEnd_ = loop_.asyncAfter(kHelpSeconds, [this] {
-            for (const auto& output : outputs_) {
-                output->showHelp(false);
-            }
-        });
     }
 
     void pump() {
@@ -232,7 +222,6 @@ class Windows final : public OutputBackend {
         for (const auto& output : outputs_) {
             events_.removed(*output);
         }
-        helpEnd_->cancel();
         if (!native_->canCloseWhenLost()) {
             for (const auto& output : outputs_) {
                 output->abandonWindow();
@@ -262,7 +251,6 @@ class Windows final : public OutputBackend {
     std::unique_ptr<DescriptorWatch> watch_;
     std::optional<TurnEnd> turnEnd_;
     std::shared_ptr<WorkItem> firstTurn_;
-    std::shared_ptr<WorkItem> helpEnd_;
     bool isAnnounced_ = false;
     bool hasHungUp_ = false;
 };

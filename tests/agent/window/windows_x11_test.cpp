@@ -117,9 +117,10 @@ TEST_F(WindowsOnX11Test, ChordsBelongToTheDesktop) {
     EXPECT_THAT(recorder_.commands, ElementsAre(std::pair{&output(), WindowCommand::toggleIdle}));
 }
 
-TEST_F(WindowsOnX11Test, HelpIsThereAtTheStartAndGoesByItself) {
+TEST_F(WindowsOnX11Test, HelpIsThereAtTheStartAndGoesByItselfOnceThereIsAPicture) {
     startOne(WindowManager::none);
     EXPECT_NE(output().overlay(), nullptr);
+    output().willPresent();
     EXPECT_TRUE(turnUntil([&] { return output().overlay() == nullptr; }));
     EXPECT_GT(recorder_.changes[&output()], 0);
 }
