@@ -44,9 +44,11 @@ class SwayBackground : public testing::Test, protected tests::RecordedOutputs {
         onRemoved = [this](agent::Output& output) { painters_.erase(&output); };
     }
 
-    /// Starts sway and the backend, and waits for the outputs.
+    /// Starts sway and the backend, and waits for the outputs. They are small, for what is drawn
+    /// here is drawn by the CPU.
     void start(unsigned outputs = 2, const std::string& configuration = {}) {
-        connect(std::make_unique<Sway>(outputs, configuration), outputs);
+        const std::string small = "output * mode 480x270@60Hz\n";
+        connect(std::make_unique<Sway>(outputs, small + configuration), outputs);
     }
     /// Starts the backend on that sway, and waits for the outputs.
     void connect(std::unique_ptr<Sway> sway, unsigned outputs) {
@@ -102,7 +104,7 @@ class SwayBackground : public testing::Test, protected tests::RecordedOutputs {
 TEST_F(SwayBackground, AnnouncesEveryOutputByItsConnector) {
     start();
     EXPECT_THAT(log, UnorderedElementsAre("added HEADLESS-1", "added HEADLESS-2"));
-    EXPECT_EQ(size("HEADLESS-1"), "1280x720@1");
+    EXPECT_EQ(size("HEADLESS-1"), "480x270@1");
     EXPECT_EQ(output("HEADLESS-1")->description().refreshRate, 60);
     EXPECT_EQ(visibility("HEADLESS-2"), Visibility::visible);
 }
@@ -115,8 +117,8 @@ TEST_F(SwayBackground, CoversEveryPixelOfEveryOutput) {
 }
 
 TEST_F(SwayBackground, HasOnePixelForEachOfTheDisplayAtAFractionalScale) {
-    start(1, "output HEADLESS-1 mode 1920x1080@60Hz scale 1.5");
-    EXPECT_EQ(size("HEADLESS-1"), "1920x1080@1.5");
+    start(1, "output HEADLESS-1 mode 960x540@60Hz scale 1.5");
+    EXPECT_EQ(size("HEADLESS-1"), "960x540@1.5");
     paintAlways();
     EXPECT_TRUE(isPainted("HEADLESS-1"));
 }
