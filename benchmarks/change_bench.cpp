@@ -4,6 +4,7 @@
 
 #include "agent/display.h"
 #include "agent/extension_session.h"
+#include "agent/output/headless/headless_backend.h"
 #include "platform/linux/gpu/vulkan_context.h"
 #include "platform/notifications.h"
 #include "platform/platform.h"
@@ -28,8 +29,9 @@
 namespace vantor {
 namespace {
 
-constexpr agent::DisplayMode kMode{.width = 640, .height = 360, .scale = 1};
 constexpr std::uint32_t kRefreshRate = 60;
+const agent::OutputDescription kOutput{
+    .connector = "headless-1", .width = 640, .height = 360, .refreshRate = kRefreshRate};
 constexpr double kPatience = 30;
 constexpr const char* kChanged = "com.nimbara.lockscreen.changed";
 
@@ -88,12 +90,21 @@ class Session {
 /// An agent with one display, as far as this needs one.
 class Agent {
   public:
-    Agent() : loop_(static_cast<MainLoop&>(platform().mainQueue())) {
-        auto gpu = vulkan::Context::create();
-        display_ = agent::Display::create(loop_, gpu.value(), 1, kMode, "match-desktop");
+    Agent()
+        : loop_(static_cast<MainLoop&>(platform().mainQueue())),
+          outputs_(agent::makeHeadless(loop_, std::array{kOutput},
+                                       {.added = [this](agent::Output& output) { show(output); },
+                                        .changed = [](agent::Output&) {},
+                                        .removed = [](agent::Output&) {},
+                                        .refresh = [this](agent::Output&) { display_->refresh(); },
+                                        .command = {},
+                                        .ended = [](const std::string&) {}})) {
+        while (!display_) {
+            loop_.turn();
+        }
         const launch::ScreenRecord screen{.displayID = 1,
-                                          .width = kMode.width,
-                                          .height = kMode.height,
+                                          .width = kOutput.width,
+                                          .height = kOutput.height,
                                           .refreshRate = kRefreshRate};
         auto session = agent::ExtensionSession::start(
             loop_,
@@ -102,20 +113,18 @@ class Agent {
             std::array{screen},
             {.attached = [this](std::uint32_t,
                                 FileDescriptor socket) { display_->host(std::move(socket)); },
-             .ended = [](const std::string&) {}});
+             .ended = [](const std::string&) {},
+             .links = [this](std::uint32_t,
+                             std::uint32_t frameRate) { display_->setLinkRate(frameRate); }});
         session_ = std::move(session).value();
-        session_->acquire(display_->wallpaper(),
+        session_->acquire(UUID::random(),
                           {.configuration = "match-desktop",
-                           .size = display_->size(),
+                           .size = {.width = kOutput.width * 1.0, .height = kOutput.height * 1.0},
                            .directDisplayID = 1,
                            .presentationMode = "locked"},
                           [this](const Result<std::uint32_t, std::string>& context) {
                               static_cast<void>(session_->attach(context.value()));
                           });
-        timer_ = loop_.repeatingTimer(1.0 / kRefreshRate, [this] {
-            display_->refresh();
-            session_->tick(1);
-        });
     }
 
     /// Seconds until the display shows that colour and not the other; negative when it does not.
@@ -142,10 +151,17 @@ class Agent {
     }
 
   private:
+    void show(agent::Output& output) {
+        auto gpu = vulkan::Context::create();
+        auto display =
+            agent::Display::create(loop_, gpu.value(), output, [this] { session_->tick(1); });
+        display_ = std::move(display).value();
+    }
+
     MainLoop& loop_;
+    std::unique_ptr<agent::OutputBackend> outputs_;
     std::unique_ptr<agent::Display> display_;
     std::unique_ptr<agent::ExtensionSession> session_;
-    std::unique_ptr<RepeatingTimer> timer_;
 };
 
 void change(benchmark::State& state) {
@@ -184,8 +200,8 @@ void frame(benchmark::State& state) {
     ShaderGPU& gpu = ShaderGPU::shared();
     const auto pipeline = gpu.pipeline("plasma", *ShaderCatalog::plasma.source);
     const auto texture = gpu.device()->newTexture({.pixelFormat = gpu::PixelFormat::bgra8Unorm,
-                                                   .width = kMode.width,
-                                                   .height = kMode.height,
+                                                   .width = kOutput.width,
+                                                   .height = kOutput.height,
                                                    .usage = gpu::TextureUsage::renderTarget,
                                                    .storageMode = gpu::StorageMode::shared});
     float time = 0;

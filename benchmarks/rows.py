@@ -97,6 +97,15 @@ ROWS = [
         aim="ratio <= 1.5"),
     *[Row(f"requests a second, {count} connections", f"service/requests/{count}",
           counter="requests_a_second", unit="/s") for count in (1, 8, 64)],
+    # Both processes together.
+    Row("CPU of a running trivial wallpaper on a desktop, per cent of a core",
+        "desktop/running/ours", against="desktop/running/straight", counter="percent_of_a_core",
+        unit="%", aim="ratio <= 1.5"),
+    Row("its frames a second", "desktop/running/ours", counter="frames_a_second", unit="/s"),
+    Row("wake-ups of a paused desktop in 10 s", "desktop/paused", counter="wakeups", unit="count",
+        aim="value <= 0"),
+    Row("from the lock to the first moving frame", "desktop/lock"),
+    Row("from a crash to the next picture", "desktop/crash"),
 ]
 
 HOSTILE_LISTS = ["nested_binary", "nested_xml", "nested_text", "cycle", "shared_arrays", "shared_text",

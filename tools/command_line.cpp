@@ -1,7 +1,7 @@
 #include "tools/command_line.h"
 
-#include "tools/commands.h"
 #include "platform/suggestion.h"
+#include "tools/commands.h"
 
 #include <algorithm>
 #include <ostream>

@@ -1,5 +1,6 @@
 // vantorctl gallery
 
+#include "platform/linux/whole_file.h"
 #include "platform/platform.h"
 #include "shaders/shader_catalog.h"
 #include "tools/arguments.h"
@@ -7,7 +8,6 @@
 #include "tools/drawing.h"
 #include "tools/gallery_page.h"
 #include "tools/progress.h"
-#include "platform/linux/whole_file.h"
 
 #include <CLI/CLI.hpp>
 

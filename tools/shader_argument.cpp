@@ -1,9 +1,9 @@
 #include "tools/shader_argument.h"
 
 #include "platform/gpu.h"
+#include "platform/suggestion.h"
 #include "platform/utf8.h"
 #include "shaders/shader_catalog.h"
-#include "platform/suggestion.h"
 
 #include <filesystem>
 #include <fstream>

@@ -26,7 +26,7 @@ ConfigurationWatch::ConfigurationWatch(MainLoop& loop, std::filesystem::path fil
     : loop_(loop), file_(std::move(file)), changed_(std::move(changed)) {}
 
 Result<std::unique_ptr<ConfigurationWatch>, std::string>
-ConfigurationWatch::create(MainLoop& loop, std::filesystem::path file,
+ConfigurationWatch::create(MainLoop& loop, const std::filesystem::path& file,
                            std::function<void()> changed) {
     std::error_code ignored;
     std::unique_ptr<ConfigurationWatch> made(

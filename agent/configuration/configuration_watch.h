@@ -17,7 +17,7 @@ class ConfigurationWatch {
     /// Calls `changed` from the loop. It may come without a change, and may destroy the watch. The
     /// error is a sentence.
     static Result<std::unique_ptr<ConfigurationWatch>, std::string>
-    create(MainLoop& loop, std::filesystem::path file, std::function<void()> changed);
+    create(MainLoop& loop, const std::filesystem::path& file, std::function<void()> changed);
 
     ConfigurationWatch(const ConfigurationWatch&) = delete;
     ConfigurationWatch& operator=(const ConfigurationWatch&) = delete;

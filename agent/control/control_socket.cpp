@@ -104,6 +104,13 @@ ControlSocket::listen(MainLoop& loop, const std::filesystem::path& file,
         return Failure{Problem{
             .agent = pid, .sentence = "an agent already runs (pid " + std::to_string(pid) + ")"}};
     }
+    if (errno == EAGAIN) {
+        return Failure{
+            Problem{.agent = 0, .sentence = "an agent already runs, and does not answer"}};
+    }
+    if (errno != ECONNREFUSED && errno != ENOENT) {
+        return problem(file, std::strerror(errno));
+    }
     ::unlink(file.c_str());
     FileDescriptor socket = makeSocket();
     const Address address(file);

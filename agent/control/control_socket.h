@@ -19,13 +19,15 @@ namespace vantor::agent {
 /// where there is neither.
 std::optional<std::filesystem::path> controlSocketFile();
 
-/// A connection to the socket; no descriptor when nobody listens.
+/// A connection to the socket; no descriptor, and errno set, when there can be none: EAGAIN when an
+/// agent listens and lets too many callers wait.
 FileDescriptor connectToControlSocket(const std::filesystem::path& file);
 
 class ControlSocket {
   public:
     struct Problem {
-        /// The agent that listens there already; nothing when it is another problem.
+        /// The agent that listens there already, 0 when it is too busy to say who it is; nothing
+        /// when it is another problem.
         std::optional<pid_t> agent;
         /// A sentence.
         std::string sentence;

@@ -28,10 +28,10 @@ std::vector<OutputDescription> virtualDisplays(const OutputRequest& request,
 std::vector<WindowOptions> windows(const OutputRequest& request) {
     std::vector<WindowOptions> windows;
     for (const DisplayMode& mode : request.displays) {
-        windows.push_back({.width = mode.width,
-                           .height = mode.height,
-                           .title = "Vantor wallpaper, display " +
-                                    std::to_string(windows.size() + 1)});
+        windows.push_back(
+            {.width = mode.width,
+             .height = mode.height,
+             .title = "Vantor wallpaper, display " + std::to_string(windows.size() + 1)});
     }
     return windows;
 }
@@ -47,21 +47,20 @@ Result<std::unique_ptr<OutputBackend>, std::string> makeOutputs(MainLoop& loop,
                                                                 const OutputRequest& request,
                                                                 std::uint32_t refreshRate,
                                                                 OutputEvents events) {
-    switch (request.kind) {
-    case OutputKind::headless:
+    if (request.kind == OutputKind::headless) {
         return makeHeadless(loop, virtualDisplays(request, refreshRate), std::move(events));
-    case OutputKind::background:
-        if (isSet("WAYLAND_DISPLAY")) {
-            return makeWaylandBackground(loop, std::move(events));
-        }
-        if (isSet("DISPLAY")) {
-            return makeX11Background(loop, std::move(events));
-        }
-        break;
-    case OutputKind::window:
+    }
+    if (request.kind == OutputKind::window) {
         return makeWindows(loop, windows(request), std::move(events));
     }
-    return Failure{std::string("there is no display server")};
+    if (isSet("WAYLAND_DISPLAY")) {
+        return makeWaylandBackground(loop, std::move(events));
+    }
+    if (isSet("DISPLAY")) {
+        return makeX11Background(loop, std::move(events));
+    }
+    return Failure{std::string("there is no desktop: neither WAYLAND_DISPLAY nor DISPLAY names a "
+                               "display server")};
 }
 
 } // namespace vantor::agent

@@ -8,9 +8,8 @@ namespace {
 class ChoicesTest : public testing::Test {
   protected:
     Choices choices(std::map<std::uint32_t, std::string> asked = {}) {
-        return {std::move(asked), memory, [this](std::string_view choice) {
-                    return std::string(choice) + "@" + version;
-                }};
+        return {std::move(asked), memory,
+                [this](std::string_view choice) { return std::string(choice) + "@" + version; }};
     }
     static OutputSettings configured(std::string wallpaper) {
         return {.wallpaper = std::move(wallpaper)};

@@ -2,7 +2,10 @@
 // and what it reads.
 
 #include "agent/command_line.h"
+#include "agent/output/window/key_table.h"
 #include "tests/support/program_documentation.h"
+
+#include <gmock/gmock.h>
 
 namespace vantor::agent {
 namespace {
@@ -25,6 +28,16 @@ TEST_F(AgentDocumentation, TheManualsAreWellFormed) {
 }
 
 TEST_F(AgentDocumentation, TheManualHasExactlyTheProgramsCommandsAndOptions) { checkManual(); }
+
+TEST_F(AgentDocumentation, TheManualHasTheKeysOfAWindow) {
+    for (const KeyEntry& entry : keyTable()) {
+        std::string item = "\n.It Li " + std::string(entry.keys[0].cap);
+        if (!entry.keys[1].cap.empty()) {
+            item += " , Li " + std::string(entry.keys[1].cap);
+        }
+        EXPECT_THAT(manual(), testing::HasSubstr(item + "\n" + std::string(entry.meaning) + ".\n"));
+    }
+}
 
 TEST_F(AgentDocumentation, BashCompletesExactlyTheProgramsCommandsAndOptions) { checkBash(); }
 

@@ -141,9 +141,9 @@ TEST_F(DesktopTest, FollowsModesScalesAndOutputsThatComeAndGo) {
 
     ASSERT_TRUE(moves({"HEADLESS-2"}));
     const std::size_t asked = occurrences(log(), " choice=plasma ");
-    sway_->command("output HEADLESS-2 disable");
+    configure("[[output]]\nconnector = \"HEADLESS-2\"\nenabled = false\n");
     ASSERT_TRUE(eventually([&] { return output("HEADLESS-2").is_null(); }));
-    sway_->command("output HEADLESS-2 enable");
+    configure("");
     ASSERT_TRUE(eventually([&] { return !output("HEADLESS-2").is_null(); }));
     EXPECT_EQ(output("HEADLESS-2").at("display"), 2);
     EXPECT_TRUE(moves({"HEADLESS-2"}));
@@ -151,6 +151,18 @@ TEST_F(DesktopTest, FollowsModesScalesAndOutputsThatComeAndGo) {
     // Within the grace period it is the wallpaper of before.
     EXPECT_THAT(log(), Not(HasSubstr("torn down")));
     EXPECT_EQ(status().at("extension").at("restarts"), 0);
+}
+
+TEST_F(DesktopTest, GoesOnWhenAnOutputIsUnplugged) {
+    const Sway screen(1);
+    sway_ = Sway::inside(screen, 2);
+    startAgent({"--choose", "1=plasma", "--choose", "2=plasma"});
+    ASSERT_TRUE(moves({"WL-1", "WL-2"})) << agent_->errors();
+    screen.closeWindow("WL-2");
+    ASSERT_TRUE(eventually([&] { return output("WL-2").is_null(); }));
+    EXPECT_TRUE(eventually([&] { return log().find("INVALIDATE ") != std::string::npos; }));
+    EXPECT_TRUE(moves({"WL-1"}));
+    EXPECT_EQ(endAgent().status, 0);
 }
 
 TEST_F(DesktopTest, ShowsTheLockScreensWallpaperWhileItIsLocked) {

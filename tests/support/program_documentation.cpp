@@ -114,8 +114,10 @@ std::string ProgramDocumentation::synopsisOf(const std::string& manual,
     return begin == std::string::npos ? "" : manual.substr(begin, end - begin);
 }
 
+std::string ProgramDocumentation::manual() const { return contents("docs/" + name_ + ".1"); }
+
 void ProgramDocumentation::checkManual() const {
-    const std::string manual = contents("docs/" + name_ + ".1");
+    const std::string manual = this->manual();
     Words options{"--version"};
     for (const CLI::App* command : commands()) {
         options.merge(optionsOf(*command));

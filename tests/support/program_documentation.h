@@ -28,6 +28,9 @@ class ProgramDocumentation : public testing::Test {
     /// That it has a line for every command.
     void checkReadme() const;
 
+    /// The source of the manual page.
+    std::string manual() const;
+
     /// A page in docs as mandoc sees it: its complaints.
     static std::string complaintsAboutManual(const std::string& page);
 

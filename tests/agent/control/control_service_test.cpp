@@ -182,7 +182,9 @@ TEST_P(EitherWay, ThePropertiesSayWhatTheStatusSays) {
         };
         const char* text = nullptr;
         int number = 0;
-        sd_bus_message_read(read("Version", "s").get(), "s", &text);
+        const xpc::Message version = read("Version", "s");
+        sd_bus_message_read(version.get(), "s", &text);
+        EXPECT_STREQ(text, "1.2");
         for (const auto& [name, expected] :
              {std::pair("Locked", 1), {"Paused", 0}, {"OnBattery", 1}}) {
             sd_bus_message_read(read(name, "b").get(), "b", &number);

@@ -81,6 +81,19 @@ TEST_F(ControlSocketTest, OfALivingAgentIsNotTaken) {
     EXPECT_TRUE(exists(file()));
 }
 
+TEST_F(ControlSocketTest, OfABusyAgentIsNotTaken) {
+    const auto first = listen(file());
+    ASSERT_TRUE(first);
+    std::vector<FileDescriptor> callers;
+    do {
+        callers.push_back(connectToControlSocket(file()));
+    } while (callers.back());
+    const auto second = listen(file());
+    ASSERT_FALSE(second);
+    EXPECT_EQ(second.error().agent, 0);
+    EXPECT_EQ(second.error().sentence, "an agent already runs, and does not answer");
+}
+
 TEST_F(ControlSocketTest, MayHaveALongName) {
     const auto longFile = folder_.path() / std::string(150, 'x') / "vantor/agent.sock";
     const auto socket = listen(longFile);
