@@ -11,7 +11,7 @@ namespace {
 constexpr std::uint32_t kOnAllDesktops = 0xFFFFFFFF;
 constexpr std::string_view kName = "Wallpaper";
 /// Instance and class, each ended by a zero.
-constexpr std::string_view kClass{"vantor-agent\0Vantor-agent", 26};
+constexpr char kClass[] = "vantor-agent\0Vantor-agent";
 
 std::uint32_t word(std::int32_t value) { return static_cast<std::uint32_t>(value); }
 
@@ -61,7 +61,7 @@ void DesktopWindow::setProperties() {
     setText(connection_, window_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, kName);
     setText(connection_, window_, connection_.atom(Atom::windowName),
             connection_.atom(Atom::utf8String), kName);
-    setText(connection_, window_, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, kClass);
+    setText(connection_, window_, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, {kClass, sizeof(kClass)});
     const auto set = [this](Atom property, xcb_atom_t type,
                             const std::vector<std::uint32_t>& values) {
         connection_.setValues(window_, connection_.atom(property), type, values);
