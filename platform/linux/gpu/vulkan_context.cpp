@@ -144,7 +144,7 @@ Result<Done, std::string> Context::createDevice() {
     if (canShareMemory_) {
         extensions.push_back(VK_KHR_EXTERNAL_MEMORY_FD_EXTENSION_NAME);
     }
-    canPresent_ = has(available, VK_KHR_SWAPCHAIN_EXTENSION_NAME);
+    canPresent_ = isPresentationEnabled() && has(available, VK_KHR_SWAPCHAIN_EXTENSION_NAME);
     if (canPresent_) {
         extensions.push_back(VK_KHR_SWAPCHAIN_EXTENSION_NAME);
     }

@@ -113,6 +113,8 @@ VkInstance makeInstance() {
 
 void enablePresentation() { isPresenting = true; }
 
+bool isPresentationEnabled() { return isPresenting; }
+
 VkInstance sharedInstance() {
     static const VkInstance instance = makeInstance();
     return instance;

@@ -16,6 +16,8 @@ VkInstance sharedInstance();
 /// Lets the instance make surfaces of windows. Called before it is made, by programs that show
 /// pictures: with it, drivers look for a display server. Main thread.
 void enablePresentation();
+/// Whether that was called.
+bool isPresentationEnabled();
 
 /// Tells the validation layer that another process brought the image into its layout, which the
 /// layer does not see by itself. Nothing without validation.

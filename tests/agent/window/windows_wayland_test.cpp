@@ -106,6 +106,22 @@ TEST_F(WindowsOnWaylandTest, PixelsOfADenseDisplayAreMoreThanPoints) {
         << description().width << " at " << description().scale;
 }
 
+TEST_F(WindowsOnWaylandTest, KeysAreCommands) {
+    start();
+    ASSERT_TRUE(turnUntil([&] { return description().width == 1024; }));
+    SurfacePainter painter(output().makeSurface(surfaceInstance()), 1024, 640);
+    ASSERT_TRUE(painter.paint(0, 1, 0));
+    // Without a window manager keys go to where the pointer is.
+    server_->run({"xdotool", "mousemove", "300", "300"});
+    const auto isPressed = [&] {
+        server_->run({"xdotool", "key", "n"});
+        return recorder_.turnUntil(
+            loop_, [&] { return !recorder_.commands.empty(); }, std::chrono::milliseconds(200));
+    };
+    ASSERT_TRUE(e2e::eventually(isPressed, std::chrono::seconds(20)));
+    EXPECT_EQ(recorder_.commands.front(), (std::pair{&output(), WindowCommand::nextWallpaper}));
+}
+
 TEST(WindowsWithoutASeatTest, CompositorInMemoryIsRefusedWithASentence) {
     const e2e::Weston compositor({});
     MainLoop loop;
