@@ -218,7 +218,8 @@ void Display::tickIfDue() {
     if (!interval || time + *interval * kJitter < due_) {
         return;
     }
-    due_ = std::max(due_ + *interval, time);
+    // A tick that was missed is not made up for.
+    due_ = (time - due_ < *interval ? due_ : time) + *interval;
     tick_();
 }
 

@@ -70,6 +70,12 @@ Result<Done, std::string> WallpaperAgent::start() {
     if (options_.output.kind != OutputKind::headless) {
         vulkan::enablePresentation();
     }
+    // Before the device, for drivers wait without an end for a display server that does not answer.
+    auto backend = makeOutputs(loop_, options_.output, options_.refreshRate, outputEvents());
+    if (!backend) {
+        return Failure{backend.error()};
+    }
+    backend_ = std::move(*backend);
     auto gpu = vulkan::Context::create();
     if (!gpu) {
         return Failure{gpu.error()};
@@ -85,11 +91,6 @@ Result<Done, std::string> WallpaperAgent::start() {
     if (auto read = readFiles(); !read) {
         return read;
     }
-    auto backend = makeOutputs(loop_, options_.output, options_.refreshRate, outputEvents());
-    if (!backend) {
-        return Failure{backend.error()};
-    }
-    backend_ = std::move(*backend);
     conditions_ =
         std::make_unique<SystemConditions>(platform_, loop_, [this] { conditionsChanged(); });
     platform_.notifications().observeDarwin(kHostApplicationChanged, [weak = std::weak_ptr(self_)] {

@@ -98,6 +98,8 @@ class WallpaperAgent : private Controller {
     void setPaused(bool paused) override;
     Result<Done, std::string> reload() override;
     void quit() override;
+    /// Asks the extension whether it offers the entry, and tells of the trouble when it does not.
+    void doubt(const ShownOutput& chosen, std::string entry);
     void conditionsChanged();
     /// The host application may have chosen something else.
     void choicesChanged();

@@ -34,6 +34,15 @@ std::vector<std::string> entries(const Picker& picker) {
     return all;
 }
 
+bool isOffered(const Picker& picker, std::string_view entry) {
+    const auto offered = entries(picker);
+    return entry == kNoChoice || std::find(offered.begin(), offered.end(), entry) != offered.end();
+}
+
+std::string notOffered(std::string_view entry) {
+    return "the extension offers no entry \"" + std::string(entry) + "\"";
+}
+
 } // namespace
 
 AgentStatus WallpaperAgent::status() const {
@@ -95,16 +104,31 @@ Result<Done, std::string> WallpaperAgent::choose(std::string_view output, std::s
     if (entry.empty()) {
         return Failure{std::string("an entry needs a name")};
     }
-    if (picker_ && entry != kNoChoice) {
-        const auto offered = entries(*picker_);
-        if (std::find(offered.begin(), offered.end(), entry) == offered.end()) {
-            return Failure{"the extension offers no entry \"" + std::string(entry) + "\""};
-        }
+    if (picker_ && !isOffered(*picker_, entry)) {
+        return Failure{notOffered(entry)};
     }
     choices_.choose(shown->number(), shown->connector(), entry);
     saveMemory();
+    // The trouble of the choice before is none of this one's.
+    shown->display().setTrouble({});
     apply(*shown);
+    if (!picker_) {
+        doubt(*shown, std::string(entry));
+    }
     return Done{};
+}
+
+void WallpaperAgent::doubt(const ShownOutput& chosen, std::string entry) {
+    picker([this, connector = chosen.connector(),
+            entry = std::move(entry)](const Result<Picker, std::string>& offered) {
+        // The output may have gone, or show something else, while the extension answered.
+        ShownOutput* const shown = named(connector);
+        if (offered && shown != nullptr && shown->shown().choice == entry &&
+            !isOffered(offered.value(), entry)) {
+            shown->display().setTrouble(notOffered(entry));
+            noteChange();
+        }
+    });
 }
 
 void WallpaperAgent::setLocked(bool locked) {

@@ -60,10 +60,10 @@ class DesktopSoak : public Desktop {
             EXPECT_EQ(agentctl({oneOf({"pause", "resume"})}).status, 0);
             break;
         case 3:
-            sway_->command("output " + which + " mode " + oneOf({"320x180", "240x160", "200x300"}));
+            sway_->command("output " + which + " mode " + oneOf(kModes));
             break;
         case 4:
-            sway_->command("output " + which + " scale " + oneOf({"1", "1.25", "1.5", "2"}));
+            sway_->command("output " + which + " scale " + oneOf(kScales));
             break;
         case 5:
             configure(oneOf({"", "max_fps = 10\n", "desktop = \"still\"\n", "max_fps = oops\n",
@@ -88,6 +88,8 @@ class DesktopSoak : public Desktop {
         ASSERT_TRUE(moves({"HEADLESS-1", "HEADLESS-2"}, 10));
     }
 
+    static constexpr const char* kModes[] = {"320x180", "240x160", "200x300"};
+    static constexpr const char* kScales[] = {"1", "1.25", "1.5", "2"};
     static constexpr const char* kShaders[] = {"plasma", "aurora", "builtin.smoke"};
     static constexpr const char* kEntries[] = {"plasma", "aurora", "match-desktop",
                                                "builtin.smoke"};
@@ -99,13 +101,19 @@ class DesktopSoak : public Desktop {
 TEST_F(DesktopSoak, ChangesLeaveNothingBehindInEitherProcess) {
     startSway();
     startAgent();
-    // Every kind of wallpaper and picture has been there once.
+    // Every kind of wallpaper, picture and swapchain has been there once.
     for (const char* entry : kEntries) {
         ASSERT_EQ(agentctl({"choose", "HEADLESS-1", entry}).status, 0);
         ASSERT_TRUE(moves({"HEADLESS-1"}, 2)) << entry;
     }
-    for (int round = 0; round < 20; ++round) {
-        change();
+    for (const std::string output : {"HEADLESS-1", "HEADLESS-2"}) {
+        for (const std::string mode : kModes) {
+            for (const std::string scale : kScales) {
+                sway_->command("output " + output + " mode " + mode);
+                sway_->command("output " + output + " scale " + scale);
+                ASSERT_TRUE(moves({output}, 2));
+            }
+        }
     }
     settle();
     const pid_t other = extension();

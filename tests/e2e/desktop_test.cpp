@@ -187,6 +187,14 @@ TEST_F(DesktopTest, AChoiceIsRememberedAndTakenBack) {
     ASSERT_EQ(agentctl({"choose", "HEADLESS-1", "plasma"}).status, 0);
     EXPECT_TRUE(eventually([&] { return !showsOrange("HEADLESS-1"); }));
     EXPECT_EQ(agentctl({"choose", "DP-9", "plasma"}).status, 1);
+    // The extension need not have told by now what it offers.
+    static_cast<void>(agentctl({"choose", "HEADLESS-1", "plasmoid"}));
+    EXPECT_TRUE(eventually([&] {
+        return output("HEADLESS-1").at("trouble") == "the extension offers no entry \"plasmoid\"";
+    }));
+    EXPECT_EQ(agentctl({"choose", "HEADLESS-1", "plasmatic"}).status, 1);
+    ASSERT_EQ(agentctl({"choose", "HEADLESS-1", "plasma"}).status, 0);
+    EXPECT_TRUE(eventually([&] { return output("HEADLESS-1").at("trouble") == ""; }));
     ASSERT_EQ(endAgent().status, 0);
 
     startAgent();

@@ -1,10 +1,14 @@
 // The agent as the background of a compositor that does what it should not, or stops doing what it
 // should.
 
+#include "platform/linux/file_descriptor.h"
 #include "tests/e2e/desktop.h"
 #include "tests/support/wayland_compositor.h"
 
 #include <gmock/gmock.h>
+
+#include <sys/socket.h>
+#include <sys/un.h>
 
 namespace vantor::e2e {
 namespace {
@@ -70,6 +74,24 @@ TEST_F(HostileCompositor, IsToldThatItLacksALayerShell) {
         run({VANTOR_BIN "/vantor-agent", "run", "--output", "background"}, environment());
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.errors, HasSubstr("the compositor offers no layer shell"));
+}
+
+TEST_F(HostileCompositor, IsNotWaitedForWithoutAnEnd) {
+    // It takes connections and answers nobody.
+    const auto path = folder() / "silent";
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.native().copy(address.sun_path, sizeof(address.sun_path) - 1);
+    const FileDescriptor listening(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    ASSERT_EQ(::bind(listening.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)),
+              0);
+    ASSERT_EQ(::listen(listening.get(), 1), 0);
+    auto variables = environment();
+    variables["WAYLAND_DISPLAY"] = path.string();
+    const Outcome outcome =
+        run({VANTOR_BIN "/vantor-agent", "run", "--output", "background"}, variables, kPatience);
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.errors, HasSubstr("the compositor does not answer within 10 seconds"));
 }
 
 TEST_F(HostileCompositor, GetsAPixelForEachOfItsDisplayAtAnyScale) {
