@@ -196,13 +196,15 @@ void WallpaperAgent::setAsideWhatIsShown(const std::string& how) {
     bool changed = false;
     for (const auto& shown : shown_) {
         const std::string choice = shown->shown().entry;
-        if (choices_.setAside(shown->connector(), choice,
-                              choice + " is set aside until it changes: the extension ended " +
-                                  "again and again while it was shown, and last " + how)) {
+        const std::string reason = choice +
+                                   " is set aside until it changes: the extension ended "
+                                   "again and again while it was shown, and last " +
+                                   how;
+        if (choices_.setAside(shown->connector(), choice, reason)) {
             changed = true;
-            complain(shown->connector() + " shows " + std::string(kSafeChoice) + ", for " + choice +
-                     " is set aside until it changes: the extension ended again and " +
-                     "again while it was shown");
+            std::string sentence = shown->connector();
+            sentence.append(" shows ").append(kSafeChoice).append(", for ").append(reason);
+            complain(sentence);
         }
     }
     if (changed) {

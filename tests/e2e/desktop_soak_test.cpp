@@ -19,6 +19,12 @@ std::chrono::seconds length() {
     return std::chrono::seconds(asked != nullptr ? std::atoi(asked) : 10);
 }
 
+/// A line of sway's configuration.
+std::string setting(std::string output, std::string_view what, std::string_view value) {
+    output.insert(0, "output ");
+    return output.append(" ").append(what).append(" ").append(value);
+}
+
 struct Use {
     std::size_t descriptors = 0;
     /// KiB.
@@ -60,10 +66,10 @@ class DesktopSoak : public Desktop {
             EXPECT_EQ(agentctl({oneOf({"pause", "resume"})}).status, 0);
             break;
         case 3:
-            sway_->command("output " + which + " mode " + oneOf(kModes));
+            sway_->command(setting(which, "mode", oneOf(kModes)));
             break;
         case 4:
-            sway_->command("output " + which + " scale " + oneOf(kScales));
+            sway_->command(setting(which, "scale", oneOf(kScales)));
             break;
         case 5:
             configure(oneOf({"", "max_fps = 10\n", "desktop = \"still\"\n", "max_fps = oops\n",
@@ -78,8 +84,8 @@ class DesktopSoak : public Desktop {
     void settle() {
         configure("");
         for (const std::string output : {"HEADLESS-1", "HEADLESS-2"}) {
-            sway_->command("output " + output + " mode 320x180");
-            sway_->command("output " + output + " scale 1");
+            sway_->command(setting(output, "mode", "320x180"));
+            sway_->command(setting(output, "scale", "1"));
             ASSERT_TRUE(eventually([&] { return !this->output(output).is_null(); }));
             ASSERT_EQ(agentctl({"choose", output, "plasma"}).status, 0);
         }
@@ -109,8 +115,8 @@ TEST_F(DesktopSoak, ChangesLeaveNothingBehindInEitherProcess) {
     for (const std::string output : {"HEADLESS-1", "HEADLESS-2"}) {
         for (const std::string mode : kModes) {
             for (const std::string scale : kScales) {
-                sway_->command("output " + output + " mode " + mode);
-                sway_->command("output " + output + " scale " + scale);
+                sway_->command(setting(output, "mode", mode));
+                sway_->command(setting(output, "scale", scale));
                 ASSERT_TRUE(moves({output}, 2));
             }
         }

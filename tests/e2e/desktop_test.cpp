@@ -194,7 +194,8 @@ TEST_F(DesktopTest, AChoiceIsRememberedAndTakenBack) {
     }));
     EXPECT_EQ(agentctl({"choose", "HEADLESS-1", "plasmatic"}).status, 1);
     ASSERT_EQ(agentctl({"choose", "HEADLESS-1", "plasma"}).status, 0);
-    EXPECT_TRUE(eventually([&] { return output("HEADLESS-1").at("trouble") == ""; }));
+    EXPECT_TRUE(
+        eventually([&] { return output("HEADLESS-1").at("trouble").get<std::string>().empty(); }));
     ASSERT_EQ(endAgent().status, 0);
 
     startAgent();
@@ -209,7 +210,8 @@ TEST_F(DesktopTest, AMistakeInTheConfigurationIsToldWithItsPlaceAndChangesNothin
     startAgent({"--choose", "1=plasma"});
     ASSERT_TRUE(moves({"HEADLESS-1"})) << agent_->errors();
     configure("max_fps = 5\ndesktop = \"upside down\"\n");
-    ASSERT_TRUE(eventually([&] { return status().at("configurationError") != ""; }));
+    ASSERT_TRUE(
+        eventually([&] { return !status().at("configurationError").get<std::string>().empty(); }));
     EXPECT_THAT(status().at("configurationError").get<std::string>(), HasSubstr("agent.toml:2:"));
     const Outcome reload = agentctl({"reload"});
     EXPECT_EQ(reload.status, 1);
