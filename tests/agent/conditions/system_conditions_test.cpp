@@ -77,7 +77,7 @@ class FakeMachine {
     sd_bus* bus_ = nullptr;
     int isActive_ = 1;
     int isOnBattery_ = 0;
-    int isLidClosed_ = 0;
+    [[maybe_unused]] int isLidClosed_ = 0;
 };
 
 class SystemConditionsTest : public testing::Test {
