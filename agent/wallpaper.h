@@ -47,7 +47,6 @@ class Wallpaper {
     /// Another session knows nothing of it.
     void forget() { told_.reset(); }
 
-    const std::optional<WallpaperState>& told() const { return told_; }
     const UUID& identifier() const { return identifier_; }
 
   private:

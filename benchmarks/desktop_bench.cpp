@@ -65,22 +65,6 @@ double cpuSeconds(pid_t process) {
     return (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
-double wakeUps(pid_t process) {
-    double count = 0;
-    for (const auto& task :
-         std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/task")) {
-        std::ifstream file(task.path() / "status");
-        for (std::string word; file >> word;) {
-            if (word == "voluntary_ctxt_switches:") {
-                double own = 0;
-                file >> own;
-                count += own;
-            }
-        }
-    }
-    return count;
-}
-
 class Desktop {
   public:
     Desktop() {
@@ -203,10 +187,11 @@ void paused(benchmark::State& state) {
     // What was on its way arrives first.
     std::this_thread::sleep_for(std::chrono::seconds(2));
     for (auto _ : state) {
-        const double before = wakeUps(agent.pid()) + wakeUps(other);
+        const std::uint64_t before = e2e::wakeUps(agent.pid()) + e2e::wakeUps(other);
         std::this_thread::sleep_for(kRest);
         state.SetIterationTime(std::chrono::duration<double>(kRest).count());
-        state.counters["wakeups"] = wakeUps(agent.pid()) + wakeUps(other) - before;
+        state.counters["wakeups"] =
+            static_cast<double>(e2e::wakeUps(agent.pid()) + e2e::wakeUps(other) - before);
     }
 }
 

@@ -7,22 +7,6 @@
 
 namespace vantor::e2e {
 
-std::uint64_t wakeUps(pid_t process) {
-    std::uint64_t count = 0;
-    const auto tasks = "/proc/" + std::to_string(process) + "/task";
-    for (const auto& task : std::filesystem::directory_iterator(tasks)) {
-        std::ifstream file(task.path() / "status");
-        for (std::string word; file >> word;) {
-            if (word == "voluntary_ctxt_switches:") {
-                std::uint64_t own = 0;
-                file >> own;
-                count += own;
-            }
-        }
-    }
-    return count;
-}
-
 std::size_t openDescriptors(pid_t process) {
     const std::filesystem::directory_iterator all("/proc/" + std::to_string(process) + "/fd");
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));

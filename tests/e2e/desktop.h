@@ -19,8 +19,6 @@ namespace vantor::e2e {
 /// A machine with everything at once takes its time.
 inline constexpr std::chrono::seconds kPatience{60};
 
-/// How often the kernel has put the process's threads to run, all together.
-std::uint64_t wakeUps(pid_t process);
 std::size_t openDescriptors(pid_t process);
 /// KiB.
 std::size_t residentMemory(pid_t process);

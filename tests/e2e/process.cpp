@@ -102,6 +102,22 @@ bool isRunning(pid_t process) {
     return nameEnd != std::string::npos && status[nameEnd + 2] != 'Z';
 }
 
+std::uint64_t wakeUps(pid_t process) {
+    std::uint64_t count = 0;
+    const auto tasks = "/proc/" + std::to_string(process) + "/task";
+    for (const auto& task : std::filesystem::directory_iterator(tasks)) {
+        std::ifstream file(task.path() / "status");
+        for (std::string word; file >> word;) {
+            if (word == "voluntary_ctxt_switches:") {
+                std::uint64_t own = 0;
+                file >> own;
+                count += own;
+            }
+        }
+    }
+    return count;
+}
+
 std::vector<pid_t> childrenOf(pid_t parent) {
     std::ifstream file("/proc/" + std::to_string(parent) + "/task/" + std::to_string(parent) +
                        "/children");

@@ -3,6 +3,7 @@
 // deadline, never left behind.
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -66,6 +67,9 @@ bool eventually(Condition condition, std::chrono::milliseconds deadline) {
 
 /// Whether the process runs; one that has ended and waits for somebody to ask how does not.
 bool isRunning(pid_t process);
+
+/// How often the process's threads have gone to sleep, all together: as often as they are woken.
+std::uint64_t wakeUps(pid_t process);
 
 /// The children that a process has now.
 std::vector<pid_t> childrenOf(pid_t parent);
