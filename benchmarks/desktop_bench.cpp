@@ -27,7 +27,6 @@ using std::chrono::steady_clock;
 constexpr std::chrono::seconds kPatience{60};
 constexpr std::chrono::seconds kRun{8};
 constexpr std::chrono::seconds kRest{10};
-constexpr const char* kOutput = "HEADLESS-1";
 
 /// Draws one colour and reads nothing.
 constexpr const char* kTrivialShader =
