@@ -170,7 +170,8 @@ TEST_F(SwayBackground, RestsBelowAWindowThatFillsItsOutput) {
     paintAlways();
     ASSERT_TRUE(refreshesOn("HEADLESS-1"));
     sway_->command("focus output HEADLESS-1");
-    sway_->command("exec foot");
+    // Not the user's shell: that of a user who may not log in ends at once.
+    sway_->command("exec foot sleep 100");
     ASSERT_TRUE(becomes("HEADLESS-1", Visibility::covered));
     const int before = refreshes["HEADLESS-1"];
     EXPECT_TRUE(refreshesOn("HEADLESS-2", 20));
