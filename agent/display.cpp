@@ -144,13 +144,14 @@ void Display::outputChanged() {
 void Display::refresh() {
     awaitsRefresh_ = false;
     takeBack();
+    // At once, so that the extension wakes up only once for both, and draws while this shows.
+    tickIfDue();
     if (next_) {
         takeNext();
     }
     if (changed_) {
         show();
     }
-    tickIfDue();
     awaitRefresh();
 }
 

@@ -173,8 +173,10 @@ class LoopWatch : public DescriptorWatch {
         sd_event_source_set_enabled(source_.get(), events == 0 ? SD_EVENT_OFF : SD_EVENT_ON);
     }
 
-    void comeFirst() override {
-        require(sd_event_source_set_priority(source_.get(), SD_EVENT_PRIORITY_IMPORTANT),
+    void setUrgency(Urgency urgency) override {
+        // Lower numbers come first.
+        require(sd_event_source_set_priority(source_.get(),
+                                             SD_EVENT_PRIORITY_NORMAL - static_cast<int>(urgency)),
                 "order its sources");
     }
 

@@ -11,14 +11,17 @@ struct sd_event;
 
 namespace vantor {
 
+/// Which of several things that are ready at once comes before the others.
+enum class Urgency : std::uint8_t { usual, urgent, mostUrgent };
+
 /// A descriptor watched by the loop. Destruction stops watching (it does not close). Main thread.
 class DescriptorWatch {
   public:
     virtual ~DescriptorWatch() = default;
     /// Changes the epoll events waited for; 0 suspends the watch.
     virtual void setEvents(std::uint32_t events) = 0;
-    /// Of all that is ready at once, this comes before what did not ask for it.
-    virtual void comeFirst() = 0;
+    /// Posted work and everything that was not told otherwise is of usual urgency.
+    virtual void setUrgency(Urgency urgency) = 0;
 };
 
 /// A timer that runs once for each time it is set, and allocates nothing when it is. Destruction

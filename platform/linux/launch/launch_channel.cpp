@@ -13,7 +13,7 @@ LaunchChannel::LaunchChannel(MainLoop& loop, FileDescriptor socket, ChannelHandl
     : socket_(std::move(socket)), handlers_(std::move(handlers)),
       watch_(loop.watch(socket_.descriptor(), EPOLLIN, [this](std::uint32_t) { drain(); })) {
     // A request for a display may follow the announcement of it on another socket.
-    watch_->comeFirst();
+    watch_->setUrgency(Urgency::urgent);
 }
 
 LaunchChannel::~LaunchChannel() = default;

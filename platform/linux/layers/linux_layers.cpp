@@ -75,6 +75,8 @@ std::optional<FileDescriptor> LinuxLayers::attach(std::uint32_t contextID) {
     hosting->watch =
         loop_.watch(hosting->link->descriptor(), EPOLLIN,
                     [this, contextID, key](std::uint32_t) { hostSpoke(contextID, key); });
+    // A drawable that comes back with a tick is there for it.
+    hosting->watch->setUrgency(Urgency::mostUrgent);
     found->second.hostings.push_back(std::move(hosting));
     update(found->second);
     return theirs;

@@ -17,9 +17,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <semaphore>
+#include <sys/epoll.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace vantor {
@@ -178,6 +180,36 @@ TEST_F(LayersTest, ThereIsNoThirdDrawableWhileTheHostHoldsOneAndTheGPUTheOther) 
     hosted->releaseReplaced();
     settle();
     EXPECT_TRUE(present(*metal, 0, 0, 1));
+}
+
+TEST_F(LayersTest, ADrawableThatComesBackWithATickIsThereForIt) {
+    const auto metal = addMetalLayer();
+    const auto hosted = host();
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK, 0, ends), 0);
+    const FileDescriptor ticks(ends[0]);
+    const FileDescriptor ticker(ends[1]);
+    int drawn = 0;
+    // As urgent as the socket that ticks come from.
+    const auto watch = loop.watch(ticks.get(), EPOLLIN, [&](std::uint32_t) {
+        char byte = 0;
+        EXPECT_EQ(read(ticks.get(), &byte, 1), 1);
+        drawn += present(*metal, 1, 0, 0) ? 1 : 0;
+    });
+    watch->setUrgency(Urgency::urgent);
+    ASSERT_TRUE(present(*metal, 1, 0, 0));
+    settle();
+    ASSERT_TRUE(present(*metal, 0, 1, 0));
+    settle();
+    for (int i = 1; i <= 10; ++i) {
+        ASSERT_TRUE(hosted->hasReplaced());
+        ASSERT_FALSE(present(*metal, 0, 0, 1));
+        // Both wait when the loop turns.
+        hosted->releaseReplaced();
+        ASSERT_EQ(write(ticker.get(), "t", 1), 1);
+        settle();
+        EXPECT_EQ(drawn, i);
+    }
 }
 
 TEST_F(LayersTest, ADrawableThatIsDroppedCanBeTakenAgain) {

@@ -102,27 +102,38 @@ TEST(MainLoop, AWatchMayDestroyItselfAndCanBeSuspended) {
     close(ends[1]);
 }
 
-TEST(MainLoop, AWatchThatComesFirstIsCalledBeforeWorkThatWasPostedEarlier) {
+TEST(MainLoop, UrgentWatchesAreCalledInTheirOrderBeforeWorkThatWasPostedEarlier) {
     for (int round = 0; round < 20; ++round) {
         MainLoop loop;
-        int ends[2];
-        ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends), 0);
         std::string order;
-        const auto watch = loop.watch(ends[0], EPOLLIN, [&](std::uint32_t) {
-            char byte = 0;
-            EXPECT_EQ(read(ends[0], &byte, 1), 1);
-            order += byte;
-        });
-        watch->comeFirst();
+        struct Watched {
+            int ends[2];
+            std::unique_ptr<DescriptorWatch> watch;
+        };
+        Watched both[2];
+        for (Watched& each : both) {
+            ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, each.ends), 0);
+            each.watch = loop.watch(each.ends[0], EPOLLIN, [&](std::uint32_t) {
+                char byte = 0;
+                EXPECT_EQ(read(each.ends[0], &byte, 1), 1);
+                order += byte;
+            });
+        }
+        both[round % 2].watch->setUrgency(Urgency::urgent);
+        both[1 - round % 2].watch->setUrgency(Urgency::mostUrgent);
         loop.async([&] {
             order += 'p';
             loop.stop(0);
         });
-        ASSERT_EQ(write(ends[1], "w", 1), 1);
+        ASSERT_EQ(write(both[round % 2].ends[1], "u", 1), 1);
+        ASSERT_EQ(write(both[1 - round % 2].ends[1], "m", 1), 1);
         loop.run();
-        EXPECT_EQ(order, "wp");
-        close(ends[0]);
-        close(ends[1]);
+        EXPECT_EQ(order, "mup");
+        for (Watched& each : both) {
+            each.watch.reset();
+            close(each.ends[0]);
+            close(each.ends[1]);
+        }
     }
 }
 
