@@ -162,19 +162,29 @@ void runningOurs(benchmark::State& state) {
     }
 }
 
-void runningStraight(benchmark::State& state) {
+/// Of the program that draws straight onto the desktop.
+std::uint64_t frames(const e2e::Process& straight) {
+    const std::string before = straight.output();
+    straight.signal(SIGUSR1);
+    await([&] { return straight.output().size() > before.size(); }, "no frames are told");
+    return std::stoull(straight.output().substr(before.size()));
+}
+
+void runningStraight(benchmark::State& state, const char* first) {
     const Desktop desktop;
-    e2e::Process program({VANTOR_STRAIGHT, desktop.shader()}, desktop.environment());
+    e2e::Process program({VANTOR_STRAIGHT, first, desktop.shader()}, desktop.environment());
     std::this_thread::sleep_for(std::chrono::seconds(2));
     if (!e2e::isRunning(program.pid())) {
         fail(program.errors());
     }
     for (auto _ : state) {
         const auto began = steady_clock::now();
+        const std::uint64_t shown = frames(program);
         const double before = cpuSeconds(program.pid());
         std::this_thread::sleep_for(kRun);
-        report(state, cpuSeconds(program.pid()) - before,
-               std::chrono::duration<double>(steady_clock::now() - began).count());
+        const double seconds = std::chrono::duration<double>(steady_clock::now() - began).count();
+        report(state, cpuSeconds(program.pid()) - before, seconds);
+        state.counters["frames_a_second"] = static_cast<double>(frames(program) - shown) / seconds;
     }
     program.signal(SIGTERM);
 }
@@ -236,8 +246,14 @@ BENCHMARK(runningOurs)
     ->UseManualTime()
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);
-BENCHMARK(runningStraight)
+// The wallpaper's own pass, which clears before it draws.
+BENCHMARK_CAPTURE(runningStraight, clear, "clear")
     ->Name("desktop/running/straight")
+    ->UseManualTime()
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(runningStraight, keep, "keep")
+    ->Name("desktop/running/straight_without_clear")
     ->UseManualTime()
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);

@@ -1,6 +1,9 @@
 // What the agent is measured against: a program that draws a shader without resources straight onto
-// the desktop of a Wayland compositor, as often as the compositor asks for it, until SIGTERM.
-// Usage: straight_to_desktop SOURCE
+// the desktop of a Wayland compositor, as often as the compositor asks for it, until SIGTERM. At
+// SIGUSR1 it prints a line: how many frames it has shown.
+// Usage: straight_to_desktop clear|keep SOURCE
+// "clear" clears the picture before it draws, as wallpapers do, which drivers that draw with the CPU
+// pay for though nothing of it is seen.
 
 #include "agent/host/command_buffer.h"
 #include "agent/host/swapchain.h"
@@ -15,6 +18,7 @@
 #include <iterator>
 #include <map>
 #include <string>
+#include <string_view>
 
 namespace vantor {
 namespace {
@@ -106,8 +110,9 @@ VkPipeline makePipeline(const vulkan::Context& gpu, const std::string& source) {
 
 class Painter {
   public:
-    Painter(std::shared_ptr<vulkan::Context> gpu, VkPipeline pipeline, agent::Output& output)
-        : gpu_(std::move(gpu)), pipeline_(pipeline), output_(output),
+    Painter(std::shared_ptr<vulkan::Context> gpu, VkPipeline pipeline, VkAttachmentLoadOp load,
+            agent::Output& output)
+        : gpu_(std::move(gpu)), pipeline_(pipeline), load_(load), output_(output),
           canvas_(agent::Swapchain::create(gpu_, output.makeSurface(vulkan::sharedInstance()),
                                            output.description().width,
                                            output.description().height)),
@@ -128,7 +133,9 @@ class Painter {
         if (!commands_->submit(target->semaphores) || !canvas_->show()) {
             fail("the surface is lost");
         }
+        ++frames_;
     }
+    std::uint64_t frames() const { return frames_; }
 
   private:
     void draw(const agent::CanvasImage& target) {
@@ -140,7 +147,7 @@ class Painter {
         attachment.sType = VK_STRUCTURE_TYPE_RENDERING_ATTACHMENT_INFO;
         attachment.imageView = image.view();
         attachment.imageLayout = VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL;
-        attachment.loadOp = VK_ATTACHMENT_LOAD_OP_DONT_CARE;
+        attachment.loadOp = load_;
         attachment.storeOp = VK_ATTACHMENT_STORE_OP_STORE;
         const VkRect2D area{{0, 0}, {image.width(), image.height()}};
         VkRenderingInfo info{};
@@ -166,27 +173,38 @@ class Painter {
 
     std::shared_ptr<vulkan::Context> gpu_;
     VkPipeline pipeline_;
+    VkAttachmentLoadOp load_;
     agent::Output& output_;
     std::unique_ptr<agent::Swapchain> canvas_;
     std::unique_ptr<agent::CommandBuffer> commands_;
+    std::uint64_t frames_ = 0;
 };
 
-int run(const char* file) {
+int run(VkAttachmentLoadOp load, const char* file) {
     std::ifstream stream(file);
     const std::string source{std::istreambuf_iterator<char>(stream), {}};
     MainLoop loop;
+    // Before the driver starts threads, which would take signals that are not blocked yet.
     loop.onSignal(SIGTERM, [&loop](int) { loop.stop(0); });
+    std::map<agent::Output*, std::unique_ptr<Painter>> painters;
+    loop.onSignal(SIGUSR1, [&painters](int) {
+        std::uint64_t frames = 0;
+        for (const auto& [output, painter] : painters) {
+            frames += painter->frames();
+        }
+        std::printf("%ju\n", std::uintmax_t{frames});
+        std::fflush(stdout);
+    });
     vulkan::enablePresentation();
     auto gpu = vulkan::Context::create();
     if (!gpu) {
         fail(gpu.error());
     }
     const VkPipeline pipeline = makePipeline(**gpu, source);
-    std::map<agent::Output*, std::unique_ptr<Painter>> painters;
     auto backend = agent::makeWaylandBackground(
         loop, {.added =
                    [&](agent::Output& output) {
-                       painters[&output] = std::make_unique<Painter>(*gpu, pipeline, output);
+                       painters[&output] = std::make_unique<Painter>(*gpu, pipeline, load, output);
                        output.requestRefresh();
                    },
                .changed = [](agent::Output&) {},
@@ -205,4 +223,11 @@ int run(const char* file) {
 } // namespace
 } // namespace vantor
 
-int main(int argc, char** argv) { return argc == 2 ? vantor::run(argv[1]) : 2; }
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        return 2;
+    }
+    return vantor::run(std::string_view(argv[1]) == "clear" ? VK_ATTACHMENT_LOAD_OP_CLEAR
+                                                            : VK_ATTACHMENT_LOAD_OP_DONT_CARE,
+                       argv[2]);
+}
