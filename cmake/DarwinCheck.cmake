@@ -27,6 +27,9 @@ write_tool(clang++ c++ [[case " $* " in *" -c "* | *" -E "*) ;; *) set -- "$@" -
 write_tool(ar ar)
 write_tool(ranlib ranlib)
 
+# What is built is looked at, never run; left to itself the compiler adds debugging information and
+# a sanitizer.
+set(quick "-O0 -g0 -fno-sanitize=all")
 foreach(architecture arm64 x86_64)
     ExternalProject_Add(${architecture}
         SOURCE_DIR ${PROJECT_SOURCE_DIR}
@@ -37,9 +40,9 @@ foreach(architecture arm64 x86_64)
             -DVANTOR_DARWIN_CHECK_TOOLS=${tools}
             -DVANTOR_DARWIN_CHECK_ARCHITECTURE=${architecture}
             -DCMAKE_BUILD_TYPE=Debug
-            -DCMAKE_C_FLAGS_DEBUG=-O0
-            -DCMAKE_CXX_FLAGS_DEBUG=-O0
-            -DCMAKE_OBJCXX_FLAGS_DEBUG=-O0
+            "-DCMAKE_C_FLAGS_DEBUG=${quick}"
+            "-DCMAKE_CXX_FLAGS_DEBUG=${quick}"
+            "-DCMAKE_OBJCXX_FLAGS_DEBUG=${quick}"
             -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
         BUILD_COMMAND ${CMAKE_COMMAND} --build <BINARY_DIR>
         BUILD_ALWAYS ON
