@@ -68,7 +68,11 @@ void Display::host(FileDescriptor socket) {
     released_ = false;
     next_ = std::make_unique<HostedContext>(
         loop_, gpu_, std::move(socket),
-        ContextHandlers{.frameArrived = [this] { frameWaits_ = true; },
+        ContextHandlers{.frameArrived =
+                            [this] {
+                                frameWaits_ = true;
+                                tickingSince_.reset();
+                            },
                         .changed = [this] { contextChanged(); },
                         .ended =
                             [this](const std::string& reason) {
@@ -116,6 +120,7 @@ void Display::takeBack() {
 
 void Display::setLinkRate(std::uint32_t rate) {
     linkRate_ = rate;
+    tickingSince_.reset();
     awaitRefresh();
 }
 
@@ -126,6 +131,7 @@ void Display::setMaxFps(std::optional<double> maxFps) {
 
 void Display::setRunning(bool running) {
     running_ = running;
+    tickingSince_.reset();
     awaitRefresh();
 }
 
@@ -202,6 +208,14 @@ double Display::framesPerSecond(double time) const {
                                              [time](double at) { return at > time - 1.0; }));
 }
 
+bool Display::isFrameOverdue(double seconds) {
+    if (!tickingSince_ || now() - *tickingSince_ < seconds) {
+        return false;
+    }
+    tickingSince_.reset();
+    return true;
+}
+
 std::optional<double> Display::period() const {
     if (!running_ || linkRate_ == 0) {
         return std::nullopt;
@@ -221,6 +235,9 @@ void Display::tickIfDue() {
     }
     // A tick that was missed is not made up for.
     due_ = (time - due_ < *interval ? due_ : time) + *interval;
+    if (!tickingSince_) {
+        tickingSince_ = time;
+    }
     tick_();
 }
 

@@ -56,6 +56,8 @@ class Display {
     /// Frames of the extension that were shown: since the start, and in the second before `now`.
     std::uint64_t framesShown() const { return framesShown_; }
     double framesPerSecond(double now) const;
+    /// Whether ticks have gone out for so many seconds without one frame; once for each such time.
+    [[nodiscard]] bool isFrameOverdue(double seconds);
     /// Media time of the first and the last of them, in seconds.
     std::optional<double> firstFrame() const { return firstFrame_; }
     double lastFrame() const { return lastFrame_; }
@@ -106,6 +108,8 @@ class Display {
     double due_ = 0;
     bool changed_ = false;
     bool frameWaits_ = false;
+    /// Media time of the first tick since a frame came; nothing when there was none.
+    std::optional<double> tickingSince_;
     std::uint64_t framesShown_ = 0;
     /// Media times of the last frames; a ring.
     std::array<double, 256> shownAt_{};

@@ -1,5 +1,6 @@
 #include "agent/extension_session.h"
 
+#include "agent/complaint.h"
 #include "agent/host_application.h"
 #include "agent/kit/kit_classes.h"
 
@@ -39,8 +40,9 @@ launch::LaunchRequest extensionLaunch(Platform& platform, std::filesystem::path 
 
 Result<std::unique_ptr<ExtensionSession>, std::string>
 ExtensionSession::start(MainLoop& loop, const launch::LaunchRequest& request,
-                        std::span<const launch::ScreenRecord> screens, SessionHandlers handlers) {
-    std::unique_ptr<ExtensionSession> session(new ExtensionSession);
+                        std::span<const launch::ScreenRecord> screens, SessionHandlers handlers,
+                        double patience) {
+    std::unique_ptr<ExtensionSession> session(new ExtensionSession(loop, patience));
     registerKitClasses(session->runtime_);
     auto host = launch::LaunchHost::start(
         loop, request,
@@ -53,7 +55,12 @@ ExtensionSession::start(MainLoop& loop, const launch::LaunchRequest& request,
                  }
              },
          .links = std::move(handlers.links),
-         .ended = std::move(handlers.ended)});
+         .ended =
+             [self = session.get(), ended = std::move(handlers.ended)](const std::string& how) {
+                 ended(self->hasGivenUp_ ? "answered nothing for " + inSeconds(self->patience_) +
+                                               " and was ended"
+                                         : how);
+             }});
     if (!host) {
         return Failure{host.error()};
     }
@@ -81,6 +88,24 @@ ExtensionSession::start(MainLoop& loop, const launch::LaunchRequest& request,
     return session;
 }
 
+ExtensionSession::ExtensionSession(MainLoop& loop, double patience)
+    : patience_(patience), answers_(loop, patience, [this] { giveUp(); }) {}
+
+void ExtensionSession::giveUp() {
+    hasGivenUp_ = true;
+    host_->kill();
+}
+
+void ExtensionSession::ask(WallpaperOperation operation, const std::vector<ObjectRef>& arguments,
+                           std::function<void(const xpc::CallResult&)> done) {
+    answers_.asked();
+    client_->call(operation, arguments,
+                  [this, done = std::move(done)](const xpc::CallResult& result) {
+                      answers_.answered();
+                      done(result);
+                  });
+}
+
 void ExtensionSession::acquire(const UUID& identifier, const CreationRequest& request,
                                std::function<void(Result<std::uint32_t, std::string>)> done) {
     ObjectRef creation = makeCreationRequest(request);
@@ -89,33 +114,31 @@ void ExtensionSession::acquire(const UUID& identifier, const CreationRequest& re
                      request.activityState + "\""});
         return;
     }
-    client_->call(WallpaperOperation::acquire, {makeWallpaperID(identifier), std::move(creation)},
-                  [done = std::move(done)](const xpc::CallResult& result) {
-                      if (result.error) {
-                          done(Failure{result.error->message});
-                          return;
-                      }
-                      const auto contextID =
-                          result.object ? remoteContextID(*result.object) : std::nullopt;
-                      if (!contextID) {
-                          done(Failure{std::string("the reply holds no remote context")});
-                          return;
-                      }
-                      done(*contextID);
-                  });
+    ask(WallpaperOperation::acquire, {makeWallpaperID(identifier), std::move(creation)},
+        [done = std::move(done)](const xpc::CallResult& result) {
+            if (result.error) {
+                done(Failure{result.error->message});
+                return;
+            }
+            const auto contextID = result.object ? remoteContextID(*result.object) : std::nullopt;
+            if (!contextID) {
+                done(Failure{std::string("the reply holds no remote context")});
+                return;
+            }
+            done(*contextID);
+        });
 }
 
 void ExtensionSession::update(const UUID& identifier, const UpdateRequest& request,
                               std::function<void(std::optional<Error>)> done) {
-    client_->call(WallpaperOperation::update,
-                  {makeWallpaperID(identifier), makeUpdateRequest(request)},
-                  [done = std::move(done)](const xpc::CallResult& result) { done(result.error); });
+    ask(WallpaperOperation::update, {makeWallpaperID(identifier), makeUpdateRequest(request)},
+        [done = std::move(done)](const xpc::CallResult& result) { done(result.error); });
 }
 
 void ExtensionSession::invalidate(const UUID& identifier,
                                   std::function<void(std::optional<Error>)> done) {
-    client_->call(WallpaperOperation::invalidate, {makeWallpaperID(identifier)},
-                  [done = std::move(done)](const xpc::CallResult& result) { done(result.error); });
+    ask(WallpaperOperation::invalidate, {makeWallpaperID(identifier)},
+        [done = std::move(done)](const xpc::CallResult& result) { done(result.error); });
 }
 
 void ExtensionSession::picker(std::function<void(Result<Picker, std::string>)> done) {

@@ -4,6 +4,7 @@
 
 #include "agent/kit/picker.h"
 #include "agent/kit/requests.h"
+#include "agent/supervision/answer_watch.h"
 #include "platform/linux/archive/class_registry.h"
 #include "platform/linux/launch/launch_host.h"
 #include "platform/linux/main_loop.h"
@@ -30,7 +31,8 @@ launch::LaunchRequest extensionLaunch(Platform& platform, std::filesystem::path 
 struct SessionHandlers {
     /// The private socket of a remote context that was asked for, or none when it does not exist.
     std::function<void(std::uint32_t contextID, FileDescriptor socket)> attached;
-    /// The extension's process has ended; see launch::HostHandlers.
+    /// The extension's process has ended; see launch::HostHandlers. Also when it was ended because
+    /// it did not answer.
     std::function<void(const std::string& how)> ended;
     /// The extension asks for the application that it belongs to to be opened. May be empty.
     std::function<void()> openHostApplication = {};
@@ -42,10 +44,12 @@ struct SessionHandlers {
 
 class ExtensionSession {
   public:
-    /// Starts the extension and connects. The error is a sentence.
+    /// Starts the extension and connects. An extension that answers no request about a wallpaper
+    /// for `patience` seconds is ended. The error is a sentence.
     static Result<std::unique_ptr<ExtensionSession>, std::string>
     start(MainLoop& loop, const launch::LaunchRequest& request,
-          std::span<const launch::ScreenRecord> screens, SessionHandlers handlers);
+          std::span<const launch::ScreenRecord> screens, SessionHandlers handlers,
+          double patience = kPatience);
     ExtensionSession(const ExtensionSession&) = delete;
     ExtensionSession& operator=(const ExtensionSession&) = delete;
 
@@ -74,10 +78,18 @@ class ExtensionSession {
     void tick(std::uint32_t displayID);
 
   private:
-    ExtensionSession() = default;
+    ExtensionSession(MainLoop& loop, double patience);
+    /// Asks about a wallpaper, and watches for the answer.
+    void ask(WallpaperOperation operation, const std::vector<ObjectRef>& arguments,
+             std::function<void(const xpc::CallResult&)> done);
+    /// Ends an extension that does not answer.
+    void giveUp();
 
     ClassRegistry runtime_;
     std::unique_ptr<launch::LaunchHost> host_;
+    double patience_;
+    bool hasGivenUp_ = false;
+    AnswerWatch answers_;
     std::unique_ptr<xpc::XPCClient> client_;
 };
 

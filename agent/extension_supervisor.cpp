@@ -7,8 +7,8 @@
 namespace vantor::agent {
 
 ExtensionSupervisor::ExtensionSupervisor(MainLoop& loop, launch::LaunchRequest request,
-                                         SupervisorEvents events)
-    : loop_(loop), request_(std::move(request)), events_(std::move(events)),
+                                         double patience, SupervisorEvents events)
+    : loop_(loop), request_(std::move(request)), patience_(patience), events_(std::move(events)),
       alarm_(loop.alarm([this] { restart(); })) {}
 
 ExtensionSupervisor::~ExtensionSupervisor() = default;
@@ -28,7 +28,8 @@ Result<Done, std::string> ExtensionSupervisor::start() {
                                      },
                                  .openHostApplication = events_.openHostApplication,
                                  .links = events_.links,
-                                 .pickerChanged = events_.pickerChanged});
+                                 .pickerChanged = events_.pickerChanged},
+                                patience_);
     if (!session) {
         return Failure{session.error()};
     }

@@ -29,7 +29,9 @@ struct SupervisorEvents {
 
 class ExtensionSupervisor {
   public:
-    ExtensionSupervisor(MainLoop& loop, launch::LaunchRequest request, SupervisorEvents events);
+    /// `patience` is that of its sessions.
+    ExtensionSupervisor(MainLoop& loop, launch::LaunchRequest request, double patience,
+                        SupervisorEvents events);
     /// Ends the extension, and waits for its end.
     ~ExtensionSupervisor();
     ExtensionSupervisor(const ExtensionSupervisor&) = delete;
@@ -56,6 +58,7 @@ class ExtensionSupervisor {
 
     MainLoop& loop_;
     launch::LaunchRequest request_;
+    double patience_;
     SupervisorEvents events_;
     std::vector<launch::ScreenRecord> screens_;
     RestartPolicy policy_;

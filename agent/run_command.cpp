@@ -25,6 +25,7 @@ struct Words {
     std::string out;
     std::string configuration;
     bool isClean = false;
+    std::optional<double> patience;
     std::string extension;
 };
 
@@ -82,6 +83,10 @@ Result<RunOptions, std::string> optionsFrom(const Words& words) {
         options.configuration = words.configuration;
     }
     options.isClean = words.isClean;
+    if (words.patience && !(*words.patience > 0 && std::isfinite(*words.patience))) {
+        return Failure{std::string("--patience is not above 0")};
+    }
+    options.patience = words.patience.value_or(options.patience);
     options.extension = bundleFolder(words.extension);
     return options;
 }
@@ -132,6 +137,10 @@ std::function<RunStatus()> addRunCommand(CLI::App& app) {
         ->type_name("FILE");
     command.add_flag("--clean", words->isClean,
                      "Shows again what was set aside because the extension kept ending");
+    command
+        .add_option("--patience", words->patience,
+                    "Starts an extension again that answered nothing for so long; 60 else")
+        ->type_name("SECONDS");
     addExtensionOption(command, words->extension);
     return [words] { return run(*words); };
 }

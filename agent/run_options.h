@@ -1,6 +1,7 @@
 #pragma once
 // What `vantor-agent run` was asked for.
 
+#include "agent/supervision/answer_watch.h"
 #include "platform/result.h"
 
 #include <cstdint>
@@ -60,6 +61,8 @@ struct RunOptions {
     std::optional<std::filesystem::path> configuration;
     /// Whether what was set aside is forgotten.
     bool isClean = false;
+    /// Seconds until an extension that answers nothing is ended and started again.
+    double patience = kPatience;
     /// Refreshes per second of virtual displays.
     std::uint32_t refreshRate = 60;
     /// The extension's bundle folder.

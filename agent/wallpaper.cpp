@@ -21,6 +21,12 @@ void Wallpaper::tell(ExtensionSession& session, const WallpaperState& state) {
     }
 }
 
+void Wallpaper::repeat(ExtensionSession& session) {
+    if (told_) {
+        update(session, *told_);
+    }
+}
+
 void Wallpaper::acquire(ExtensionSession& session, const WallpaperState& state) {
     session.acquire(
         identifier_,

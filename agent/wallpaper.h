@@ -44,6 +44,8 @@ class Wallpaper {
     /// Asks the session for what differs from what it was told: a wallpaper that it does not have,
     /// or another choice, is acquired, anything else is an update.
     void tell(ExtensionSession& session, const WallpaperState& state);
+    /// Tells the session once more what it was told last.
+    void repeat(ExtensionSession& session);
     /// Another session knows nothing of it.
     void forget() { told_.reset(); }
 

@@ -99,7 +99,8 @@ Result<Done, std::string> WallpaperAgent::start() {
         }
     });
     supervisor_ = std::make_unique<ExtensionSupervisor>(
-        loop_, extensionLaunch(platform_, options_.extension), supervisorEvents());
+        loop_, extensionLaunch(platform_, options_.extension), options_.patience,
+        supervisorEvents());
     // All that can be asked about is there now.
     if (auto listens = listen(); !listens) {
         return listens;

@@ -61,6 +61,8 @@ class WallpaperAgent : private Controller {
     /// Puts a wallpaper on the output. Without a display for it the reason is told.
     void show(Output& output);
     void hide(Output& output);
+    /// The display is about to show a frame.
+    void tick(std::uint32_t number);
     /// The GPU's device is lost: everything that was made with it is made anew.
     void replaceGPU();
     void outputChanged(Output& output);

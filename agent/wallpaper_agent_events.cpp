@@ -22,12 +22,6 @@ constexpr double kOpenInterval = 1.0;
 /// Between two attempts to replace a lost GPU.
 constexpr double kReplaceInterval = 1.0;
 
-std::string seconds(double value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.3g", value);
-    return text;
-}
-
 } // namespace
 
 ShownOutput* WallpaperAgent::find(const Output& output) const {
@@ -71,11 +65,7 @@ void WallpaperAgent::outputAdded(Output& output) {
 
 void WallpaperAgent::show(Output& output) {
     const std::uint32_t number = numberOf(output);
-    auto display = Display::create(loop_, gpu_, output, [this, number] {
-        if (ExtensionSession* session = supervisor_->session(); session != nullptr && !ending_) {
-            session->tick(number);
-        }
-    });
+    auto display = Display::create(loop_, gpu_, output, [this, number] { tick(number); });
     if (!display) {
         complain(display.error());
         return;
@@ -99,6 +89,19 @@ void WallpaperAgent::show(Output& output) {
         std::make_unique<ShownOutput>(output, number, std::move(*display), std::move(wallpaper)));
     announceScreens();
     apply(*shown_.back());
+}
+
+void WallpaperAgent::tick(std::uint32_t number) {
+    ExtensionSession* const session = supervisor_->session();
+    if (session == nullptr || ending_) {
+        return;
+    }
+    session->tick(number);
+    ShownOutput* const shown = find(number);
+    if (shown != nullptr && shown->display().isFrameOverdue(options_.patience / 2)) {
+        // Something to answer for an extension that may hang.
+        shown->wallpaper().repeat(*session);
+    }
 }
 
 void WallpaperAgent::outputChanged(Output& output) {
@@ -179,7 +182,7 @@ void WallpaperAgent::sessionStarted(ExtensionSession& session) {
 }
 
 void WallpaperAgent::extensionDied(const std::string& how, double delay, bool setAside) {
-    complain("the extension " + how + "; it is started again in " + seconds(delay) + " s");
+    complain("the extension " + how + "; it is started again in " + inSeconds(delay));
     for (const auto& shown : shown_) {
         // What it showed last stays, and is no trouble while there is a next one.
         shown->display().setLinkRate(0);

@@ -22,7 +22,7 @@ _vantor_agent() {
     case ${COMP_WORDS[1]} in
         run)
             options='--output --choose --mode --max-fps --seconds --unlock-after --out --config
-                --clean --extension'
+                --clean --patience --extension'
             ;;
         picker) options='--json --extension' ;;
         status) options='--json' ;;
@@ -50,7 +50,7 @@ _vantor_agent() {
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
             return
             ;;
-        --choose | --max-fps | --seconds | --unlock-after) return ;;
+        --choose | --max-fps | --patience | --seconds | --unlock-after) return ;;
     esac
     if [[ $current == -* ]]; then
         candidates="$options --help"

@@ -51,5 +51,7 @@ complete -c vantor-agent -n '__vantor_agent_is run' -l out -x \
     -a '(__fish_complete_directories)' -d 'Where pictures are written'
 complete -c vantor-agent -n '__vantor_agent_is run' -l config -r -F -d 'The configuration file'
 complete -c vantor-agent -n '__vantor_agent_is run' -l clean -d 'Forget what was set aside'
+complete -c vantor-agent -n '__vantor_agent_is run' -l patience -x \
+    -d 'For an extension that does not answer'
 complete -c vantor-agent -n '__vantor_agent_chooses 2' -a '(__vantor_agent_outputs)'
 complete -c vantor-agent -n '__vantor_agent_chooses 3' -a '(__vantor_agent_entries)'

@@ -327,6 +327,36 @@ TEST_F(FaultTest, AWallClockThatJumpsADayForthAndBackMovesNothing) {
 #endif
 }
 
+TEST_F(FaultTest, AnExtensionThatHangsIsStartedAgainThoughNothingIsAskedOfIt) {
+    std::vector<std::string> command = agentCommand("600");
+    command.insert(command.end(), {"--patience", "2"});
+    Process agent(command, environment());
+    const pid_t extension = extensionOf(agent);
+    ::kill(extension, SIGSTOP);
+    EXPECT_TRUE(eventually([&] { return !isRunning(extension); }, seconds(60)));
+    // The next one has the wallpaper, and draws it.
+    pid_t next = -1;
+    EXPECT_TRUE(eventually(
+        [&] {
+            const auto children = childrenOf(agent.pid());
+            next = children.empty() ? -1 : children.front();
+            return next != -1 && next != extension;
+        },
+        seconds(60)));
+    EXPECT_TRUE(eventually(
+        [&] { return log().find("ACQUIRE", log().find("ACQUIRE") + 1) != std::string::npos; },
+        seconds(60)));
+    std::this_thread::sleep_for(seconds(3));
+    EXPECT_TRUE(isRunning(next)) << "it is taken for hanging though it draws";
+    agent.signal(SIGTERM);
+    const Outcome outcome = agent.wait(seconds(60));
+    EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    EXPECT_NE(outcome.errors.find("the extension answered nothing for 2 s and was ended; it is "
+                                  "started again in 0.25 s"),
+              std::string::npos)
+        << outcome.errors;
+}
+
 TEST_F(FaultTest, AnExtensionThatNeverMovesAgainIsEndedWithItsAgent) {
     Process agent(agentCommand("3"), environment());
     const pid_t extension = extensionOf(agent);

@@ -132,7 +132,7 @@ LaunchHost::start(MainLoop& loop, const LaunchRequest& request, HostHandlers han
     FileDescriptor process(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
     if (!process) {
         const std::string reason = std::strerror(errno);
-        kill(pid, SIGKILL);
+        ::kill(pid, SIGKILL);
         waitpid(pid, nullptr, 0);
         return Failure{"the extension's process cannot be watched: " + reason};
     }
@@ -154,7 +154,7 @@ LaunchHost::~LaunchHost() {
     shutdown(socket_.descriptor(), SHUT_RDWR);
     pollfd waited{.fd = process_.get(), .events = POLLIN, .revents = 0};
     if (poll(&waited, 1, kEndMilliseconds) <= 0) {
-        kill(pid_, SIGKILL);
+        kill();
     }
     waitpid(pid_, nullptr, 0);
 }
@@ -177,6 +177,12 @@ bool LaunchHost::tick(std::uint32_t displayID) const {
     LaunchRecord record = recordOf(Kind::tick);
     record.displayID = displayID;
     return socket_.send(record);
+}
+
+void LaunchHost::kill() const {
+    if (!reaped_) {
+        ::kill(pid_, SIGKILL);
+    }
 }
 
 FileDescriptor LaunchHost::connect() const {
@@ -202,7 +208,7 @@ void LaunchHost::drain() {
             // it has come, is reported from its process.
             socketWatch_.reset();
             shutdown(socket_.descriptor(), SHUT_RDWR);
-            kill(pid_, SIGTERM);
+            ::kill(pid_, SIGTERM);
             return;
         }
         if (kind == Kind::attached) {

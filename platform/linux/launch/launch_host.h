@@ -56,6 +56,8 @@ class LaunchHost {
     [[nodiscard]] bool attach(std::uint32_t contextID) const;
     [[nodiscard]] bool setScreens(std::span<const ScreenRecord> screens) const;
     [[nodiscard]] bool tick(std::uint32_t displayID) const;
+    /// Ends the process by force; `ended` follows.
+    void kill() const;
     /// Makes one more connection; gives this side's socket, or none.
     FileDescriptor connect() const;
 
