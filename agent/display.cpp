@@ -66,20 +66,19 @@ bool Display::makeCanvas() {
 
 void Display::host(FileDescriptor socket) {
     released_ = false;
-    next_ = std::make_unique<HostedContext>(
-        loop_, gpu_, std::move(socket),
-        ContextHandlers{.frameArrived =
-                            [this] {
-                                frameWaits_ = true;
-                                tickingSince_.reset();
-                            },
-                        .changed = [this] { contextChanged(); },
-                        .ended =
-                            [this](const std::string& reason) {
-                                if (!released_) {
-                                    trouble_ = reason;
-                                }
-                            }});
+    next_ = std::make_unique<HostedContext>(loop_, gpu_, std::move(socket),
+                                            ContextHandlers{.frameArrived =
+                                                                [this] {
+                                                                    frameWaits_ = true;
+                                                                    tickingSince_.reset();
+                                                                },
+                                                            .changed = [this] { contextChanged(); },
+                                                            .ended =
+                                                                [this](const std::string& reason) {
+                                                                    if (!released_) {
+                                                                        trouble_ = reason;
+                                                                    }
+                                                                }});
 }
 
 void Display::contextChanged() {

@@ -49,8 +49,8 @@ class Display {
 
     /// The output's description, visibility or overlay is another one.
     void outputChanged();
-    /// The output can take a frame: gives back what is no longer shown, ticks when it is time, shows
-    /// what changed, and asks for the next refresh when there is a reason to.
+    /// The output can take a frame: gives back what is no longer shown, ticks when it is time,
+    /// shows what changed, and asks for the next refresh when there is a reason to.
     void refresh();
 
     /// Frames of the extension that were shown: since the start, and in the second before `now`.

@@ -57,9 +57,9 @@ ExtensionSession::start(MainLoop& loop, const launch::LaunchRequest& request,
          .links = std::move(handlers.links),
          .ended =
              [self = session.get(), ended = std::move(handlers.ended)](const std::string& how) {
-                 ended(self->hasGivenUp_ ? "answered nothing for " + inSeconds(self->patience_) +
-                                               " and was ended"
-                                         : how);
+                 ended(self->hasGivenUp_
+                           ? "answered nothing for " + inSeconds(self->patience_) + " and was ended"
+                           : how);
              }});
     if (!host) {
         return Failure{host.error()};

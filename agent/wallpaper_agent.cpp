@@ -98,9 +98,9 @@ Result<Done, std::string> WallpaperAgent::start() {
             (*self)->choicesChanged();
         }
     });
-    supervisor_ = std::make_unique<ExtensionSupervisor>(
-        loop_, extensionLaunch(platform_, options_.extension), options_.patience,
-        supervisorEvents());
+    supervisor_ =
+        std::make_unique<ExtensionSupervisor>(loop_, extensionLaunch(platform_, options_.extension),
+                                              options_.patience, supervisorEvents());
     // All that can be asked about is there now.
     if (auto listens = listen(); !listens) {
         return listens;

@@ -2,8 +2,8 @@
 // the desktop of a Wayland compositor, as often as the compositor asks for it, until SIGTERM. At
 // SIGUSR1 it prints a line: how many frames it has shown.
 // Usage: straight_to_desktop clear|keep SOURCE
-// "clear" clears the picture before it draws, as wallpapers do, which drivers that draw with the CPU
-// pay for though nothing of it is seen.
+// "clear" clears the picture before it draws, as wallpapers do, which drivers that draw with the
+// CPU pay for though nothing of it is seen.
 
 #include "agent/host/command_buffer.h"
 #include "agent/host/swapchain.h"

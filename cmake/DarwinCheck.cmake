@@ -40,6 +40,7 @@ foreach(architecture arm64 x86_64)
             -DVANTOR_DARWIN_CHECK_TOOLS=${tools}
             -DVANTOR_DARWIN_CHECK_ARCHITECTURE=${architecture}
             -DCMAKE_BUILD_TYPE=Debug
+            -DVANTOR_UNITY=ON
             "-DCMAKE_C_FLAGS_DEBUG=${quick}"
             "-DCMAKE_CXX_FLAGS_DEBUG=${quick}"
             "-DCMAKE_OBJCXX_FLAGS_DEBUG=${quick}"

@@ -1,3 +1,18 @@
+# Like precompiled headers, for a build as a whole to be quick: headers are parsed, and what they
+# define is compiled, once for several files of a module. `./lint` looks at each by itself.
+option(VANTOR_UNITY "Compile several files of a module at once" OFF)
+
+# vantor_compile_together(TARGET)
+function(vantor_compile_together TARGET)
+    if(VANTOR_UNITY)
+        set_target_properties(${TARGET} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+            # Names of one file's own are taken for those of a header.
+            target_compile_options(${TARGET} PRIVATE -Wno-subobject-linkage)
+        endif()
+    endif()
+endfunction()
+
 # vantor_module(NAME [sources...] [LIBS libs...])
 # One folder of the project as a static library. Includes are written from the project's root
 # ("render/shader_surface.h").
@@ -6,6 +21,7 @@ function(vantor_module NAME)
     add_library(${NAME} STATIC ${ARG_UNPARSED_ARGUMENTS})
     target_include_directories(${NAME} PUBLIC ${PROJECT_SOURCE_DIR})
     target_link_libraries(${NAME} PUBLIC ${ARG_LIBS})
+    vantor_compile_together(${NAME})
     if(VANTOR_PRECOMPILED)
         vantor_reuse_headers(${NAME} vantor_module_headers)
     endif()
@@ -23,6 +39,7 @@ function(vantor_test NAME)
     target_link_libraries(${NAME} PRIVATE ${ARG_LIBS} GTest::gmock GTest::gtest_main)
     # A test's own code runs for moments; what it tests is optimised as users get it.
     target_compile_options(${NAME} PRIVATE -O0)
+    vantor_compile_together(${NAME})
     vantor_reuse_headers(${NAME} vantor_test_headers)
     set_target_properties(${NAME} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)

@@ -5,9 +5,9 @@
 namespace vantor::agent {
 namespace {
 
-constexpr VkImageUsageFlags kUsage = VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT |
-                                     VK_IMAGE_USAGE_TRANSFER_DST_BIT |
-                                     VK_IMAGE_USAGE_TRANSFER_SRC_BIT;
+constexpr VkImageUsageFlags kMemoryUsage = VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT |
+                                           VK_IMAGE_USAGE_TRANSFER_DST_BIT |
+                                           VK_IMAGE_USAGE_TRANSFER_SRC_BIT;
 
 } // namespace
 
@@ -15,9 +15,10 @@ std::unique_ptr<MemoryCanvas> MemoryCanvas::create(std::shared_ptr<vulkan::Conte
                                                    std::uint32_t width, std::uint32_t height) {
     std::unique_ptr<MemoryCanvas> made(new MemoryCanvas(std::move(gpu)));
     made->commands_ = CommandBuffer::create(made->gpu_);
-    made->image_ = vulkan::DeviceImage::create(
-        made->gpu_,
-        {.format = VK_FORMAT_B8G8R8A8_UNORM, .width = width, .height = height, .usage = kUsage});
+    made->image_ = vulkan::DeviceImage::create(made->gpu_, {.format = VK_FORMAT_B8G8R8A8_UNORM,
+                                                            .width = width,
+                                                            .height = height,
+                                                            .usage = kMemoryUsage});
     return made->image_ && made->commands_ ? std::move(made) : nullptr;
 }
 

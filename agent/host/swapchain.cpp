@@ -8,7 +8,7 @@
 namespace vantor::agent {
 namespace {
 
-constexpr VkImageUsageFlags kUsage =
+constexpr VkImageUsageFlags kScreenUsage =
     VK_IMAGE_USAGE_COLOR_ATTACHMENT_BIT | VK_IMAGE_USAGE_TRANSFER_DST_BIT;
 /// What a surface without a size of its own says.
 constexpr std::uint32_t kNoExtent = 0xFFFFFFFF;
@@ -154,7 +154,7 @@ Swapchain::makeGeneration(const VkSurfaceCapabilitiesKHR& surface, VkExtent2D ex
     info.imageColorSpace = VK_COLOR_SPACE_SRGB_NONLINEAR_KHR;
     info.imageExtent = extent;
     info.imageArrayLayers = 1;
-    info.imageUsage = kUsage;
+    info.imageUsage = kScreenUsage;
     info.preTransform = surface.currentTransform;
     info.compositeAlpha = compositeAlpha(surface);
     info.presentMode = presentMode();
@@ -184,7 +184,7 @@ bool Swapchain::makeSlots(Generation& generation, VkExtent2D extent) const {
                                                                          {.format = format_,
                                                                           .width = extent.width,
                                                                           .height = extent.height,
-                                                                          .usage = kUsage},
+                                                                          .usage = kScreenUsage},
                                                                          image),
                                     .finished = makeSemaphore(gpu_->device())});
     }

@@ -39,12 +39,12 @@ constexpr Type kWallpaperID = record("WallpaperID", kWallpaperIDFields);
 
 // Requests.
 
-constexpr std::array kPresentationModes{Field{"default", kNothing}, Field{"idle", kNothing},
-                                        Field{"locked", kNothing}};
-constexpr Type kPresentationMode = enumeration("PresentationMode", kPresentationModes);
+constexpr std::array kPresentationModeCases{Field{"default", kNothing}, Field{"idle", kNothing},
+                                            Field{"locked", kNothing}};
+constexpr Type kPresentationMode = enumeration("PresentationMode", kPresentationModeCases);
 
-constexpr std::array kActivityStates{Field{"active", kNothing}, Field{"suspended", kNothing}};
-constexpr Type kActivityState = enumeration("ActivityState", kActivityStates);
+constexpr std::array kActivityStateCases{Field{"active", kNothing}, Field{"suspended", kNothing}};
+constexpr Type kActivityState = enumeration("ActivityState", kActivityStateCases);
 
 constexpr std::array kDestinationFields{Field{"size", kSize}, Field{"scaleFactor", kReal},
                                         Field{"directDisplayID", kUInt32, Presence::optional}};

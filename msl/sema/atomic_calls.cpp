@@ -5,8 +5,6 @@
 
 namespace msl {
 
-using tree::ExprKind;
-
 namespace {
 
 struct AtomicName {
@@ -51,10 +49,10 @@ tree::Expr* Sema::unusualCall(const ast::Expr* expr, std::string_view name, bool
     }
     if (name == "is_function_constant_defined" && expr->items.size() == 1) {
         tree::Expr* constant = value(expr->items[0]);
-        const auto* init = constant != nullptr && constant->kind == ExprKind::variable
+        const auto* init = constant != nullptr && constant->kind == tree::ExprKind::variable
                                ? constant->variable->init
                                : nullptr;
-        if (init == nullptr || init->kind != ExprKind::functionConstant) {
+        if (init == nullptr || init->kind != tree::ExprKind::functionConstant) {
             if (constant != nullptr) {
                 error(expr->items[0]->range, "this is no function constant");
             }
@@ -72,7 +70,7 @@ tree::Expr* Sema::unusualCall(const ast::Expr* expr, std::string_view name, bool
 }
 
 tree::Expr* Sema::functionConstant(const Type* type, uint32_t index, Range range) {
-    tree::Expr* result = makeExpr(ExprKind::functionConstant, type, range);
+    tree::Expr* result = makeExpr(tree::ExprKind::functionConstant, type, range);
     result->index = index;
     return finish(result);
 }
@@ -125,7 +123,7 @@ tree::Expr* Sema::atomicCall(const ast::Expr* expr, ir::Op whenSigned, ir::Op wh
     const Type* type = compares                            ? boolType()
                        : whenSigned == ir::Op::atomicStore ? voidType()
                                                            : held;
-    tree::Expr* result = makeExpr(ExprKind::library, type, range);
+    tree::Expr* result = makeExpr(tree::ExprKind::library, type, range);
     result->library = &kAtomicFunction;
     result->index = static_cast<uint32_t>(held->isSigned() ? whenSigned : whenUnsigned);
     result->items = arena_.copy(items);

@@ -10,7 +10,7 @@
 namespace vantor::e2e {
 namespace {
 
-constexpr auto kPatience = std::chrono::seconds(60);
+constexpr auto kSwayPatience = std::chrono::seconds(60);
 
 /// The file in a folder whose name begins like this, sockets' locks aside.
 std::optional<std::filesystem::path> fileBeginning(const std::filesystem::path& folder,
@@ -75,7 +75,7 @@ Sway::Sway(const std::string& configuration, std::map<std::string, std::string> 
             socket_ = *socket;
             return program({"swaymsg", "--type", "get_version"}).status == 0;
         },
-        kPatience);
+        kSwayPatience);
     if (!started || control_.empty()) {
         throw std::runtime_error("sway does not start: " + log());
     }
@@ -90,7 +90,7 @@ std::map<std::string, std::string> Sway::environment() const {
 
 Outcome Sway::program(std::vector<std::string> words) const {
     words.insert(words.begin(), "/usr/bin/env");
-    return run(words, environment(), kPatience);
+    return run(words, environment(), kSwayPatience);
 }
 
 void Sway::command(const std::string& line) const {

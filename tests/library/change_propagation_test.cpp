@@ -17,7 +17,7 @@ constexpr const char* kChanged = "com.nimbara.lockscreen.changed";
 constexpr const char* kFirstSource = "v_main f_main first";
 constexpr const char* kSecondSource = "v_main f_main second";
 
-struct Handler : ConnectedAgent {
+struct RecordingAgent : ConnectedAgent {
     std::shared_ptr<AgentProxy> agent() const override { return proxy; }
     std::shared_ptr<FakeAgentProxy> proxy = std::make_shared<FakeAgentProxy>();
 };
@@ -127,8 +127,8 @@ TEST_F(ChangePropagationTest, WithoutAnAgentTheSurfacesAreRefreshedAndNothingIsS
 
 TEST_F(ChangePropagationTest, EveryConnectedAgentIsSentTheViewModels) {
     offerViewModels();
-    const auto first = std::make_shared<Handler>();
-    const auto second = std::make_shared<Handler>();
+    const auto first = std::make_shared<RecordingAgent>();
+    const auto second = std::make_shared<RecordingAgent>();
     library.addHandler(first);
     library.addHandler(second);
     change();
@@ -140,8 +140,8 @@ TEST_F(ChangePropagationTest, EveryConnectedAgentIsSentTheViewModels) {
 
 TEST_F(ChangePropagationTest, AHandlerWithoutAnAgentIsSkipped) {
     offerViewModels();
-    const auto gone = std::make_shared<Handler>();
-    const auto connected = std::make_shared<Handler>();
+    const auto gone = std::make_shared<RecordingAgent>();
+    const auto connected = std::make_shared<RecordingAgent>();
     gone->proxy.reset();
     library.addHandler(gone);
     library.addHandler(connected);
@@ -150,7 +150,7 @@ TEST_F(ChangePropagationTest, AHandlerWithoutAnAgentIsSkipped) {
 }
 
 TEST_F(ChangePropagationTest, WithoutViewModelsTheAgentsAreNotTold) {
-    const auto connected = std::make_shared<Handler>();
+    const auto connected = std::make_shared<RecordingAgent>();
     library.addHandler(connected);
     change();
     EXPECT_THAT(connected->proxy->received, IsEmpty());
@@ -158,7 +158,7 @@ TEST_F(ChangePropagationTest, WithoutViewModelsTheAgentsAreNotTold) {
 
 TEST_F(ChangePropagationTest, AnErrorOfTheAgentIsLogged) {
     offerViewModels();
-    const auto handler = std::make_shared<Handler>();
+    const auto handler = std::make_shared<RecordingAgent>();
     handler->proxy->answer = Error{.domain = "Agent", .code = 5, .message = "no room"};
     library.addHandler(handler);
     change();
@@ -167,7 +167,7 @@ TEST_F(ChangePropagationTest, AnErrorOfTheAgentIsLogged) {
 
 TEST_F(ChangePropagationTest, TheLockIsNotHeldWhileAnAgentIsCalled) {
     offerViewModels();
-    const auto handler = std::make_shared<Handler>();
+    const auto handler = std::make_shared<RecordingAgent>();
     std::size_t seen = 0;
     handler->proxy->onUpdate = [&] { seen = library.handlers().size(); };
     library.addHandler(handler);
@@ -177,7 +177,7 @@ TEST_F(ChangePropagationTest, TheLockIsNotHeldWhileAnAgentIsCalled) {
 
 TEST_F(ChangePropagationTest, TwoNotificationsAreTwoWholePropagations) {
     offerViewModels();
-    const auto handler = std::make_shared<Handler>();
+    const auto handler = std::make_shared<RecordingAgent>();
     library.addHandler(handler);
     platform.notifications().deliverDarwin(kChanged);
     platform.notifications().deliverDarwin(kChanged);

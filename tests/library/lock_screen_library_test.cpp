@@ -14,7 +14,7 @@ namespace {
 
 using testing::ElementsAre;
 
-struct Handler : ConnectedAgent {
+struct AbsentAgent : ConnectedAgent {
     std::shared_ptr<AgentProxy> agent() const override { return nullptr; }
 };
 
@@ -104,12 +104,12 @@ TEST_F(LockScreenLibraryTest, TheStateIsReadOnFirstUseAndThenOnlyWhenAsked) {
 }
 
 TEST_F(LockScreenLibraryTest, AHandlerIsHeldWeakly) {
-    auto first = std::make_shared<Handler>();
-    const auto second = std::make_shared<Handler>();
+    auto first = std::make_shared<AbsentAgent>();
+    const auto second = std::make_shared<AbsentAgent>();
     library.addHandler(first);
     library.addHandler(second);
     EXPECT_THAT(library.handlers(), ElementsAre(first, second));
-    const std::weak_ptr<Handler> weak = first;
+    const std::weak_ptr<AbsentAgent> weak = first;
     first.reset();
     EXPECT_TRUE(weak.expired());
     EXPECT_THAT(library.handlers(), ElementsAre(second));
@@ -120,7 +120,7 @@ TEST_F(LockScreenLibraryTest, HandlersComeAndGoOnAnyThread) {
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([this] {
             for (int j = 0; j < 200; ++j) {
-                const auto handler = std::make_shared<Handler>();
+                const auto handler = std::make_shared<AbsentAgent>();
                 library.addHandler(handler);
                 EXPECT_FALSE(library.handlers().empty());
             }

@@ -17,7 +17,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
 
-constexpr const char* kSource = "v_main f_main shown";
+constexpr const char* kShownSource = "v_main f_main shown";
 
 /// What a picture was drawn with.
 ShaderUniforms uniformsOf(const FakeSubmission& submission) {
@@ -53,11 +53,11 @@ class ViewModelsTest : public FakePlatformTest {
         }
         return names;
     }
-    /// A state whose main display shows `kSource` with that first colour.
+    /// A state whose main display shows `kShownSource` with that first colour.
     void showWithColour(double red) {
         PropertyListDictionary display{
             {"id", "shown"},
-            {"source", kSource},
+            {"source", kShownSource},
             {"look", PropertyListDictionary{{"color1", PropertyList::Array{red, 0.0, 0.0, 1.0}}}}};
         writeStateRoot(platform,
                        PropertyListDictionary{
@@ -235,7 +235,7 @@ TEST_F(ViewModelsTest, TheDesktopsPictureShowsItsShaderAndLook) {
     showWithColour(0.25);
     library.matchThumbnailURL();
     const FakeDevice& device = *platform.gpu().device;
-    EXPECT_THAT(device.compiledSources, ElementsAre(kSource));
+    EXPECT_THAT(device.compiledSources, ElementsAre(kShownSource));
     ASSERT_THAT(device.submissions, SizeIs(1));
     ShaderUniforms expected({.x = 640, .y = 360}, 12);
     expected.color1 = {0.25F, 0.0F, 0.0F, 1.0F};

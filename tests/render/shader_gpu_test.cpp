@@ -13,14 +13,12 @@ namespace {
 using testing::ElementsAre;
 using testing::StartsWith;
 
-constexpr const char* kSource = "vertex v_main fragment f_main";
-
 class ShaderGPUTest : public FakePlatformTest {
   protected:
     FakeDevice& device() { return *platform.gpu().device; }
     std::filesystem::path picture() { return platform.bundle().home / "picture.png"; }
     bool render(const Size& size = {.width = 4, .height = 2}, float time = 12) {
-        return shaderGPU.renderPNG("plasma", kSource, uniforms, size, time, picture());
+        return shaderGPU.renderPNG("plasma", kFakeShader, uniforms, size, time, picture());
     }
 
     ShaderGPU shaderGPU{platform.gpu(), platform.images()};
@@ -28,7 +26,7 @@ class ShaderGPUTest : public FakePlatformTest {
 };
 
 TEST_F(ShaderGPUTest, APipelineJoinsTheTwoEntryPointsForTheLayersFormat) {
-    const auto pipeline = shaderGPU.pipeline("plasma", kSource);
+    const auto pipeline = shaderGPU.pipeline("plasma", kFakeShader);
     ASSERT_NE(pipeline, nullptr);
     const auto& made = dynamic_cast<const FakePipeline&>(*pipeline);
     EXPECT_EQ(made.vertexName, "v_main");
@@ -38,10 +36,10 @@ TEST_F(ShaderGPUTest, APipelineJoinsTheTwoEntryPointsForTheLayersFormat) {
 }
 
 TEST_F(ShaderGPUTest, AKeyStandsForItsFirstSource) {
-    const auto first = shaderGPU.pipeline("plasma", kSource);
+    const auto first = shaderGPU.pipeline("plasma", kFakeShader);
     EXPECT_EQ(shaderGPU.pipeline("plasma", "#error"), first);
-    EXPECT_THAT(device().compiledSources, ElementsAre(kSource));
-    EXPECT_NE(shaderGPU.pipeline("aurora", kSource), first);
+    EXPECT_THAT(device().compiledSources, ElementsAre(kFakeShader));
+    EXPECT_NE(shaderGPU.pipeline("aurora", kFakeShader), first);
 }
 
 TEST_F(ShaderGPUTest, ASourceThatDoesNotCompileIsLoggedAndTriedAgain) {
@@ -50,7 +48,7 @@ TEST_F(ShaderGPUTest, ASourceThatDoesNotCompileIsLoggedAndTriedAgain) {
     EXPECT_EQ(logged("shader plasma failed to compile: program_source:1:2: error: the source asks "
                      "for it"),
               2U);
-    EXPECT_NE(shaderGPU.pipeline("plasma", kSource), nullptr) << "a failure is not kept";
+    EXPECT_NE(shaderGPU.pipeline("plasma", kFakeShader), nullptr) << "a failure is not kept";
 }
 
 TEST_F(ShaderGPUTest, ASourceWithoutAnEntryPointFailsAndIsLogged) {
@@ -65,9 +63,9 @@ TEST_F(ShaderGPUTest, WithoutADeviceThereIsNothingAndNothingIsLogged) {
     ShaderGPU without(platform.gpu(), platform.images());
     EXPECT_EQ(without.device(), nullptr);
     EXPECT_EQ(without.queue(), nullptr);
-    EXPECT_EQ(without.pipeline("plasma", kSource), nullptr);
-    EXPECT_FALSE(
-        without.renderPNG("plasma", kSource, uniforms, {.width = 1, .height = 1}, 0, picture()));
+    EXPECT_EQ(without.pipeline("plasma", kFakeShader), nullptr);
+    EXPECT_FALSE(without.renderPNG("plasma", kFakeShader, uniforms, {.width = 1, .height = 1}, 0,
+                                   picture()));
     EXPECT_THAT(log(), ElementsAre());
 }
 
@@ -77,7 +75,7 @@ TEST_F(ShaderGPUTest, APictureIsDrawnWithOneTriangleOverOpaqueBlack) {
     EXPECT_EQ(pass.loadAction, gpu::LoadAction::clear);
     EXPECT_EQ(pass.storeAction, gpu::StoreAction::store);
     EXPECT_EQ(pass.clearColor, (Color{.red = 0, .green = 0, .blue = 0, .alpha = 1}));
-    EXPECT_EQ(pass.pipeline, shaderGPU.pipeline("plasma", kSource));
+    EXPECT_EQ(pass.pipeline, shaderGPU.pipeline("plasma", kFakeShader));
     ASSERT_EQ(pass.draws.size(), 1U);
     EXPECT_EQ(pass.draws[0].type, gpu::PrimitiveType::triangle);
     EXPECT_EQ(pass.draws[0].vertexStart, 0U);
@@ -132,8 +130,8 @@ TEST_F(ShaderGPUTest, WithoutAnEncoderThePictureIsStillWritten) {
 TEST_F(ShaderGPUTest, AnyOtherStepThatFailsGivesNoPictureAndNoLine) {
     platform.gpu().device->refusesQueues = true;
     ShaderGPU withoutQueue(platform.gpu(), platform.images());
-    EXPECT_FALSE(withoutQueue.renderPNG("plasma", kSource, uniforms, {.width = 1, .height = 1}, 0,
-                                        picture()));
+    EXPECT_FALSE(withoutQueue.renderPNG("plasma", kFakeShader, uniforms, {.width = 1, .height = 1},
+                                        0, picture()));
     device().refusesTextures = true;
     EXPECT_FALSE(render());
     device().refusesTextures = false;
@@ -155,8 +153,8 @@ TEST_F(ShaderGPUTest, APictureIsReplacedButNoFolderIsMade) {
     ASSERT_TRUE(render({.width = 6, .height = 3}));
     EXPECT_EQ(platform.images().read(picture())->width(), 6U);
     const auto missing = platform.bundle().home / "missing" / "picture.png";
-    EXPECT_FALSE(
-        shaderGPU.renderPNG("plasma", kSource, uniforms, {.width = 1, .height = 1}, 0, missing));
+    EXPECT_FALSE(shaderGPU.renderPNG("plasma", kFakeShader, uniforms, {.width = 1, .height = 1}, 0,
+                                     missing));
     EXPECT_FALSE(std::filesystem::exists(missing.parent_path()));
 }
 

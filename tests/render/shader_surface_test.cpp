@@ -9,7 +9,6 @@ namespace {
 
 using testing::ElementsAre;
 
-constexpr const char* kSource = "vertex v_main fragment f_main";
 constexpr std::size_t kTimeOffset = 8;
 
 class ShaderSurfaceTest : public FakePlatformTest {
@@ -20,7 +19,7 @@ class ShaderSurfaceTest : public FakePlatformTest {
     }
 
     std::shared_ptr<ShaderSurface> make(std::optional<std::uint32_t> displayID = 1,
-                                        double startTime = 12, const char* source = kSource) {
+                                        double startTime = 12, const char* source = kFakeShader) {
         return ShaderSurface::create(platform, shaderGPU,
                                      {.entryID = "plasma",
                                       .source = source,
@@ -70,10 +69,10 @@ TEST_F(ShaderSurfaceTest, WithoutADeviceOrAPipelineThereIsNoSurfaceAndNoLayer) {
     EXPECT_EQ(log().size(), 1U);
     platform.gpu().device = nullptr;
     ShaderGPU without(platform.gpu(), platform.images());
-    EXPECT_EQ(
-        ShaderSurface::create(platform, without,
-                              {.entryID = "plasma", .source = kSource, .look = look, .in = root}),
-        nullptr);
+    EXPECT_EQ(ShaderSurface::create(
+                  platform, without,
+                  {.entryID = "plasma", .source = kFakeShader, .look = look, .in = root}),
+              nullptr);
     EXPECT_TRUE(fake(root).sublayers().empty());
     EXPECT_EQ(log().size(), 1U);
 }
@@ -249,7 +248,7 @@ TEST_F(ShaderSurfaceTest, WithoutAQueueTheSurfaceExistsAndDrawsNothing) {
     ShaderGPU without(platform.gpu(), platform.images());
     const auto surface = ShaderSurface::create(
         platform, without,
-        {.entryID = "plasma", .source = kSource, .look = look, .in = root, .size = {1, 1}});
+        {.entryID = "plasma", .source = kFakeShader, .look = look, .in = root, .size = {1, 1}});
     ASSERT_NE(surface, nullptr);
     surface->setPlaying(true);
     surface->tick();

@@ -13,8 +13,6 @@ namespace {
 
 using testing::ElementsAre;
 
-constexpr const char* kSource = "vertex v_main fragment f_main";
-
 class TestResolver : public WallpaperResolver {
   public:
     std::optional<Resolved> resolve(const std::optional<std::string>& configuration,
@@ -37,7 +35,7 @@ class TestResolver : public WallpaperResolver {
 Resolved shaderOf(std::string key, float speed = 1) {
     Resolved resolved;
     resolved.key = std::move(key);
-    resolved.source = kSource;
+    resolved.source = kFakeShader;
     resolved.uniforms.speed = speed;
     return resolved;
 }
@@ -215,7 +213,7 @@ TEST_F(SurfaceRegistryTest, ASourceThatDoesNotCompileLeavesTheRootBlack) {
     EXPECT_TRUE(fake(surface.root).sublayers().empty());
     EXPECT_EQ(log().size(), 1U) << "the compiler's line and no other";
 
-    resolver.offered["plasma"].source = kSource;
+    resolver.offered["plasma"].source = kFakeShader;
     registry.present(surface);
     EXPECT_NE(surface.shader, nullptr) << "with nothing shown the entry is tried again";
 }

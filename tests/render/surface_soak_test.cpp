@@ -26,7 +26,7 @@ constexpr int kUsualCycles = 400;
 constexpr double kGrace = 0.001;
 constexpr std::uint32_t kSide = 64;
 
-constexpr const char* kSource =
+constexpr const char* kTintShader =
     "#include <metal_stdlib>\nusing namespace metal;\n"
     "struct Uniforms { float2 resolution; float time; float speed; float4 tint; };\n"
     "struct VOut { float4 position [[position]]; };\n"
@@ -40,7 +40,7 @@ class OneShader : public WallpaperResolver {
   public:
     std::optional<Resolved> resolve(const std::optional<std::string>&,
                                     std::optional<std::uint32_t>) override {
-        return Resolved{.key = "soak", .source = kSource, .still = {}, .uniforms = {}};
+        return Resolved{.key = "soak", .source = kTintShader, .still = {}, .uniforms = {}};
     }
     bool isNonShader(std::optional<std::uint32_t>) override { return false; }
 };

@@ -18,6 +18,9 @@
 
 namespace vantor {
 
+/// A source that the fake compiler takes.
+constexpr const char* kFakeShader = "vertex v_main fragment f_main";
+
 class FakeDevice;
 class FakeTexture;
 

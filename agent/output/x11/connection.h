@@ -32,6 +32,9 @@ enum class Atom : std::uint8_t {
 };
 constexpr std::size_t kAtomCount = static_cast<std::size_t>(Atom::windowName) + 1;
 
+/// The value of `desktopOfWindow` of a window that is on all of them.
+constexpr std::uint32_t kOnAllDesktops = 0xFFFFFFFF;
+
 class Connection {
   public:
     /// To the server that DISPLAY names; null when none answers.

@@ -8,8 +8,7 @@
 namespace vantor::agent::x11 {
 namespace {
 
-constexpr std::uint32_t kOnAllDesktops = 0xFFFFFFFF;
-constexpr std::string_view kName = "Wallpaper";
+constexpr std::string_view kWindowName = "Wallpaper";
 /// Instance and class, each ended by a zero.
 constexpr char kClass[] = "vantor-agent\0Vantor-agent";
 
@@ -58,9 +57,9 @@ DesktopWindow::~DesktopWindow() {
 }
 
 void DesktopWindow::setProperties() {
-    setText(connection_, window_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, kName);
+    setText(connection_, window_, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, kWindowName);
     setText(connection_, window_, connection_.atom(Atom::windowName),
-            connection_.atom(Atom::utf8String), kName);
+            connection_.atom(Atom::utf8String), kWindowName);
     setText(connection_, window_, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, {kClass, sizeof(kClass)});
     const auto set = [this](Atom property, xcb_atom_t type,
                             const std::vector<std::uint32_t>& values) {

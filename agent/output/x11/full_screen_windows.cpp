@@ -7,8 +7,6 @@
 namespace vantor::agent::x11 {
 namespace {
 
-constexpr std::uint32_t kOnAllDesktops = 0xFFFFFFFF;
-
 bool contains(std::span<const std::uint32_t> values, std::uint32_t value) {
     return std::find(values.begin(), values.end(), value) != values.end();
 }

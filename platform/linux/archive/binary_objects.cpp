@@ -9,7 +9,6 @@ namespace vantor::archive {
 namespace {
 
 constexpr std::size_t kHeaderSize = 8;
-constexpr std::size_t kTrailerSize = 32;
 
 // The upper half of an object's first byte.
 constexpr unsigned kSimple = 0x0;

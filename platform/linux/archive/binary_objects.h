@@ -15,6 +15,9 @@
 
 namespace vantor::archive {
 
+/// Bytes at the end, which say where the table lies.
+constexpr std::size_t kTrailerSize = 32;
+
 /// Borrows the bytes.
 class BinaryObjects {
   public:

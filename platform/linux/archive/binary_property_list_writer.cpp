@@ -1,5 +1,6 @@
 #include "platform/linux/archive/binary_property_list_writer.h"
 
+#include "platform/linux/archive/binary_objects.h"
 #include "platform/linux/archive/unicode.h"
 
 #include <algorithm>
@@ -330,7 +331,6 @@ void BinaryPropertyListWriter::grow() {
 
 Bytes BinaryPropertyListWriter::finish(Reference root) const {
     constexpr std::string_view kHeader = "bplist00";
-    constexpr std::size_t kTrailerSize = 32;
     const std::size_t referenceSize = bytesFor(records_.empty() ? 0 : records_.size() - 1);
     std::vector<std::uint64_t> offsets;
     offsets.reserve(records_.size());

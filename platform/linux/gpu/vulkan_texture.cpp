@@ -4,11 +4,6 @@
 #include <cstddef>
 
 namespace vantor::vulkan {
-namespace {
-
-constexpr std::size_t kBytesPerTexel = 4;
-
-} // namespace
 
 VkFormat formatOf(gpu::PixelFormat format) {
     switch (format) {

@@ -6,8 +6,6 @@
 namespace vantor::vulkan {
 namespace {
 
-constexpr std::size_t kBytesPerTexel = 4;
-
 VkBufferImageCopy2 copyOf(const gpu::Region& region) {
     VkBufferImageCopy2 copy{};
     copy.sType = VK_STRUCTURE_TYPE_BUFFER_IMAGE_COPY_2;

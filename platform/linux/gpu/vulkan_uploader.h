@@ -12,6 +12,9 @@
 
 namespace vantor::vulkan {
 
+/// Of every format that textures have.
+constexpr std::size_t kBytesPerTexel = 4;
+
 class Uploader {
   public:
     /// Null when the device cannot make command buffers.

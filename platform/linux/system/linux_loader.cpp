@@ -8,9 +8,9 @@ namespace {
 /// The folder that all of the system's frameworks stand below.
 constexpr std::string_view kSystemLibrary = "/System/Library/";
 
-class Image : public LoadedFramework {
+class LoadedImage : public LoadedFramework {
   public:
-    explicit Image(void* handle) : handle_(handle) {}
+    explicit LoadedImage(void* handle) : handle_(handle) {}
     // Its classes stay registered for the life of the process, so the image is never unloaded.
     void* handle() const { return handle_; }
 
@@ -39,7 +39,7 @@ LinuxLoader::loadFramework(std::string_view path) {
     if (handle == nullptr) {
         return Failure{loaderMessage()};
     }
-    auto image = std::make_shared<Image>(handle);
+    auto image = std::make_shared<LoadedImage>(handle);
     if (void* found = dlsym(image->handle(), kRegisterFrameworkClassesSymbol)) {
         reinterpret_cast<RegisterFrameworkClasses>(found)(&registrar_);
     }
