@@ -199,10 +199,10 @@ void WallpaperAgent::setAsideWhatIsShown(const std::string& how) {
     bool changed = false;
     for (const auto& shown : shown_) {
         const std::string choice = shown->shown().entry;
-        const std::string reason = choice +
-                                   " is set aside until it changes: the extension ended "
-                                   "again and again while it was shown, and last " +
-                                   how;
+        std::string reason = choice;
+        reason.append(" is set aside until it changes: the extension ended again and again while "
+                      "it was shown, and last ");
+        reason.append(how);
         if (choices_.setAside(shown->connector(), choice, reason)) {
             changed = true;
             std::string sentence = shown->connector();

@@ -207,7 +207,7 @@ class ConfinementTest : public ServiceTest {
         std::ofstream tries(extensionHome() / "tries.txt");
         for (const auto& [attempt, outcome] : attempts) {
             tries << attempt << '\n';
-            expected += attempt + ": " + outcome + "\n";
+            expected.append(attempt).append(": ").append(outcome).append("\n");
         }
         tries.close();
         std::optional<std::string> how;

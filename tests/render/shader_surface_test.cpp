@@ -1,13 +1,10 @@
 #include "render/shader_surface.h"
 #include "tests/support/fake_platform.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace vantor {
 namespace {
-
-using testing::ElementsAre;
 
 constexpr std::size_t kTimeOffset = 8;
 

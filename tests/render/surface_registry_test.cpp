@@ -83,7 +83,7 @@ class SurfaceRegistryTest : public FakePlatformTest {
     }
 
     std::filesystem::path still(std::string_view name) {
-        const auto file = platform.bundle().home / name;
+        auto file = platform.bundle().home / name;
         const std::vector<std::uint8_t> pixel(4);
         platform.images().writePNG(file,
                                    {.bytes = pixel, .width = 1, .height = 1, .bytesPerRow = 4});

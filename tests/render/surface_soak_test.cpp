@@ -114,7 +114,7 @@ class SurfaceSoakTest : public testing::Test {
         ASSERT_TRUE(compositor->compose(*canvas->begin(), {.context = &hosted}));
 
         // An update: another size, and a frame of it.
-        registry.resize(*surface, {.width = kSide / 2, .height = kSide / 2}, 1);
+        registry.resize(*surface, {.width = kSide / 2.0, .height = kSide / 2.0}, 1);
         surface->shader->renderFrame();
         ASSERT_TRUE(eventually([&] { return frames > 1; }));
         ASSERT_TRUE(eventually([&] { return compositor->isIdle(); }));

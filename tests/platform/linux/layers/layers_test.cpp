@@ -282,7 +282,7 @@ TEST_F(LayersTest, AResizeWhileFramesAreOutTakesEffectWithTheNextDrawable) {
     const auto hosted = host();
     ASSERT_TRUE(present(*metal, 1, 0, 0));
     settle();
-    metal->setDrawableSize({.width = kWidth / 2, .height = kHeight / 2});
+    metal->setDrawableSize({.width = kWidth / 2.0, .height = kHeight / 2.0});
     {
         const gpu::DrawableRef next = metal->nextDrawable();
         ASSERT_NE(next, nullptr);
@@ -473,7 +473,7 @@ TEST_F(MemoryLayersTest, AResizeWhileACopyIsUnderWayTakesEffectWithTheNextFrame)
     ASSERT_TRUE(presentGradient(*metal, 0));
     // The frame may be drawn, copied or announced when the size changes.
     loop.turn();
-    metal->setDrawableSize({.width = kWidth / 2, .height = kHeight / 2});
+    metal->setDrawableSize({.width = kWidth / 2.0, .height = kHeight / 2.0});
     for (int i = 0; i < 4; ++i) {
         ASSERT_TRUE(presentGradient(*metal, 1)) << i;
         settle();
@@ -669,7 +669,7 @@ TEST_F(LostLayersTest, EveryLayerOfAGPUThatIsNotReplacedTurnsBlack) {
     // Paused: it asks for no frame by itself.
     const auto paused = addMetalLayer();
     paused->setDevice(ownDevice);
-    paused->setFrame({.origin = {}, .size = {.width = kWidth / 2, .height = kHeight}});
+    paused->setFrame({.origin = {}, .size = {.width = kWidth / 2.0, .height = kHeight}});
     const auto hosted = host();
     ASSERT_TRUE(present(*metal, 1, 0, 0, *ownQueue));
     ASSERT_TRUE(present(*paused, 0, 1, 0, *ownQueue));
