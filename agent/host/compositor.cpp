@@ -38,6 +38,12 @@ bool Compositor::compose(const CanvasImage& target, const Scene& scene) {
     if (!commands_->begin()) {
         return false;
     }
+    if (std::exchange(isStillForgotten_, false)) {
+        still_ = {};
+    }
+    if (std::exchange(isOverlayForgotten_, false)) {
+        overlay_ = {};
+    }
     target_ = &target.image;
     isWritten_ = false;
     vulkan::transition(*gpu_, commands_->handle(), *target_, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL,

@@ -51,9 +51,9 @@ class Compositor {
     [[nodiscard]] bool compose(const CanvasImage& target, const Scene& scene);
 
     /// The context of later scenes is another one, whose pictures may bear numbers of the last.
-    void forgetStill() { still_ = {}; }
+    void forgetStill() { isStillForgotten_ = true; }
     /// The overlay of later scenes may be another one.
-    void forgetOverlay() { overlay_ = {}; }
+    void forgetOverlay() { isOverlayForgotten_ = true; }
 
   private:
     /// A picture of the CPU's on the device.
@@ -98,6 +98,9 @@ class Compositor {
     /// The last of each.
     Uploaded still_;
     Uploaded overlay_;
+    /// Gone with the next composition: the last may still read them.
+    bool isStillForgotten_ = false;
+    bool isOverlayForgotten_ = false;
     /// What is drawn into, during `compose`.
     vulkan::DeviceImage* target_ = nullptr;
     /// Since the last barrier.
